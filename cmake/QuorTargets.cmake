@@ -1,0 +1,47 @@
+# Options that every target of the project shares, and the helper that makes a layer.
+
+add_library(quor_options INTERFACE)
+target_compile_options(quor_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+  -Woverloaded-virtual -Werror)
+target_compile_definitions(quor_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII
+  QT_DEPRECATED_WARNINGS)
+if(QUOR_SANITIZE)
+  target_compile_options(quor_options INTERFACE -fsanitize=${QUOR_SANITIZE} -fno-omit-frame-pointer)
+  target_link_options(quor_options INTERFACE -fsanitize=${QUOR_SANITIZE})
+  if(QUOR_SANITIZE MATCHES undefined)
+    # VTK's own classes carry no type information that the check of virtual calls could use.
+    target_compile_options(quor_options INTERFACE -fno-sanitize=vptr -fno-sanitize-recover=undefined)
+  endif()
+  # GCC's flow analysis reports false positives in instrumented code.
+  target_compile_options(quor_options INTERFACE -Wno-error=maybe-uninitialized -Wno-error=tsan)
+endif()
+
+# quor_layer(NAME SOURCES a.cpp ... LINK target ...)
+# A layer sees its own folder and, through LINK, the layers under it: an include that looks up
+# does not compile.
+function(quor_layer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC Qt6::Core ${ARG_LINK} PRIVATE quor_options ${ARG_PRIVATE_LINK})
+  if(QUOR_PCH)
+    target_precompile_headers(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/pch.h)
+  endif()
+endfunction()
+
+# quor_test(NAME LABEL unit SOURCES a.cpp ... LINK target ...)
+# One test program a layer: the sources link the layer's library, never a copy of its sources.
+function(quor_test name)
+  cmake_parse_arguments(ARG "" "LABEL;TIMEOUT" "SOURCES;LINK" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE quor_options quor_test_support ${ARG_LINK})
+  if(QUOR_PCH)
+    target_precompile_headers(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/pch.h <gtest/gtest.h>)
+  endif()
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    TEST_PREFIX "${name}." PROPERTIES LABELS "${ARG_LABEL}" TIMEOUT ${ARG_TIMEOUT})
+endfunction()

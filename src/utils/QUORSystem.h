@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+/// Look-ups about the system that lower layers need; the application object forwards to them.
+namespace QUORSystem {
+
+/// The organisation that names every settings directory, and its domain.
+inline const QString ORGANIZATION_NAME = QStringLiteral("QUOR");
+inline const QString ORGANIZATION_DOMAIN = QStringLiteral("quor3d.local");
+/// The service's name: names the system configuration file and the background settings file.
+inline const QString BG_SERVICE_NAME = QStringLiteral("quor3dd");
+
+/// The user's home from the password file; "/home/" + user when the file cannot be read, and for a user
+/// that neither it nor the system's user database knows; "/" when there is no password file.
+QString getUserHomeDirectory(const QString& user);
+/// Home of the user + "/.config/" + organisation name.
+QString getUserSettingsDirectory(const QString& user);
+/// "/etc/sysconfig" or "/etc/default", the first that exists, or empty.
+QString getSystemConfigurationDirectory();
+/// A path whose leading "~" stands for the home directory of the process, expanded.
+QString expandHome(const QString& path);
+
+} // namespace QUORSystem

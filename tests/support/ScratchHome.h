@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+
+/// A temporary home directory with empty user and system settings scopes; the organisation is "QUOR" and
+/// the application "QUOR3D" while it lives.
+class ScratchHome {
+public:
+    ScratchHome();
+
+    QString path() const { return _dir.path(); }
+    /// The directory of the user's settings files.
+    static QString settingsDirectory();
+    /// Writes a file below the user's settings directory, making it where needed.
+    static void writeSettings(const QString& name, const QString& text);
+    static void removeSettings(const QString& name);
+
+private:
+    QTemporaryDir _dir;
+};
