@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "QUORRenderWindowFactory.h"
+
+#include "QUOREglDisplay.h"
+#include "QUOREglRenderWindow.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStringList>
+
+#include <vtkCallbackCommand.h>
+#include <vtkCommand.h>
+#include <vtkNew.h>
+#include <vtkXOpenGLRenderWindow.h>
+
+// Last: the X headers define words such as None and Bool.
+#include <X11/Xlib.h>
+
+namespace {
+
+/// The driver keeps compiled shaders there, which saves a good part of the first image's time.
+void provideShaderCache() {
+    if (qEnvironmentVariableIsSet("MESA_SHADER_CACHE_DIR")) {
+        return;
+    }
+    const QString root = QDir::homePath() + QStringLiteral("/.quor3d");
+    const QString cache = root + QStringLiteral("/cache");
+    const auto mode = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup |
+                      QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+    QDir().mkdir(root, mode);
+    QDir().mkdir(cache, mode);
+    qputenv("MESA_SHADER_CACHE_DIR", QFile::encodeName(cache));
+}
+
+/// True when the named X display answers and knows OpenGL: the window's own code aborts where it does not.
+bool hasUsableXDisplay() {
+    Display* display = qEnvironmentVariableIsEmpty("DISPLAY") ? nullptr : XOpenDisplay(nullptr);
+    if (display == nullptr) {
+        return false;
+    }
+    int opcode = 0;
+    int event = 0;
+    int error = 0;
+    const bool usable = XQueryExtension(display, "GLX", &opcode, &event, &error);
+    XCloseDisplay(display);
+    return usable;
+}
+
+vtkSmartPointer<vtkOpenGLRenderWindow> createXWindow() {
+    vtkNew<vtkXOpenGLRenderWindow> window;
+    // With an observer of this event, a context that cannot be made is reported instead of aborting.
+    vtkNew<vtkCallbackCommand> ignored;
+    window->AddObserver(vtkCommand::ExitEvent, ignored);
+    window->SetShowWindow(false);
+    window->SetOffScreenRendering(1);
+    window->SetMultiSamples(0);
+    window->Initialize();
+    return window->SupportsOpenGL() ? window.Get() : nullptr;
+}
+
+} // namespace
+
+vtkSmartPointer<vtkOpenGLRenderWindow> QUORRenderWindowFactory::create(QString& error) {
+    provideShaderCache();
+    error = QUOREglDisplay::Instance().getError();
+    if (QUOREglDisplay::Instance().isOpen()) {
+        vtkNew<QUOREglRenderWindow> window;
+        if (window->SupportsOpenGL()) {
+            return window.Get();
+        }
+        error = QStringLiteral("EGL gives no OpenGL 3.2 context");
+    }
+    if (!hasUsableXDisplay()) {
+        error += QStringLiteral("; no X display with OpenGL either");
+        return nullptr;
+    }
+    vtkSmartPointer<vtkOpenGLRenderWindow> window = createXWindow();
+    error = window != nullptr ? QString() : error + QStringLiteral("; the X display gives no context either");
+    return window;
+}
+
+QString QUORRenderWindowFactory::describe(vtkOpenGLRenderWindow* window) {
+    QStringList lines = QString::fromUtf8(window->ReportCapabilities()).split(QLatin1Char('\n'));
+    lines.removeIf([](const QString& line) {
+        return !line.startsWith(QStringLiteral("OpenGL ")) || line.startsWith(QStringLiteral("OpenGL ext"));
+    });
+    return lines.join(QStringLiteral(", "));
+}
