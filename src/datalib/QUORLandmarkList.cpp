@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "QUORLandmarkList.h"
+
+#include "QUORLog.h"
+#include "QUORSettingsReader.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <limits>
+
+namespace {
+
+const QString FILE_NAME = QStringLiteral("QUOR3DLandmarks");
+const QString GROUP = QStringLiteral("LANDMARKS");
+const QString ARRAY = QStringLiteral("landmarks");
+constexpr double MISSING_ANGLE = -9999.9;
+
+/// Numbers of the array's entries that the file really holds, ascending: its size key may claim anything.
+std::vector<int> findEntries(QSettings& settings, int count) {
+    std::vector<int> numbers;
+    settings.beginGroup(ARRAY);
+    for (const QString& name : settings.childGroups()) {
+        const int number = name.toInt();
+        if (number >= 1 && number <= count) {
+            numbers.push_back(number);
+        }
+    }
+    settings.endGroup();
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+/// Null when the entry has no label or no location on the earth.
+QUORLandmark::Ptr readLandmark(const QUORSettingsReader& reader) {
+    const QString label = reader.readText(QStringLiteral("label"), {});
+    const QString priorityKey = QStringLiteral("priority");
+    const int priority = reader.contains(priorityKey) ? reader.readInt(priorityKey, 0) : 1;
+    const double lat = reader.readDouble(QStringLiteral("location/lat"), MISSING_ANGLE);
+    const double lon = reader.readDouble(QStringLiteral("location/lon"), MISSING_ANGLE);
+    const double alt = reader.readDouble(QStringLiteral("location/alt"), 0.0);
+    const double r = reader.readDouble(QStringLiteral("color/r"), 0.0);
+    const double g = reader.readDouble(QStringLiteral("color/g"), 0.0);
+    const double b = reader.readDouble(QStringLiteral("color/b"), 0.0);
+    if (label.isEmpty() || !(std::abs(lat) <= 90.0) || !(std::abs(lon) <= 180.0)) {
+        return nullptr;
+    }
+    return std::make_shared<QUORLandmark>(label, QUORCoordinate(lat, lon), alt, r, g, b,
+                                          static_cast<unsigned>(priority));
+}
+
+/// A text as a settings file must hold it to be read back unchanged.
+std::string iniText(const QString& text) {
+    static const QRegularExpression special(QStringLiteral("[;,\"\\\\=]|^\\s|\\s$"));
+    if (!text.contains(special)) {
+        return text.toStdString();
+    }
+    QString quoted = text;
+    quoted.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
+        .replace(QLatin1Char('"'), QStringLiteral("\\\""));
+    return (QLatin1Char('"') + quoted + QLatin1Char('"')).toStdString();
+}
+
+} // namespace
+
+QUORLandmarkList::QUORLandmarkList() {
+    const QUORLogScope scope("QUORLandmarkList::QUORLandmarkList");
+    load();
+}
+
+QUORLandmarkList::~QUORLandmarkList() {
+    const QUORLogScope scope("QUORLandmarkList::~QUORLandmarkList");
+    _landmarks.clear();
+}
+
+void QUORLandmarkList::load() {
+    const QUORLogScope scope("QUORLandmarkList::load");
+    QUORSettingsReader reader(FILE_NAME);
+    reader.beginGroup(GROUP);
+    const int size = reader.beginReadArray(ARRAY, std::numeric_limits<int>::max());
+    reader.endArray();
+    QUORLog::Instance().logDebug(QStringLiteral("count=") + QString::number(size));
+    const std::vector<int> numbers = findEntries(reader.settings(), size);
+    reader.beginReadArray(ARRAY, std::numeric_limits<int>::max());
+    for (const int number : numbers) {
+        QUORLog::Instance().logDebug(QStringLiteral("Landmark: #") + QString::number(number - 1));
+        reader.setArrayIndex(number - 1);
+        if (const QUORLandmark::Ptr landmark = readLandmark(reader)) {
+            _landmarks.append(landmark);
+        }
+    }
+    reader.endArray();
+    reader.endGroup();
+}
+
+QUORLandmarkSet::Ptr QUORLandmarkList::getLandmarkSet(const QUORCoordinate& centre,
+                                                      const QUORCoordinate& lowerBound,
+                                                      const QUORCoordinate& upperBound) const {
+    const QUORLogScope scope("QUORLandmarkList::getLandmarkSet");
+    auto set = std::make_shared<QUORLandmarkSet>(centre, lowerBound, upperBound);
+    for (const QUORLandmark::Ptr& landmark : _landmarks) {
+        const bool accepted = set->contains(landmark->getLocation());
+        QUORLog::Instance().logDebug(
+            (accepted ? QStringLiteral("accepted: ") : QStringLiteral("rejected: ")) + landmark->getLabel());
+        if (accepted) {
+            set->append(landmark);
+        }
+    }
+    return set;
+}
+
+void QUORLandmarkList::printIniFormat() const {
+    std::cout << "\n[LANDMARKS]\nlandmarks/size=" << _landmarks.size() << '\n';
+    for (qsizetype i = 0; i < _landmarks.size(); ++i) {
+        const QUORLandmark& landmark = *_landmarks[i];
+        const std::string entry = "landmarks/" + std::to_string(i + 1);
+        std::cout << '\n'
+                  << entry << "/label=" << iniText(landmark.getLabel()) << '\n'
+                  << entry << "/priority=" << landmark.getPriority() << '\n'
+                  << entry << "/location/lat=" << landmark.getLocation().getLat() << '\n'
+                  << entry << "/location/lon=" << landmark.getLocation().getLon() << '\n'
+                  << entry << "/location/alt=" << landmark.getAlt() << '\n'
+                  << entry << "/color/r=" << landmark.getR() << '\n'
+                  << entry << "/color/g=" << landmark.getG() << '\n'
+                  << entry << "/color/b=" << landmark.getB() << '\n';
+    }
+    std::cout << std::endl;
+}

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORTerrainSet.h"
+
+#include <QMap>
+#include <QMutex>
+
+/// The terrain tiles of the geo data directory by their location, and the cache directory of converted
+/// blocks. Scanned by the data store's thread, asked for sets by the jobs; one mutex serialises both.
+class QUORTerrainDir {
+public:
+    using Ptr = std::shared_ptr<QUORTerrainDir>;
+    using CPtr = std::shared_ptr<const QUORTerrainDir>;
+
+    /// A leading "~" of the cache path stands for the home directory.
+    QUORTerrainDir(const QString& sourcePath, const QString& cachePath);
+    virtual ~QUORTerrainDir();
+    QUORTerrainDir(const QUORTerrainDir&) = delete;
+    QUORTerrainDir& operator=(const QUORTerrainDir&) = delete;
+
+    void setPath(const QString& sourcePath, const QString& cachePath);
+    /// Makes the cache directory with its parents where it is missing.
+    void createCache() const;
+    /// Removes every file of the cache directory.
+    void clearCache() const;
+
+    /// Reads the headers of the tiles in the source directory; what is no usable tile is skipped with an
+    /// error line.
+    void scanFiles();
+    void resetFiles();
+
+    /// The tiles of the whole degrees that cover the area, with flat ones where the directory has none; no
+    /// tiles at all where it has none for the whole area. The same request gives the same set as long as it
+    /// is among the last ones. Never null.
+    QUORTerrainSet::Ptr getTerrainSet(const QUORGeoProjection::CPtr& projection,
+                                      const QUORCoordinate& corner1, const QUORCoordinate& corner2);
+
+    /// Such as N47E8, and N7.5W3.25.
+    static QString getLocString(const QUORCoordinate& coordinate);
+    static QString getFileKey(const QUORCoordinate& coordinate);
+    static QString getCacheKey(const QUORGeoProjection::CPtr& projection, const QUORCoordinate& coordinate,
+                               const QString& typeText);
+    /// Absolute; empty when there is no cache path.
+    QString getCachedFilename(const QUORGeoProjection::CPtr& projection, const QUORTerrainFile& tile) const;
+
+    QString getSourcePath() const { return _sourcePath; }
+    QString getCachePath() const { return _cachePath; }
+    /// By location key.
+    QMap<QString, QUORTerrainFile::CPtr> getTiles() const;
+    void printDebug() const;
+
+private:
+    QString _sourcePath;
+    QString _cachePath;
+    mutable QMutex _mutex;
+    QMap<QString, QUORTerrainFile::CPtr> _tiles;
+};
