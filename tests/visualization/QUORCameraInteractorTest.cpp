@@ -1,0 +1,354 @@
+// SPDX-License-Identifier: MIT
+#include "QUORCameraInteractor.h"
+
+#include "QUORCameraInteractorCallback.h"
+#include "QUORCameraInteractorObserver.h"
+#include "QUOREglRenderWindow.h"
+
+#include <vtkCallbackCommand.h>
+#include <vtkCamera.h>
+#include <vtkGenericRenderWindowInteractor.h>
+#include <vtkNew.h>
+#include <vtkRenderer.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Step = std::function<void(QUORCameraInteractor&)>;
+constexpr double PI = 3.14159265358979;
+
+void expectNear(const QUORPoint3D& actual, const QUORPoint3D& expected, double tolerance,
+                const std::string& what) {
+    EXPECT_NEAR(actual.x, expected.x, tolerance) << what;
+    EXPECT_NEAR(actual.y, expected.y, tolerance) << what;
+    EXPECT_NEAR(actual.z, expected.z, tolerance) << what;
+}
+
+/// From the south, 45 degrees down at the origin: 70711 away, maximum 1000000.
+void lookFromSouth(QUORCameraInteractor& camera) {
+    camera.resetCamera({0.0, -50000.0, 50000.0}, {0.0, 1.0, -1.0}, 1000000.0, 0.0);
+}
+
+Step pan(double dx, double dy) {
+    return [=](auto& c) { c.panCamera(dx, dy); };
+}
+
+Step turn(double dHeading, double dPitch) {
+    return [=](auto& c) { c.rotateCameraView(dHeading, dPitch); };
+}
+
+Step orbit(double dHeading, double dPitch) {
+    return [=](auto& c) { c.rotateCameraTarget(dHeading, dPitch); };
+}
+
+Step zoom(double f) {
+    return [=](auto& c) { c.zoomCamera(f); };
+}
+
+Step place(double heading, double pitch, double distance) {
+    return [=](auto& c) { c.setCameraByHPD(heading, pitch, distance); };
+}
+
+Step view(const QUORPoint3D& position, const QUORPoint3D& direction) {
+    return [=](auto& c) { c.setView(position, direction); };
+}
+
+Step reset(const QUORPoint3D& position, const QUORPoint3D& direction) {
+    return [=](auto& c) { c.resetCamera(position, direction, 0.0, 0.0); };
+}
+
+class Recorder : public QUORCameraInteractorObserver {
+public:
+    void cameraMoved(QUORCameraInteractor* camera) override { calls += camera != nullptr ? "m" : "(m)"; }
+    void cameraReset(QUORCameraInteractor* camera) override { calls += camera != nullptr ? "r" : "(r)"; }
+
+    std::string calls;
+};
+
+} // namespace
+
+TEST(QUORCameraInteractorTest, StartsHighAboveTheOrigin) {
+    const vtkNew<QUORCameraInteractor> camera;
+    expectNear(camera->getPosition(), {0.0, 0.0, 2000000.0}, 1e-9, "position");
+    EXPECT_DOUBLE_EQ(camera->getHeading(), 0.0);
+    EXPECT_NEAR(camera->getPitch(), PI / 2.0 - 0.000001, 1e-9);
+    expectNear(camera->getTarget(), {0.0, 2.0, 0.0}, 1e-3, "target");
+    EXPECT_DOUBLE_EQ(camera->getMaxDistance(), 4000000.0);
+    EXPECT_DOUBLE_EQ(camera->getMaxTargetDistance(), 1200000.0);
+}
+
+TEST(QUORCameraInteractorTest, Movements) {
+    const double k = 0.001 * std::sqrt(2.0) * 50000.0;
+    const double limit = 1.5690509957500003;
+    const double root3 = std::sqrt(3.0);
+    const QUORPoint3D south{0.0, -50000.0, 50000.0};
+    const QUORPoint3D west{-50000.0, 0.0, 50000.0};
+    struct Row {
+        const char* name;
+        Step step;
+        QUORPoint3D position;
+        double heading;
+        double pitch;
+    };
+    const std::vector<Row> fromSouth{
+        {"pan", pan(10, 100), {10.0 * k, -50000.0 + 100.0 * k, 50000.0}, 0.0, PI / 4},
+        {"turn", turn(0.5, -0.25), south, 0.5, PI / 4 - 0.25},
+        {"turn past straight down", turn(0.0, 2.0), south, 0.0, limit},
+        {"turn past straight up", turn(0.0, -3.0), south, 0.0, -limit},
+        {"orbit round", orbit(PI / 2, 0.0), west, PI / 2, PI / 4},
+        {"orbit down", orbit(0.0, PI / 12), {0.0, -k * 500.0, k * 500.0 * root3}, 0.0, PI / 3},
+        {"orbit over the top", orbit(PI / 2, 1.0), west, PI / 2, PI / 4},
+        {"orbit under the ground", orbit(0.0, -0.9), south, 0.0, PI / 4},
+        {"orbit below the floor", orbit(0.0, 0.02 - PI / 4), south, 0.0, PI / 4},
+        {"nearer", place(0.0, PI / 4, 20000.0 * std::sqrt(2.0)), {0.0, -20000.0, 20000.0}, 0.0, PI / 4},
+        {"place", place(-PI / 2, PI / 6, 40000.0), {20000.0 * root3, 0.0, 20000.0}, -PI / 2, PI / 6},
+        {"smallest step",
+         zoom(1e-8),
+         {0.0, -50000.0 + std::sqrt(0.5), 50000.0 - std::sqrt(0.5)},
+         0.0,
+         PI / 4},
+        {"floor", view({10.0, 0.0, -70.0}, {1.0, 0.0, -1.0}), {10.0, 0.0, 2000.0}, PI / 2, PI / 4},
+        {"outer limit", view({3e6, 0.0, 4e6}, {-1.0, 0.0, -1.0}), {6e5, 0.0, 8e5}, -PI / 2, PI / 4},
+        {"straight down leans north",
+         reset({0.0, 0.0, 9000.0}, {0.0, 0.0, -1.0}),
+         {0.0, 0.0, 9000.0},
+         0.0,
+         PI / 2},
+        {"straight down leans out",
+         reset({-5.0, 0.0, 9000.0}, {0.0, 0.0, -1.0}),
+         {-5.0, 0.0, 9000.0},
+         -PI / 2,
+         PI / 2},
+    };
+    const std::vector<Row> fromAbove{
+        {"zoom to 1999", zoom(0.03001), {0.0, 0.0, 5000.0}, 0.0, PI / 2},
+        {"zoom to 2001", zoom(0.02999), {0.0, 0.0, 2001.0}, 0.0, PI / 2},
+    };
+    const auto check = [](const Step& start, const std::vector<Row>& rows) {
+        for (const Row& row : rows) {
+            vtkNew<QUORCameraInteractor> camera;
+            start(*camera);
+            row.step(*camera);
+            expectNear(camera->getPosition(), row.position, 0.01, row.name);
+            EXPECT_NEAR(camera->getHeading(), row.heading, 1e-6) << row.name;
+            EXPECT_NEAR(camera->getPitch(), row.pitch, 3e-6) << row.name;
+            const QUORPoint3D& d = camera->getDirection();
+            EXPECT_NEAR(std::hypot(d.x, d.y, d.z), 1.0, 1e-12) << row.name;
+        }
+    };
+    check(lookFromSouth, fromSouth);
+    check(
+        [](auto& c) {
+            c.resetCamera({0.0, 0.0, 5000.0}, {0.0, 0.000001, -1.0}, 100000.0, 0.0);
+        },
+        fromAbove);
+    vtkNew<QUORCameraInteractor> camera;
+    camera->setView({60000.0, 0.0, 60000.0}, {0.3, 1.0, -0.2});
+    camera->targetToOrigo();
+    expectNear(camera->getTarget(), {}, 0.01, "to the origin");
+    expectNear(camera->getPosition(), {60000.0, 0.0, 60000.0}, 0.01, "to the origin");
+}
+
+TEST(QUORCameraInteractorTest, TargetsAndTheirLimits) {
+    struct Row {
+        const char* name;
+        QUORPoint3D direction;
+        QUORPoint3D target;
+        bool legal;
+    };
+    const std::vector<Row> rows{
+        {"on the ground", {0.0, 1.0, -1.0}, {0.0, 0.0, 0.0}, true},
+        {"beyond the legal distance", {0.0, 1.0, -0.1}, {0.0, 450000.0, 0.0}, false},
+        {"pulled inside", {0.0, 1.0, -0.001}, {0.0, 1000000.0, 0.0}, false},
+        {"behind", {0.0, 1.0, 1.0}, {0.0, -100000.0, 0.0}, false},
+        {"level keeps the last", {0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}, false},
+    };
+    for (const Row& row : rows) {
+        vtkNew<QUORCameraInteractor> camera;
+        lookFromSouth(*camera);
+        camera->setView(camera->getPosition(), row.direction);
+        expectNear(camera->getTarget(), row.target, 0.01, row.name);
+        EXPECT_EQ(camera->isTargetLegal(), row.legal) << row.name;
+        const double distance = std::hypot(row.target.y + 50000.0, 50000.0);
+        EXPECT_NEAR(camera->getTargetDistance(), distance, 0.01) << row.name;
+    }
+}
+
+TEST(QUORCameraInteractorTest, ApplyWritesTheCameraAndTellsObservers) {
+    vtkNew<vtkRenderer> renderer;
+    vtkNew<QUORCameraInteractor> camera;
+    camera->SetCurrentRenderer(renderer);
+    Recorder recorder;
+    vtkNew<QUORCameraInteractorCallback> callback;
+    camera->AddObserver(vtkCommand::UserEvent, callback);
+    camera->applyCamera(false);
+    EXPECT_EQ(recorder.calls, "");
+    callback->setObserver(&recorder);
+
+    lookFromSouth(*camera);
+    camera->applyCamera(false);
+    camera->applyCamera(false);
+    lookFromSouth(*camera);
+    camera->applyCamera(true);
+    camera->applyCamera(false);
+    EXPECT_EQ(recorder.calls, "rmm");
+
+    vtkCamera* applied = renderer->GetActiveCamera();
+    EXPECT_DOUBLE_EQ(applied->GetPosition()[1], -50000.0);
+    EXPECT_NEAR(applied->GetFocalPoint()[2], 0.0, 1e-6);
+    EXPECT_NEAR(applied->GetViewUp()[2], std::sqrt(0.5), 1e-9);
+    EXPECT_DOUBLE_EQ(applied->GetClippingRange()[0], 100.0);
+    EXPECT_DOUBLE_EQ(applied->GetClippingRange()[1], 2000000.0);
+
+    int change = QUORCameraInteractor::Reset;
+    callback->Execute(renderer, vtkCommand::UserEvent, &change);
+    change = 2;
+    callback->Execute(camera, vtkCommand::UserEvent, &change);
+    callback->Execute(camera, vtkCommand::UserEvent, nullptr);
+    EXPECT_EQ(recorder.calls, "rmm(r)");
+}
+
+namespace {
+
+/// Two equal cameras: one driven by events on a window, one by program.
+class QUORCameraInputTest : public testing::Test {
+protected:
+    void SetUp() override {
+        _window->SetSize(400, 300);
+        _window->AddRenderer(_renderer);
+        _interactor->SetRenderWindow(_window);
+        _interactor->EnableRenderOff();
+        _camera->SetDefaultRenderer(_renderer);
+        _camera->SetCurrentRenderer(_renderer);
+        _interactor->SetInteractorStyle(_camera);
+        _interactor->AddObserver(vtkCommand::RenderEvent, _counter);
+        _counter->SetClientData(&_renders);
+        _counter->SetCallback(
+            [](vtkObject*, unsigned long, void* count, void*) { ++*static_cast<int*>(count); });
+    }
+
+    void restart(const Step& start) {
+        start(*_camera);
+        start(*_model);
+        _renders = 0;
+    }
+
+    void expectSame(const std::string& what) {
+        _model->calculateVectors();
+        expectNear(_camera->getPosition(), _model->getPosition(), 0.01, what);
+        expectNear(_camera->getDirection(), _model->getDirection(), 1e-7, what);
+    }
+
+    void drag(int button, bool control, bool shift) {
+        constexpr unsigned long presses[] = {vtkCommand::LeftButtonPressEvent,
+                                             vtkCommand::MiddleButtonPressEvent,
+                                             vtkCommand::RightButtonPressEvent};
+        constexpr unsigned long releases[] = {vtkCommand::LeftButtonReleaseEvent,
+                                              vtkCommand::MiddleButtonReleaseEvent,
+                                              vtkCommand::RightButtonReleaseEvent};
+        _interactor->SetEventInformation(200, 150, control, shift);
+        _interactor->InvokeEvent(presses[button]);
+        _interactor->SetEventInformation(230, 130, control, shift);
+        _interactor->InvokeEvent(vtkCommand::MouseMoveEvent);
+        _interactor->InvokeEvent(releases[button]);
+        _interactor->SetEventInformation(10, 10, 0, 0);
+        _interactor->InvokeEvent(vtkCommand::MouseMoveEvent);
+    }
+
+    vtkNew<QUOREglRenderWindow> _window;
+    vtkNew<vtkRenderer> _renderer;
+    vtkNew<vtkGenericRenderWindowInteractor> _interactor;
+    vtkNew<QUORCameraInteractor> _camera;
+    vtkNew<QUORCameraInteractor> _model;
+    vtkNew<vtkCallbackCommand> _counter;
+    int _renders = 0;
+};
+
+void lookAway(QUORCameraInteractor& camera) {
+    lookFromSouth(camera);
+    camera.setView(camera.getPosition(), {0.0, 1.0, 0.2});
+}
+
+} // namespace
+
+TEST_F(QUORCameraInputTest, MouseDrags) {
+    enum Button { Left, Middle, Right };
+    struct Row {
+        Button button;
+        bool control;
+        bool shift;
+        Step start;
+        Step expected;
+    };
+    const std::vector<Row> rows{
+        {Left, false, false, lookFromSouth, orbit(0.06, -0.04)},
+        {Left, false, false, lookAway, turn(-0.06, -0.04)},
+        {Left, true, false, lookFromSouth, turn(-0.06, -0.04)},
+        {Left, false, true, lookFromSouth, pan(15.0, -10.0)},
+        {Middle, false, false, lookFromSouth, zoom(0.1)},
+        {Right, false, false, lookFromSouth, pan(15.0, -10.0)},
+    };
+    for (const Row& row : rows) {
+        const auto name = "row " + std::to_string(&row - rows.data());
+        restart(row.start);
+        row.expected(*_model);
+        drag(row.button, row.control, row.shift);
+        expectSame(name);
+        EXPECT_EQ(_camera->GetState(), VTKIS_NONE) << name;
+    }
+}
+
+TEST_F(QUORCameraInputTest, WheelAndKeys) {
+    struct Row {
+        const char* key;
+        char code;
+        bool control;
+        bool shift;
+        Step expected;
+        int renders;
+    };
+    const Step nothing = [](auto&) {};
+    const std::vector<Row> rows{
+        {"Left", 0, false, false, pan(-10.0, 0.0), 1},
+        {"Right", 0, true, false, turn(0.008, 0.0), 1},
+        {"Left", 0, false, true, orbit(-0.008, 0.0), 1},
+        {"Up", 0, false, false, pan(0.0, 10.0), 1},
+        {"Down", 0, true, false, turn(0.0, 0.008), 1},
+        {"Up", 0, false, true, orbit(0.0, -0.008), 1},
+        {"plus", '+', false, false, zoom(0.01), 1},
+        {"minus", '-', false, false, zoom(-0.01), 1},
+        {"r", 'r', false, false, lookFromSouth, 1},
+        {"t", 't', false, false, [](auto& c) { c.targetToOrigo(); }, 1},
+        {"left", 0, false, false, nothing, 1},
+        {"a", 'a', false, false, nothing, 1},
+        {"w", 'w', false, false, nothing, 0},
+        {"S", 'S', false, false, nothing, 0},
+    };
+    for (const Row& row : rows) {
+        const std::string name =
+            std::string(row.key) + (row.control ? " Ctrl" : "") + (row.shift ? " Shift" : "");
+        restart([](auto& c) {
+            lookFromSouth(c);
+            c.panCamera(50.0, 20.0);
+        });
+        row.expected(*_model);
+        _interactor->SetEventInformation(0, 0, row.control, row.shift, row.code, 0, row.key);
+        _interactor->InvokeEvent(vtkCommand::KeyPressEvent);
+        _interactor->InvokeEvent(vtkCommand::CharEvent);
+        EXPECT_EQ(_renders, row.renders) << name;
+        expectSame(name);
+    }
+    for (const auto& [event, f] : {std::pair{vtkCommand::MouseWheelForwardEvent, 0.05},
+                                   std::pair{vtkCommand::MouseWheelBackwardEvent, -0.05}}) {
+        restart(lookFromSouth);
+        _model->zoomCamera(f);
+        _interactor->InvokeEvent(event);
+        expectSame("wheel");
+    }
+}
