@@ -1,1 +1,77 @@
-int main() { return 0; }
+// SPDX-License-Identifier: MIT
+#include "SampleOptions.h"
+#include "StormProducts.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+constexpr int FAILED = 1;
+constexpr int WRONG_USAGE = 2;
+constexpr int STEP_SECONDS = 300;
+
+int fail(const QString& text, int status) {
+    std::fprintf(stderr, "quor3d-sample: %s\n", text.toLocal8Bit().constData());
+    return status;
+}
+
+int writeProducts(const SampleOptions& options) {
+    const SampleProduct& frame = options.frame;
+    const double reach = 0.005 * std::min(double(frame.points[0]) * frame.stepsCm[0],
+                                          double(frame.points[1]) * frame.stepsCm[1]);
+    const StormProducts storm(frame, StormModel(options.seed, reach));
+    QString error;
+    const auto write = [&](const QString& folder, const SampleProduct& product) {
+        const QString directory = options.output + QLatin1Char('/') + folder;
+        const QString path = directory + QLatin1Char('/') + ProductWriter::fileName(product);
+        error = QDir().mkpath(directory) ? ProductWriter::write(product, path)
+                                         : QStringLiteral("the folder cannot be made");
+        if (!error.isEmpty()) {
+            error = path + QStringLiteral(": ") + error;
+            return false;
+        }
+        std::printf("%s\n", path.toLocal8Bit().constData());
+        return true;
+    };
+    for (int step = 0; step < options.steps; ++step) {
+        if (!storm.make(step * STEP_SECONDS, write)) {
+            return fail(error, FAILED);
+        }
+    }
+    return 0;
+}
+
+int run(const QStringList& arguments) {
+    const SampleOptions options = SampleOptions::parse(arguments);
+    if (!options.error.isEmpty()) {
+        return fail(options.error + QStringLiteral(" See --help."), WRONG_USAGE);
+    }
+    if (options.help) {
+        std::fputs(SampleOptions::helpText().toLocal8Bit().constData(), stdout);
+        return 0;
+    }
+    switch (options.command) {
+    case SampleOptions::Command::Products:
+        return writeProducts(options);
+    case SampleOptions::Command::Terrain:
+    case SampleOptions::Command::Landmarks:
+        break;
+    }
+    return fail(QStringLiteral("not there yet"), FAILED);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const QCoreApplication application(argc, argv);
+        return run(QCoreApplication::arguments());
+    } catch (const std::exception& reason) {
+        return fail(QString::fromLocal8Bit(reason.what()), FAILED);
+    }
+}
