@@ -1,0 +1,479 @@
+// SPDX-License-Identifier: MIT
+#include "QUORApplication.h"
+
+#include "QUORLog.h"
+#include "QUORProcessSetup.h"
+#include "QUORToolMessages.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSocketNotifier>
+#include <QTranslator>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <fcntl.h>
+#include <optional>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace {
+
+const QString OPTION_HELP = QStringLiteral("help");
+const QString OPTION_VERSION = QStringLiteral("version");
+const QString OPTION_LOGLEVEL = QStringLiteral("loglevel");
+const QString OPTION_LOGFILE = QStringLiteral("logfile");
+const QString OPTION_DAEMON = QStringLiteral("daemon");
+const QString OPTION_LANGUAGE = QStringLiteral("language");
+
+constexpr int SHORT_OPTION_LENGTH = 5;
+constexpr int PROCESS_TIMEOUT_MS = 30000;
+const QString NO_SERVICE_COMMAND = QStringLiteral("INVALID");
+
+struct OptionText {
+    const QString& name;
+    const char* help;
+};
+
+const std::array OPTION_TEXTS{
+    OptionText{OPTION_HELP, "display this help and exit"},
+    OptionText{OPTION_VERSION, "display program version and exit"},
+    OptionText{OPTION_LOGLEVEL, "loglevel='number', adjust logging level, number can be"
+                                "\n\t\t\t0 error (default)\n\t\t\t1 warning\n\t\t\t2 notice\n\t\t\t3 debug"},
+    OptionText{OPTION_LOGFILE, "logfile='filename', name of the log file, only for background processes"},
+    OptionText{OPTION_LANGUAGE, "language='lang_[country]', lang is a two letter language code and "
+                                "\n\t\t\t country is an optinal country code"},
+};
+
+void print(const QString& text) {
+    std::fputs(text.toLocal8Bit().constData(), stdout);
+    std::fflush(stdout);
+}
+
+std::optional<QString> optionName(const QString& argument) {
+    static const QRegularExpression expression(QStringLiteral("^-{1,2}([a-z|_]*)"));
+    const QRegularExpressionMatch match = expression.match(argument);
+    return match.hasMatch() ? std::optional(match.captured(1)) : std::nullopt;
+}
+
+// The toolkit keeps a reference for the life of the application object.
+int& toolkitArgumentCount(int argc) {
+    static int count = 0;
+    count = std::min(argc, 1);
+    QUORProcessSetup::beforeToolkit();
+    return count;
+}
+
+// Takes every waiting byte; false when there was none.
+bool drain(int descriptor) {
+    std::array<char, 64> bytes{};
+    bool any = false;
+    while (::read(descriptor, bytes.data(), bytes.size()) > 0) {
+        any = true;
+    }
+    return any;
+}
+
+void writeByte(int descriptor) {
+    const int saved = errno;
+    const char byte = 1;
+    if (descriptor >= 0) {
+        const ssize_t written = ::write(descriptor, &byte, sizeof byte);
+        Q_UNUSED(written);
+    }
+    errno = saved;
+}
+
+bool installHandler(int signal, void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    return ::sigaction(signal, &action, nullptr) == 0;
+}
+
+bool openPair(int (&pair)[2]) {
+    return ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, pair) == 0;
+}
+
+void waitForEnd(int descriptor) {
+    char byte = 0;
+    while (::read(descriptor, &byte, sizeof byte) < 0 && errno == EINTR) {
+    }
+}
+
+QString findServiceCommand() {
+    QProcess process;
+    process.start(QStringLiteral("whereis"), {QStringLiteral("-b"), QStringLiteral("service")});
+    process.waitForFinished(PROCESS_TIMEOUT_MS);
+    static const QRegularExpression path(QStringLiteral("^service:.*?\\s(/\\S+)"));
+    return path.match(QString::fromLocal8Bit(process.readAllStandardOutput())).captured(1);
+}
+
+} // namespace
+
+QString QUORApplication::serviceCommand;
+int QUORApplication::sighupFd[2] = {-1, -1};
+int QUORApplication::sigtermFd[2] = {-1, -1};
+
+QUORApplication::QUORApplication(int& argc, char** argv)
+    : QApplication(toolkitArgumentCount(argc), argv), _startDirectory(QDir::currentPath()) {
+    QUORProcessSetup::afterToolkit();
+    for (int i = 0; i < argc; ++i) {
+        _givenArguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    setOrganizationName(ORGANIZATION_NAME);
+    setOrganizationDomain(ORGANIZATION_DOMAIN);
+}
+
+QUORApplication::~QUORApplication() = default;
+
+int QUORApplication::init() {
+    for (const OptionText& option : OPTION_TEXTS) {
+        addOption(option.name, QString::fromLatin1(option.help));
+    }
+    _arguments = _givenArguments;
+    if (!checkOptions()) {
+        return -1;
+    }
+    const bool asDaemon = optionPresent(OPTION_DAEMON);
+    startLogging(asDaemon ? getLogFileName() : QString());
+    if (optionPresent(OPTION_LANGUAGE)) {
+        installTranslators();
+    }
+    if (optionPresent(OPTION_HELP)) {
+        printHelp();
+        return -1;
+    }
+    if (optionPresent(OPTION_VERSION)) {
+        printVersion();
+        return -1;
+    }
+    QUORProcessSetup::ignoreBrokenPipes();
+    if (!asDaemon) {
+        return 0;
+    }
+    if (const int result = startDaemon(); result < 0) {
+        return result;
+    }
+    setupNativeSignals();
+    return 0;
+}
+
+void QUORApplication::printHelp() {
+    print(QStringLiteral("Usage: ") + getExeName() + QStringLiteral(" [options]\nOptions:\n"));
+    for (auto option = _options.cbegin(); option != _options.cend(); ++option) {
+        const QString gap = QString(option.key().size() <= SHORT_OPTION_LENGTH ? 2 : 1, QLatin1Char('\t'));
+        print(QStringLiteral("\t--") + option.key() + gap + option.value() + QLatin1Char('\n'));
+    }
+}
+
+void QUORApplication::printVersion() {
+    print(QStringLiteral("Version: ") + _version + QLatin1Char('\n'));
+}
+
+void QUORApplication::addOption(const QString& name, const QString& helpText) {
+    if (!_options.contains(name)) {
+        _options.insert(name, helpText);
+    }
+}
+
+bool QUORApplication::checkOptions() const {
+    bool valid = true;
+    for (const QString& argument : _arguments.mid(1)) {
+        const std::optional<QString> name = optionName(argument);
+        if (name && !_options.contains(*name)) {
+            print(QStringLiteral("Invalid option: ") + *name + QLatin1Char('\n'));
+            valid = false;
+        }
+    }
+    return valid;
+}
+
+int QUORApplication::optionIndex(const QString& name) const {
+    for (qsizetype i = 1; i < _arguments.size(); ++i) {
+        if (optionName(_arguments[i]) == name) {
+            return int(i);
+        }
+    }
+    return -1;
+}
+
+bool QUORApplication::optionPresent(const QString& name) const {
+    return optionIndex(name) > 0;
+}
+
+QString QUORApplication::getOptionValue(const QString& name) const {
+    static const QRegularExpression expression(QStringLiteral("^-{1,2}([a-z|_]*)=(\\S*)"));
+    QString value;
+    for (const QString& argument : _arguments.mid(1)) {
+        const QRegularExpressionMatch match = expression.match(argument);
+        if (match.hasMatch() && match.captured(1) == name) {
+            value = match.captured(2);
+        }
+    }
+    return value;
+}
+
+void QUORApplication::optionValue(const QString& name, int& value, int defaultValue, int min, int max) const {
+    const QString text = getOptionValue(name);
+    value = std::clamp(text.isEmpty() ? defaultValue : text.toInt(), min, max);
+}
+
+void QUORApplication::optionValue(const QString& name, QString& value, const QString& defaultValue) const {
+    const QString text = getOptionValue(name);
+    value = text.isEmpty() ? defaultValue : text;
+}
+
+QString QUORApplication::getExeName() const {
+    static const QRegularExpression separator(QStringLiteral("[\\|/]"));
+    return _arguments.isEmpty() ? QString() : _arguments.first().split(separator).last();
+}
+
+QString QUORApplication::getLogFileName() const {
+    if (optionPresent(OPTION_LOGFILE)) {
+        return getOptionValue(OPTION_LOGFILE);
+    }
+    const QString home = QDir::homePath();
+    return (QFileInfo(home).isDir() ? home + QLatin1Char('/') : QStringLiteral("/")) + getExeName() +
+           QStringLiteral(".log");
+}
+
+void QUORApplication::startLogging(const QString& logFileName) {
+    int level = QUORLog::Error;
+    optionValue(OPTION_LOGLEVEL, level, QUORLog::Error, QUORLog::Error, QUORLog::Debug);
+    QUORLog::Instance().setLevel(level);
+    QUORLog::Instance().logInit(getExeName(), logFileName);
+    QUORToolMessages::install();
+}
+
+void QUORApplication::installTranslators() {
+    const QString language = getOptionValue(OPTION_LANGUAGE);
+    installApplicationTranslator(language);
+    installToolkitTranslator(language);
+}
+
+void QUORApplication::installApplicationTranslator(const QString& language) {
+    _applicationTranslator = new QTranslator(this);
+    const QFileInfo file(language);
+    bool loaded = false;
+    if (!file.isFile()) {
+        loaded = _applicationTranslator->load(QStringLiteral("quor3d_") + language,
+                                              QStringLiteral(":/translations"));
+    } else if (file.suffix() == QStringLiteral("qm")) {
+        loaded = _applicationTranslator->load(file.completeBaseName(), file.absolutePath());
+    } else {
+        QUORLog::Instance().logError(QStringLiteral("Invalid translation file: ") + language);
+    }
+    if (loaded) {
+        installTranslator(_applicationTranslator);
+    } else {
+        QUORLog::Instance().logError(QStringLiteral("Could not locate application translation: ") + language);
+    }
+}
+
+void QUORApplication::installToolkitTranslator(const QString& language) {
+    _toolkitTranslator = new QTranslator(this);
+    if (_toolkitTranslator->load(QStringLiteral("qt_") + language,
+                                 QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        installTranslator(_toolkitTranslator);
+    } else {
+        QUORLog::Instance().logError(QStringLiteral("Could not locate Qt translation: ") + language);
+    }
+}
+
+int QUORApplication::startDaemon() {
+    QUORLog& log = QUORLog::Instance();
+    // Closed by the daemon when its PID file is written, and by the system when it dies before that.
+    int ready[2] = {-1, -1};
+    if (::pipe2(ready, O_CLOEXEC) != 0) {
+        log.logWarning(QStringLiteral("No pipe to the daemon, the PID file may be written later"));
+    }
+    const pid_t child = ::fork();
+    if (child < 0) {
+        log.logError(QStringLiteral("Failed to start daemon"));
+        ::close(ready[0]);
+        ::close(ready[1]);
+        return -1;
+    }
+    if (child > 0) {
+        log.logNotice(QStringLiteral("Daemon forked - parent stopping..."));
+        ::close(ready[1]);
+        waitForEnd(ready[0]);
+        ::close(ready[0]);
+        return -2;
+    }
+    ::close(ready[0]);
+    log.logDebug(QStringLiteral("   ... child continues"));
+    continueAsDaemon();
+    ::close(ready[1]);
+    return 0;
+}
+
+void QUORApplication::continueAsDaemon() {
+    ::setsid();
+    QUORProcessSetup::detachStandardStreams();
+    const QString home = QDir::homePath();
+    const QString directory = QFileInfo(home).isDir() ? home : QStringLiteral("/");
+    QUORLog::Instance().logDebug(QStringLiteral("Setting working directory to ") + directory);
+    QDir::setCurrent(directory);
+    updatePIDFile();
+    ::umask(0);
+    _isDaemon = true;
+}
+
+void QUORApplication::updatePIDFile() {
+    QUORLog& log = QUORLog::Instance();
+    if (const QString path = getEnvVar(QStringLiteral("PIDFILE")); !path.isEmpty()) {
+        _pidFilePath = path;
+    }
+    if (_pidFilePath.isEmpty()) {
+        log.logWarning(QStringLiteral("No pid-file"));
+        return;
+    }
+    log.logDebug(QStringLiteral("Writing pidfile: ") + _pidFilePath);
+    const QByteArray path = QFile::encodeName(QDir(_startDirectory).absoluteFilePath(_pidFilePath));
+    const int file =
+        ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
+    if (file < 0) {
+        log.logError(QStringLiteral("Opening pid-file failed: ") + _pidFilePath);
+        return;
+    }
+    ::fchmod(file, 0644);
+    const QByteArray text = QByteArray::number(getMyPid()) + '\n';
+    if (::write(file, text.constData(), size_t(text.size())) != text.size()) {
+        log.logError(QStringLiteral("Writing pid-file failed: ") + _pidFilePath);
+    }
+    ::close(file);
+}
+
+void QUORApplication::setupNativeSignals() {
+    QUORLog& log = QUORLog::Instance();
+    log.logDebug(QStringLiteral("QUORApplication::setupNativeSignals() - creating sockets"));
+    if (openPair(sighupFd)) {
+        _hupNotifier = new QSocketNotifier(sighupFd[1], QSocketNotifier::Read, this);
+        connect(_hupNotifier, &QSocketNotifier::activated, this, &QUORApplication::handleSigHup,
+                Qt::QueuedConnection);
+    } else {
+        log.logError(QStringLiteral("Couldn't create HUP socketpair"));
+    }
+    if (openPair(sigtermFd)) {
+        _termNotifier = new QSocketNotifier(sigtermFd[1], QSocketNotifier::Read, this);
+        connect(_termNotifier, &QSocketNotifier::activated, this, &QUORApplication::handleSigTerm,
+                Qt::QueuedConnection);
+    } else {
+        log.logError(QStringLiteral("Couldn't create TERM socketpair"));
+    }
+    log.logDebug(QStringLiteral("QUORApplication::setupNativeSignals() - installing signal handlers"));
+    const bool hupInstalled = installHandler(SIGHUP, hupSignalHandler);
+    const bool termInstalled = _termNotifier != nullptr && installHandler(SIGTERM, termSignalHandler);
+    if (!hupInstalled || !termInstalled) {
+        log.logError(QStringLiteral("Error setting up signal handlers"));
+    }
+}
+
+void QUORApplication::termSignalHandler(int) {
+    writeByte(sigtermFd[0]);
+}
+
+void QUORApplication::hupSignalHandler(int) {
+    writeByte(sighupFd[0]);
+}
+
+void QUORApplication::handleSigTerm() {
+    _termNotifier->setEnabled(false);
+    const bool received = drain(sigtermFd[1]);
+    if (received) {
+        QUORLog::Instance().logNotice(QStringLiteral("Termination signal received - quitting..."));
+    }
+    _termNotifier->setEnabled(true);
+    if (received) {
+        quit();
+    }
+}
+
+void QUORApplication::handleSigHup() {
+    _hupNotifier->setEnabled(false);
+    if (drain(sighupFd[1])) {
+        QUORLog::Instance().logNotice(QStringLiteral("HANGUP signal received"));
+    }
+    _hupNotifier->setEnabled(true);
+}
+
+bool QUORApplication::notify(QObject* receiver, QEvent* event) {
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (const std::exception& error) {
+        QUORLog::Instance().logError(QStringLiteral("Exception in an event handler: ") +
+                                     QString::fromLocal8Bit(error.what()));
+    } catch (...) {
+        QUORLog::Instance().logError(QStringLiteral("Exception in an event handler"));
+    }
+    return false;
+}
+
+int QUORApplication::getMyPid() {
+    return int(::getpid());
+}
+
+QString QUORApplication::getLoginUser() {
+    return getEnvVar(QStringLiteral("USER"));
+}
+
+QString QUORApplication::getEnvVar(const QString& name) {
+    return qEnvironmentVariable(name.toLocal8Bit().constData());
+}
+
+bool QUORApplication::getDiskSpace(const QString& path, int& total, int& available) {
+    total = 0;
+    available = 0;
+    const QByteArray name = QFile::encodeName(QFileInfo(path).absoluteFilePath());
+    struct stat status {};
+    if (::stat(name.constData(), &status) != 0) {
+        QUORLog::Instance().logDebug(QStringLiteral("stat returns ") + QString::number(errno));
+        return false;
+    }
+    struct statfs fileSystem {};
+    if (::statfs(name.constData(), &fileSystem) != 0) {
+        QUORLog::Instance().logDebug(QStringLiteral("statfs returns ") + QString::number(errno));
+        return false;
+    }
+    const quint32 kibibytes = quint32(status.st_blksize) / 1024U;
+    total = int(kibibytes * quint32(fileSystem.f_blocks) / 1024U);
+    available = int(kibibytes * quint32(fileSystem.f_bavail) / 1024U);
+    return true;
+}
+
+bool QUORApplication::isServiceRunning(const QString& serviceName) {
+    QUORLog& log = QUORLog::Instance();
+    if (serviceCommand.isEmpty()) {
+        serviceCommand = findServiceCommand();
+        if (!serviceCommand.isEmpty()) {
+            log.logDebug(QStringLiteral("Service command is: ") + serviceCommand);
+        } else {
+            serviceCommand = NO_SERVICE_COMMAND;
+            log.logError(QStringLiteral("Could not locate shell command 'service'"));
+            log.logNotice(QStringLiteral("Background task activity indicator will not work"));
+        }
+    }
+    if (serviceCommand == NO_SERVICE_COMMAND) {
+        return false;
+    }
+    QProcess process;
+    process.start(serviceCommand, {serviceName, QStringLiteral("status")});
+    const bool finished =
+        process.waitForFinished(PROCESS_TIMEOUT_MS) && process.exitStatus() == QProcess::NormalExit;
+    log.logDebug(QStringLiteral("Service status check: ") + serviceName + QStringLiteral(" -> ") +
+                 QString::number(process.exitCode()));
+    return finished && process.exitCode() == 0;
+}

@@ -1,1 +1,20 @@
-int main() { return 0; }
+// SPDX-License-Identifier: MIT
+#include "QUORApplication.h"
+#include "QUORLog.h"
+
+#include <QDir>
+
+int main(int argc, char** argv) {
+    QUORApplication application(argc, argv);
+    application.addOption(QStringLiteral("daemon"), QStringLiteral("run program in the background"));
+    application.setPIDFilePath(QStringLiteral("/var/run/quor3dd.pid"));
+    application.setVersion(QStringLiteral("1.0.2"));
+    QCoreApplication::setApplicationName(QStringLiteral("QUOR3D"));
+    if (application.init() < 0) {
+        return 0;
+    }
+    QUORLog& log = QUORLog::Instance();
+    log.logDebug(QStringLiteral("Daemon home directory: ") + QDir::homePath());
+    log.logDebug(QStringLiteral("Daemon working directory: ") + QDir::currentPath());
+    return QCoreApplication::exec();
+}

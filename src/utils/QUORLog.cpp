@@ -120,17 +120,26 @@ void QUORLog::logConnect(QObject* object, const char* historySlot, const char* s
 }
 
 void QUORLog::writeLine(const QString& text) {
-    const QMutexLocker lock(&_mutex);
-    if (_descriptor < 0) {
+    // A library that complains while its line is written would lock the mutex twice.
+    thread_local bool writing = false;
+    if (writing || !logAlive) {
         return;
     }
-    QByteArray line;
-    if (_ownsDescriptor) {
-        line = QDateTime::currentDateTime().toString(Qt::TextDate).toUtf8() + ' ';
+    writing = true;
+    const QMutexLocker lock(&_mutex);
+    if (_descriptor >= 0) {
+        QByteArray line;
+        if (_isCutOff) {
+            line += '\n';
+        }
+        if (_ownsDescriptor) {
+            line += QDateTime::currentDateTime().toString(Qt::TextDate).toUtf8() + ' ';
+        }
+        line += onOneLine(text).toUtf8() + '\n';
+        const ssize_t written = ::write(_descriptor, line.constData(), size_t(line.size()));
+        _isCutOff = written > 0 ? written < line.size() : _isCutOff;
     }
-    line += onOneLine(text).toUtf8() + '\n';
-    const ssize_t written = ::write(_descriptor, line.constData(), size_t(line.size()));
-    Q_UNUSED(written);
+    writing = false;
 }
 
 void QUORLog::closeFile() {

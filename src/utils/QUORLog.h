@@ -65,6 +65,8 @@ private:
     QMutex _mutex;
     int _descriptor = -1;
     bool _ownsDescriptor = false;
+    /// The last write filled the disk inside a line: the next line begins on a new one.
+    bool _isCutOff = false;
     std::atomic<int> _level{Error};
 };
 

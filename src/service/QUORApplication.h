@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORSystem.h"
+
+#include <QApplication>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+class QSocketNotifier;
+class QTranslator;
+
+/// The process shell of the service: command line, start of logging, translations, daemon, PID file and
+/// the way from signals to the event loop, and queries about the system. Made first and destroyed last by
+/// `main`; used on the main thread only.
+///
+/// The toolkit sees argument 0 alone, so that it takes none of our options, and never needs a display.
+class QUORApplication : public QApplication {
+    Q_OBJECT
+
+public:
+    inline static const QString ORGANIZATION_NAME = QUORSystem::ORGANIZATION_NAME;
+    inline static const QString ORGANIZATION_DOMAIN = QUORSystem::ORGANIZATION_DOMAIN;
+    inline static const QString BG_SERVICE_NAME = QUORSystem::BG_SERVICE_NAME;
+
+    QUORApplication(int& argc, char** argv);
+    ~QUORApplication() override;
+
+    /// The start-up sequence. 0: go on; negative: end the process now (help, version, an invalid option,
+    /// a failed fork, the parent of a daemon).
+    virtual int init();
+    virtual void printHelp();
+    virtual void printVersion();
+
+    void setPIDFilePath(const QString& path) { _pidFilePath = path; }
+    void setVersion(const QString& version) { _version = version; }
+    /// True in the daemon child once it is detached.
+    bool isDaemon() const { return _isDaemon; }
+
+    /// An option that is already known keeps its first help text.
+    void addOption(const QString& name, const QString& helpText);
+    /// Names each unknown option on standard output; false when there was one.
+    bool checkOptions() const;
+    /// Index of the first argument with that option name, from 1; -1 when there is none.
+    int optionIndex(const QString& name) const;
+    bool optionPresent(const QString& name) const;
+    /// The value of the last argument "--name=value"; empty when there is none.
+    QString getOptionValue(const QString& name) const;
+    void optionValue(const QString& name, int& value, int defaultValue, int min, int max) const;
+    void optionValue(const QString& name, QString& value, const QString& defaultValue) const;
+
+    QString getExeName() const;
+    QString getLogFileName() const;
+    void startLogging(const QString& logFileName);
+    void installTranslators();
+
+    /// 0 in the daemon child, -2 in the parent (the child has written its PID file or has ended by then),
+    /// -1 when the fork failed. No other thread and no rendering context may exist.
+    int startDaemon();
+    void updatePIDFile();
+    void setupNativeSignals();
+
+    static int getMyPid();
+    static QString getLoginUser();
+    static QString getEnvVar(const QString& name);
+    static QString getSystemConfigurationDirectory() { return QUORSystem::getSystemConfigurationDirectory(); }
+    static QString getUserHomeDirectory(const QString& user) {
+        return QUORSystem::getUserHomeDirectory(user);
+    }
+    static QString getUserSettingsDirectory(const QString& user) {
+        return QUORSystem::getUserSettingsDirectory(user);
+    }
+    /// Mebibytes of the file system that holds the path.
+    static bool getDiskSpace(const QString& path, int& total, int& available);
+    /// Asks the system's service command; waits for its answer.
+    static bool isServiceRunning(const QString& serviceName);
+
+    static void termSignalHandler(int signal);
+    static void hupSignalHandler(int signal);
+
+    /// Nothing thrown by an event handler ends the process.
+    bool notify(QObject* receiver, QEvent* event) override;
+
+public Q_SLOTS:
+    void handleSigHup();
+    void handleSigTerm();
+
+private:
+    void installApplicationTranslator(const QString& language);
+    void installToolkitTranslator(const QString& language);
+    void continueAsDaemon();
+
+    bool _isDaemon = false;
+    QString _pidFilePath;
+    QString _version;
+    QStringList _givenArguments;
+    QString _startDirectory;
+    QStringList _arguments;
+    QMap<QString, QString> _options;
+    QSocketNotifier* _hupNotifier = nullptr;
+    QSocketNotifier* _termNotifier = nullptr;
+    QTranslator* _applicationTranslator = nullptr;
+    QTranslator* _toolkitTranslator = nullptr;
+
+    static QString serviceCommand;
+    static int sighupFd[2];
+    static int sigtermFd[2];
+};

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// What has to hold for the whole process before the toolkit or the log is used. Main thread only, no
+/// thread may run yet: the environment is changed.
+namespace QUORProcessSetup {
+
+/// Descriptors 0 to 2 are open, HOME is set, the toolkit needs no display and has a runtime directory of
+/// its own, and compiled shaders are kept in the user's cache. To be called before the toolkit's
+/// application object is made.
+void beforeToolkit();
+
+/// The decimal point of the C library is "." whatever the user's locale says. The toolkit's application
+/// object sets the user's locale, so this follows its construction.
+void afterToolkit();
+
+/// A reader that goes away does not end the process.
+void ignoreBrokenPipes();
+
+/// The null device onto descriptors 0, 1 and 2, so that no later file or socket takes their numbers.
+void detachStandardStreams();
+
+} // namespace QUORProcessSetup
