@@ -26,6 +26,7 @@
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -167,6 +168,7 @@ int QUORApplication::init() {
         return result;
     }
     setupNativeSignals();
+    ::close(std::exchange(_parentPipe, -1));
     return 0;
 }
 
@@ -294,7 +296,7 @@ void QUORApplication::installToolkitTranslator(const QString& language) {
 
 int QUORApplication::startDaemon() {
     QUORLog& log = QUORLog::Instance();
-    // Closed by the daemon when its PID file is written, and by the system when it dies before that.
+    // Closed by the daemon when it is ready for signals, and by the system when it dies before that.
     int ready[2] = {-1, -1};
     if (::pipe2(ready, O_CLOEXEC) != 0) {
         log.logWarning(QStringLiteral("No pipe to the daemon, the PID file may be written later"));
@@ -314,9 +316,9 @@ int QUORApplication::startDaemon() {
         return -2;
     }
     ::close(ready[0]);
+    _parentPipe = ready[1];
     log.logDebug(QStringLiteral("   ... child continues"));
     continueAsDaemon();
-    ::close(ready[1]);
     return 0;
 }
 

@@ -55,8 +55,8 @@ public:
     void startLogging(const QString& logFileName);
     void installTranslators();
 
-    /// 0 in the daemon child, -2 in the parent (the child has written its PID file or has ended by then),
-    /// -1 when the fork failed. No other thread and no rendering context may exist.
+    /// 0 in the daemon child, -2 in the parent (`init` of the child is done or the child has ended by
+    /// then), -1 when the fork failed. No other thread and no rendering context may exist.
     int startDaemon();
     void updatePIDFile();
     void setupNativeSignals();
@@ -94,6 +94,8 @@ private:
     bool _isDaemon = false;
     QString _pidFilePath;
     QString _version;
+    /// Open in a daemon child as long as its parent waits.
+    int _parentPipe = -1;
     QStringList _givenArguments;
     QString _startDirectory;
     QStringList _arguments;

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "QUORApplication.h"
+
+#include "LogCapture.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+void writeScript(const QString& path, const QByteArray& commands) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("#!/bin/sh\n" + commands);
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+} // namespace
+
+TEST(QUORApplicationTest, DiskSpaceOfAPath) {
+    int total = -1;
+    int available = -1;
+    EXPECT_TRUE(QUORApplication::getDiskSpace(QStringLiteral("/"), total, available));
+    EXPECT_GT(total, 0);
+    EXPECT_LE(available, total);
+    const LogCapture log;
+    EXPECT_FALSE(QUORApplication::getDiskSpace(QStringLiteral("/no/such/place"), total, available));
+    EXPECT_EQ(total, 0);
+    EXPECT_EQ(available, 0);
+    EXPECT_TRUE(log.contains(QStringLiteral("D: stat returns 2")));
+}
+
+TEST(QUORApplicationTest, AServiceRunsWhenItsStatusSaysSo) {
+    const QTemporaryDir dir;
+    const QString command = dir.filePath(QStringLiteral("service"));
+    writeScript(dir.filePath(QStringLiteral("whereis")),
+                "[ \"$*\" = '-b service' ] && echo 'service: " + command.toUtf8() + " /usr/share/man'\n");
+    writeScript(command, "[ \"$*\" = 'quor3dd status' ] || exit 3\n");
+    const QByteArray previous = qgetenv("PATH");
+    qputenv("PATH", dir.path().toUtf8() + ":" + previous);
+    const LogCapture log;
+    EXPECT_TRUE(QUORApplication::isServiceRunning(QStringLiteral("quor3dd")));
+    EXPECT_FALSE(QUORApplication::isServiceRunning(QStringLiteral("other")));
+    qputenv("PATH", previous);
+    EXPECT_EQ(log.count(QStringLiteral("D: Service command is: ") + command), 1);
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Service status check: quor3dd -> 0")));
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Service status check: other -> 3")));
+}

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "ServiceProcess.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+std::string text(const QString& s) {
+    return s.toStdString();
+}
+
+constexpr const char* HELP =
+    "Usage: quor3dd [options]\nOptions:\n"
+    "\t--daemon\trun program in the background\n"
+    "\t--help\t\tdisplay this help and exit\n"
+    "\t--language\tlanguage='lang_[country]', lang is a two letter language code and \n"
+    "\t\t\t country is an optinal country code\n"
+    "\t--logfile\tlogfile='filename', name of the log file, only for background processes\n"
+    "\t--loglevel\tloglevel='number', adjust logging level, number can be\n"
+    "\t\t\t0 error (default)\n\t\t\t1 warning\n\t\t\t2 notice\n\t\t\t3 debug\n"
+    "\t--version\tdisplay program version and exit\n";
+
+} // namespace
+
+TEST(ServiceProcessTest, OptionsThatEndTheProgram) {
+    const struct {
+        const char* arguments;
+        const char* output;
+    } rows[] = {{"--help", HELP},
+                {"-help", HELP},
+                {"--version --help", HELP},
+                {"word --version", "Version: 1.0.2\n"},
+                {"--version=5", "Version: 1.0.2\n"},
+                {"--logLevel=3", "Invalid option: log\n"},
+                {"--x --help --y_z=1", "Invalid option: x\nInvalid option: y_z\n"},
+                {"--", "Invalid option: \n"},
+                {"--style=fusion -reverse --platform nosuch",
+                 "Invalid option: style\nInvalid option: reverse\n"
+                 "Invalid option: platform\n"}};
+    ServiceProcess service;
+    for (const auto& row : rows) {
+        const auto result = service.run(QString::fromLatin1(row.arguments).split(QLatin1Char(' ')));
+        EXPECT_EQ(text(result.output), row.output) << row.arguments;
+        EXPECT_EQ(result.exitCode, 0) << row.arguments;
+    }
+}
+
+TEST(ServiceProcessTest, TranslationsThatCannotBeFoundAreErrors) {
+    ServiceProcess service;
+    service.write(QStringLiteral("words.txt"), "no translation");
+    const auto result = service.run({QStringLiteral("--language=words.txt"), QStringLiteral("--help")});
+    EXPECT_EQ(text(result.errors), "quor3dd starting\nE: Invalid translation file: words.txt\n"
+                                   "E: Could not locate application translation: words.txt\n"
+                                   "E: Could not locate Qt translation: words.txt\n");
+}
+
+TEST(ServiceProcessTest, LogLevelsAreClampedAndTheLastValueCounts) {
+    const struct {
+        const char* arguments;
+        bool notices, debug;
+    } rows[] = {{"--loglevel=7", true, true},
+                {"--loglevel=2", true, false},
+                {"--loglevel=-2", false, false},
+                {"--loglevel=x", false, false},
+                {"--loglevel", false, false},
+                {"--loglevel=0 --loglevel=2", true, false},
+                {"--loglevel=3 --loglevel=1", false, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.arguments);
+        ServiceProcess service;
+        ASSERT_TRUE(service.startDaemon(QString::fromLatin1(row.arguments).split(QLatin1Char(' '))));
+        EXPECT_EQ(service.terminate(), 0);
+        EXPECT_EQ(service.log().contains(QStringLiteral(" N: Termination signal received - quitting...\n")),
+                  row.notices);
+        EXPECT_EQ(service.log().contains(QStringLiteral(" D: ")), row.debug);
+    }
+}
+
+TEST(ServiceProcessTest, ADaemonDetachesAndFollowsItsSignals) {
+    ServiceProcess service;
+    // The log's own file and the first sockets must not take the numbers of the closed descriptors.
+    for (const QString& redirections : {QString(), QStringLiteral("0<&- 1>&- 2>&-")}) {
+        ASSERT_TRUE(service.startDaemon({QStringLiteral("--loglevel=3")}, redirections));
+        EXPECT_EQ(service.read(QStringLiteral("pid")), QByteArray::number(service.daemonPid()) + '\n');
+        const QString process = QStringLiteral("/proc/%1/").arg(service.daemonPid());
+        for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+            EXPECT_EQ(text(QFile::symLinkTarget(process + QStringLiteral("fd/%1").arg(descriptor))),
+                      "/dev/null");
+        }
+        EXPECT_EQ(QFile::symLinkTarget(process + QStringLiteral("cwd")),
+                  QFileInfo(service.path(QStringLiteral("pid"))).path());
+        ASSERT_TRUE(service.waitForLog(QStringLiteral("installing signal handlers")));
+        service.signal(SIGHUP);
+        EXPECT_TRUE(service.waitForLog(QStringLiteral(" N: HANGUP signal received\n")));
+        EXPECT_EQ(service.terminate(), 0);
+        EXPECT_TRUE(service.log().contains(QStringLiteral("quor3dd starting\n")));
+        QFile::remove(service.path(QStringLiteral("log")));
+    }
+}
+
+TEST(ServiceProcessTest, ARestartAppendsToTheLog) {
+    ServiceProcess service;
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(service.startDaemon());
+        EXPECT_EQ(service.terminate(), 0);
+    }
+    EXPECT_EQ(service.log().count(QStringLiteral("quor3dd starting\n")), 2);
+}
+
+TEST(ServiceProcessTest, ThePidFileFollowsNoLinkAndIsReadableByAll) {
+    ServiceProcess service;
+    service.write(QStringLiteral("precious"), "keep");
+    QFile::link(service.path(QStringLiteral("precious")), service.path(QStringLiteral("link")));
+    service.environment().insert(QStringLiteral("PIDFILE"), service.path(QStringLiteral("link")));
+    ASSERT_TRUE(service.startDaemon());
+    EXPECT_EQ(service.terminate(), 0);
+    EXPECT_EQ(service.read(QStringLiteral("precious")), "keep");
+    EXPECT_TRUE(service.log().contains(QStringLiteral("E: Opening pid-file failed: ")));
+
+    service.environment().insert(QStringLiteral("PIDFILE"), QStringLiteral("pid"));
+    ASSERT_TRUE(service.startDaemon());
+    EXPECT_EQ(QFileInfo(service.path(QStringLiteral("pid"))).permissions() & 0x777,
+              QFile::Permissions(0x644));
+    EXPECT_EQ(service.terminate(), 0);
+}

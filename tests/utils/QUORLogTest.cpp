@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "QUORLog.h"
+
+#include "LogCapture.h"
+
+#include <QDateTime>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <thread>
+#include <vector>
+
+namespace {
+
+void logAllLevels() {
+    QUORLog& log = QUORLog::Instance();
+    log.logError(QStringLiteral("one"));
+    log.logWarning(QStringLiteral("two"));
+    log.logNotice(QStringLiteral("three"));
+    log.logDebug(QStringLiteral("four"));
+}
+
+QByteArray readAll(const QString& name) {
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+TEST(QUORLogTest, LinesUpToTheLevelAppearWithTheirPrefixes) {
+    const QStringList all{QStringLiteral("E: one"), QStringLiteral("W: two"), QStringLiteral("N: three"),
+                          QStringLiteral("D: four")};
+    const struct {
+        int level;
+        qsizetype lines;
+    } rows[] = {{0, 1}, {1, 2}, {2, 3}, {3, 4}, {9, 4}, {-4, 1}};
+    LogCapture capture;
+    for (const auto& row : rows) {
+        QUORLog::Instance().setLevel(row.level);
+        logAllLevels();
+        EXPECT_EQ(capture.lines(), all.mid(0, row.lines)) << row.level;
+        capture.clear();
+    }
+}
+
+TEST(QUORLogTest, FileLinesAreAppendedWithATimestampAndConsoleLinesHaveNone) {
+    const LogCapture restoreAfterwards;
+    const QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("x.log"));
+    QUORLog& log = QUORLog::Instance();
+    for (const QString& text : {QStringLiteral("a"), QStringLiteral("b")}) {
+        log.logInit(QStringLiteral("prog"), name);
+        log.logError(text);
+    }
+    const QList<QByteArray> lines = readAll(name).split('\n');
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_TRUE(lines[0].endsWith(" prog starting"));
+    EXPECT_TRUE(lines[1].endsWith(" E: a"));
+    EXPECT_TRUE(lines[3].endsWith(" E: b"));
+    EXPECT_TRUE(QDateTime::fromString(QString::fromUtf8(lines[1].chopped(5)), Qt::TextDate).isValid());
+
+    testing::internal::CaptureStderr();
+    log.logInit(QStringLiteral("prog"), {});
+    log.logError(QStringLiteral("a\nb"));
+    log.logInit(QStringLiteral("prog"), QStringLiteral("/no/such/dir/log"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "prog starting\nE: a_b\n"
+              "E: ERROR 0 WHEN OPENING LOG FILE /no/such/dir/log, LOGGING TO CONSOLE\nprog starting\n");
+}
+
+TEST(QUORLogTest, AFullDiskLosesOnlyTheLinesOfThatTime) {
+    const LogCapture restoreAfterwards;
+    const QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("x.log"));
+    QUORLog::Instance().logOpen(name);
+    QUORLog::Instance().logError(QStringLiteral("before"));
+    rlimit previous{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &previous), 0);
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit tight{rlim_t(readAll(name).size() + 10), previous.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+    QUORLog::Instance().logError(QStringLiteral("cut"));
+    QUORLog::Instance().logError(QStringLiteral("lost"));
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &previous), 0);
+    std::signal(SIGXFSZ, previousHandler);
+    QUORLog::Instance().logError(QStringLiteral("after"));
+    const QList<QByteArray> lines = readAll(name).split('\n');
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_TRUE(lines[0].endsWith("E: before"));
+    EXPECT_EQ(lines[1].size(), 10);
+    EXPECT_TRUE(lines[2].endsWith("E: after"));
+}
+
+TEST(QUORLogTest, LinesOfManyThreadsStayWhole) {
+    const LogCapture capture;
+    const QString text(200, QLatin1Char('x'));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int line = 0; line < 250; ++line) {
+                QUORLog::Instance().logNotice(text);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(capture.lines(), QStringList(1000, QStringLiteral("N: ") + text));
+}
+
+TEST(QUORLogTest, HistoryAndStatusGoToAClientAndNotToTheLog) {
+    const LogCapture capture;
+    QStringList received;
+    QUORLog& log = QUORLog::Instance();
+    QObject client;
+    QObject::connect(&log, qOverload<const QString&>(&QUORLog::historyAdd), &client,
+                     [&](const QString& line) { received.append(line); });
+    QObject::connect(&log, qOverload<const QStringList&>(&QUORLog::historyAdd), &client,
+                     [&](const QStringList& lines) { received.append(lines); });
+    QObject::connect(&log, &QUORLog::statusAdd, &client, [&](const QString& line, int seconds) {
+        received.append(line + QString::number(seconds));
+    });
+    log.logHistory(QStringLiteral("h"));
+    log.logHistory(QStringList{QStringLiteral("i"), QStringLiteral("j")});
+    log.logStatus(QStringLiteral("s"), 5);
+    EXPECT_EQ(received, (QStringList{QStringLiteral("h"), QStringLiteral("i"), QStringLiteral("j"),
+                                     QStringLiteral("s5")}));
+    EXPECT_EQ(capture.lines(), QStringList{QStringLiteral("D: Update status")});
+}

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include "ServiceProcess.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QThread>
+
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+qint64 findChild() {
+    const QString self = QString::number(::getpid());
+    QFile file(QStringLiteral("/proc/") + self + QStringLiteral("/task/") + self +
+               QStringLiteral("/children"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().simplified().split(' ').first().toLongLong() : 0;
+}
+
+} // namespace
+
+ServiceProcess::ServiceProcess() : _environment(QProcessEnvironment::systemEnvironment()) {
+    // A daemon becomes our child, so that its exit status can be seen.
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    _environment.insert(QStringLiteral("HOME"), _home.path());
+    _environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral(".config")));
+    _environment.insert(QStringLiteral("XDG_CONFIG_DIRS"), path(QStringLiteral("xdg")));
+    _environment.insert(QStringLiteral("PIDFILE"), path(QStringLiteral("pid")));
+    _environment.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    _environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+}
+
+ServiceProcess::~ServiceProcess() {
+    if (_daemon > 0) {
+        signal(SIGKILL);
+        waitForEnd();
+    }
+}
+
+QString ServiceProcess::path(const QString& name) const {
+    const QString result = _home.filePath(name);
+    QDir().mkpath(QFileInfo(result).path());
+    return result;
+}
+
+void ServiceProcess::write(const QString& name, const QByteArray& content) const {
+    QFile file(path(name));
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        file.write(content);
+    }
+}
+
+QByteArray ServiceProcess::read(const QString& name) const {
+    QFile file(path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+ServiceProcess::Result ServiceProcess::run(const QStringList& arguments, const QString& redirections) {
+    QProcess process;
+    process.setProcessEnvironment(_environment);
+    process.setWorkingDirectory(_home.path());
+    process.start(QStringLiteral("/bin/sh"),
+                  QStringList{QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\" ") + redirections,
+                              QStringLiteral(QUOR3DD_BINARY)} +
+                      arguments);
+    process.waitForFinished(30000);
+    const bool ended =
+        process.state() == QProcess::NotRunning && process.exitStatus() == QProcess::NormalExit;
+    return {QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError()), ended ? process.exitCode() : -1};
+}
+
+bool ServiceProcess::startDaemon(const QStringList& arguments, const QString& redirections) {
+    run(QStringList{QStringLiteral("--daemon"), QStringLiteral("--logfile=") + path(QStringLiteral("log"))} +
+            arguments,
+        redirections);
+    _daemon = findChild();
+    return _daemon > 0;
+}
+
+void ServiceProcess::signal(int number) const {
+    ::kill(pid_t(_daemon), number);
+}
+
+std::optional<int> ServiceProcess::waitForEnd(int milliseconds) {
+    int status = 0;
+    if (!waitFor([&] { return ::waitpid(pid_t(_daemon), &status, WNOHANG) == _daemon; }, milliseconds)) {
+        return std::nullopt;
+    }
+    _daemon = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+std::optional<int> ServiceProcess::terminate(int milliseconds) {
+    signal(SIGTERM);
+    return waitForEnd(milliseconds);
+}
+
+bool ServiceProcess::waitForLog(const QString& text, int milliseconds) const {
+    return waitFor([&] { return log().contains(text); }, milliseconds);
+}
+
+bool ServiceProcess::waitFor(const std::function<bool()>& condition, int milliseconds) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > milliseconds) {
+            return false;
+        }
+        QThread::msleep(5);
+    }
+    return true;
+}
