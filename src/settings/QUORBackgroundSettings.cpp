@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: MIT
+#include "QUORBackgroundSettings.h"
+
+#include "QUORConfig.h"
+#include "QUORLog.h"
+#include "QUORLogOnce.h"
+#include "QUORSettingsReader.h"
+#include "QUORSettingsWriter.h"
+#include "QUORSystem.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QRegularExpression>
+#include <QSettings>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+const QString QUORBackgroundSettings::GROUP = QStringLiteral("BACKGROUND");
+const QString QUORBackgroundSettings::ACTIVATED = QStringLiteral("activated");
+const QString QUORBackgroundSettings::DIRECTORY = QStringLiteral("directory");
+const QString QUORBackgroundSettings::OUTPUT_FORMAT = QStringLiteral("outputformat");
+const QString QUORBackgroundSettings::VIEW_ANGLE = QStringLiteral("viewangle");
+const QString QUORBackgroundSettings::DISPLAY_STATE = QStringLiteral("displaystate");
+const QString QUORBackgroundSettings::HEIGHT = QStringLiteral("height");
+const QString QUORBackgroundSettings::WIDTH = QStringLiteral("width");
+const QString QUORBackgroundSettings::PRODUCT_ARRAY = QStringLiteral("products");
+const QString QUORBackgroundSettings::PRODUCT = QStringLiteral("product");
+
+namespace {
+
+constexpr int DEFAULT_HEIGHT = 1200;
+constexpr int DEFAULT_WIDTH = 1600;
+const QString DEFAULT_USER = QStringLiteral("quor3d");
+const QString DEFAULT_DIRECTORY = QStringLiteral(".");
+const QString DEFAULT_2D_PRODUCT = QStringLiteral("SRI");
+
+QString findConfiguredUser() {
+    QFile file(QUORSystem::getSystemConfigurationDirectory() + QLatin1Char('/') +
+               QUORSystem::BG_SERVICE_NAME);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return QUORBackgroundSettings::findBgUser(QString::fromUtf8(file.readAll()));
+}
+
+QString userWarning() {
+    return QStringLiteral("Background user not configured - using default for background username: ") +
+           DEFAULT_USER;
+}
+
+QString fileNameOfUser(const QString& user) {
+    return QUORSystem::getUserSettingsDirectory(user) + QLatin1Char('/') + QUORSystem::BG_SERVICE_NAME +
+           QStringLiteral(".conf");
+}
+
+QString fileNameFromEnvironment() {
+    return QFile::decodeName(qgetenv(QUORBackgroundSettings::FILE_VARIABLE));
+}
+
+// A record is made for every job, so its warning about the user comes once.
+QString findSettingsFile() {
+    const QString named = fileNameFromEnvironment();
+    if (!named.isEmpty()) {
+        return named;
+    }
+    const QString user = findConfiguredUser();
+    const QString subject = QStringLiteral("BG_USER");
+    if (user.isEmpty()) {
+        QUORLogOnce::logWarning(subject, userWarning());
+        return fileNameOfUser(DEFAULT_USER);
+    }
+    QUORLogOnce::forget(subject);
+    return fileNameOfUser(user);
+}
+
+QString toShownName(const QString& name) {
+    return QUORConfig::isDefaultName(name) ? QUORConfig::defaultValueTranslated() : name;
+}
+
+QString toStoredName(const QString& name) {
+    return QUORConfig::isDefaultName(name) ? QUORConfig::VALUE_DEFAULT : name;
+}
+
+} // namespace
+
+QUORBackgroundSettings::QUORBackgroundSettings() : _fileName(findSettingsFile()) {
+    reset();
+    load();
+}
+
+void QUORBackgroundSettings::reset() {
+    _activated = false;
+    _directory = DEFAULT_DIRECTORY;
+    _outputFormat = QUORExportSettings::Tiff;
+    _viewAngleName = QUORConfig::VALUE_DEFAULT;
+    _displayStateName = QUORConfig::VALUE_DEFAULT;
+    _height = DEFAULT_HEIGHT;
+    _width = DEFAULT_WIDTH;
+    _products.clear();
+    for (const QString& configuration : getAllConfigurations()) {
+        _products.insert(configuration, DEFAULT_2D_PRODUCT);
+    }
+}
+
+void QUORBackgroundSettings::load() {
+    checkReadable();
+    QSettings settings(_fileName, QSettings::NativeFormat);
+    QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
+                                 QStringLiteral(", status: ") + QString::number(int(settings.status())));
+    QUORSettingsReader reader(settings);
+    reader.beginGroup(GROUP);
+    _activated = reader.readBool(ACTIVATED, false);
+    _directory = reader.readText(DIRECTORY, DEFAULT_DIRECTORY);
+    readFormat(reader);
+    _viewAngleName = reader.readText(VIEW_ANGLE, QUORConfig::VALUE_DEFAULT);
+    _displayStateName = reader.readText(DISPLAY_STATE, QUORConfig::VALUE_DEFAULT);
+    _height = reader.readInt(HEIGHT, DEFAULT_HEIGHT, QUORExportSettings::MINIMUM_IMAGE_SIDE,
+                             QUORExportSettings::MAXIMUM_IMAGE_SIDE);
+    _width = reader.readInt(WIDTH, DEFAULT_WIDTH, QUORExportSettings::MINIMUM_IMAGE_SIDE,
+                            QUORExportSettings::MAXIMUM_IMAGE_SIDE);
+    const QStringList configurations = getAllConfigurations();
+    reader.beginReadArray(PRODUCT_ARRAY, int(configurations.size()));
+    for (int i = 0; i < int(configurations.size()); ++i) {
+        reader.setArrayIndex(i);
+        _products.insert(configurations.at(i), reader.readText(PRODUCT, DEFAULT_2D_PRODUCT));
+    }
+    reader.endArray();
+}
+
+void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
+    const QString text = reader.readText(OUTPUT_FORMAT, QUORExportSettings::getDefaultOutputFormatString());
+    _outputFormat = QUORExportSettings::getOutputFormatFromString(text);
+    const QString subject = _fileName + QStringLiteral(" format");
+    if (_outputFormat == QUORExportSettings::UnknownFormat) {
+        QUORLogOnce::logWarning(
+            subject, QStringLiteral("Settings file ") + _fileName + QStringLiteral(": ") + OUTPUT_FORMAT +
+                         QStringLiteral("=") + text + QStringLiteral(" is not one of ") +
+                         QUORExportSettings::getSupportedOutputFormats().join(QStringLiteral(", ")) +
+                         QStringLiteral("; images are PNG under a name that ends in \".\""));
+    } else {
+        QUORLogOnce::forget(subject);
+    }
+}
+
+// Asked of the system, because a folder that may not be searched makes a file look as if it were missing.
+void QUORBackgroundSettings::checkReadable() const {
+    const int fd = ::open(QFile::encodeName(_fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd >= 0) {
+        ::close(fd);
+    }
+    if (fd >= 0 || errno == ENOENT || errno == ENOTDIR) {
+        QUORLogOnce::forget(_fileName);
+        return;
+    }
+    QUORLogOnce::logError(_fileName, QStringLiteral("Background settings cannot be read from ") + _fileName +
+                                         QStringLiteral(", using defaults: ") +
+                                         QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+void QUORBackgroundSettings::save() const {
+    QUORLog::Instance().logDebug(QStringLiteral("Saving background settings to ") + _fileName);
+    QSettings settings(_fileName, QSettings::NativeFormat);
+    QUORSettingsWriter writer(settings, GROUP);
+    writer.write(ACTIVATED, _activated);
+    writer.write(DIRECTORY, _directory);
+    writer.write(OUTPUT_FORMAT, QUORExportSettings::getOutputFormatString(_outputFormat));
+    writer.write(VIEW_ANGLE, _viewAngleName);
+    writer.write(DISPLAY_STATE, _displayStateName);
+    writer.write(HEIGHT, _height);
+    writer.write(WIDTH, _width);
+    const QStringList configurations = getAllConfigurations();
+    writer.beginWriteArray(PRODUCT_ARRAY, int(configurations.size()));
+    for (int i = 0; i < int(configurations.size()); ++i) {
+        writer.setArrayIndex(i);
+        writer.write(PRODUCT, get2DProduct(configurations.at(i)));
+    }
+    writer.endArray();
+    writer.commit();
+}
+
+int QUORBackgroundSettings::status() const {
+    QFile file(_fileName);
+    if (file.open(QIODevice::ReadWrite, QFile::ReadOwner | QFile::WriteOwner)) {
+        return 0;
+    }
+    return file.open(QIODevice::ReadOnly) ? 1 : 2;
+}
+
+QString QUORBackgroundSettings::getBgUsername() {
+    const QString user = findConfiguredUser();
+    if (user.isEmpty()) {
+        QUORLog::Instance().logWarning(userWarning());
+        return DEFAULT_USER;
+    }
+    return user;
+}
+
+QString QUORBackgroundSettings::findBgUser(const QString& configuration) {
+    static const QRegularExpression line(
+        QStringLiteral("^[ \\t]*(?:export[ \\t]+)?BG_USER=(?:\"([^\"\\n]*)\"|'([^'\\n]*)'|([^\\s\"']*))"),
+        QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch match = line.match(configuration);
+    return match.captured(match.lastCapturedIndex() > 0 ? match.lastCapturedIndex() : 1).trimmed();
+}
+
+QString QUORBackgroundSettings::getBgHomeDirectory() {
+    return QUORSystem::getUserHomeDirectory(getBgUsername());
+}
+
+QString QUORBackgroundSettings::getBgSettingsDirectory() {
+    return QUORSystem::getUserSettingsDirectory(getBgUsername());
+}
+
+QString QUORBackgroundSettings::getBgSettingsFileName() {
+    const QString named = fileNameFromEnvironment();
+    return named.isEmpty() ? fileNameOfUser(getBgUsername()) : named;
+}
+
+QStringList QUORBackgroundSettings::getAllConfigurations() {
+    return {QStringLiteral("R"), QStringLiteral("V"), QStringLiteral("W"), QStringLiteral("Z")};
+}
+
+QStringList QUORBackgroundSettings::getAll2DProducts() {
+    return {QStringLiteral("PPI"), QStringLiteral("SRI"), QStringLiteral("VIL"), QStringLiteral("MAX"),
+            QCoreApplication::translate("App", "(none)")};
+}
+
+bool QUORBackgroundSettings::isNoProduct(const QString& product) {
+    return product == QLatin1String("(none)") || product == QCoreApplication::translate("App", "(none)") ||
+           product == QCoreApplication::translate("QUORLiveDataThread", "(none)");
+}
+
+QString QUORBackgroundSettings::getOutputFormatString() const {
+    const QString name = QUORExportSettings::getOutputFormatString(_outputFormat);
+    return name.isEmpty() ? QUORExportSettings::getDefaultOutputFormatString() : name;
+}
+
+QString QUORBackgroundSettings::getOutputFileExtension() const {
+    return QUORExportSettings::getOutputFileExtension(_outputFormat);
+}
+
+void QUORBackgroundSettings::set2DProduct(const QString& configuration, const QString& product) {
+    _products.insert(configuration, product);
+}
+
+QString QUORBackgroundSettings::getDisplayStateName() const {
+    return toShownName(_displayStateName);
+}
+
+void QUORBackgroundSettings::setDisplayStateName(const QString& name) {
+    _displayStateName = toStoredName(name);
+}
+
+QString QUORBackgroundSettings::getViewAngleName() const {
+    return toShownName(_viewAngleName);
+}
+
+void QUORBackgroundSettings::setViewAngleName(const QString& name) {
+    _viewAngleName = toStoredName(name);
+}

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "QUORGeneralSettings.h"
+
+#include "QUORConfig.h"
+#include "QUORLog.h"
+#include "QUORPresetStore.h"
+#include "QUORSettingsReader.h"
+#include "QUORSettingsWriter.h"
+
+#include <QCoreApplication>
+
+#include <limits>
+
+const QString QUORGeneralSettings::LIVE_MODE = QStringLiteral("livemode");
+const QString QUORGeneralSettings::LIVE_MODE_SITE = QStringLiteral("livemode_site");
+const QString QUORGeneralSettings::LIVE_MODE_PRODUCT_3D = QStringLiteral("livemode_product3d");
+const QString QUORGeneralSettings::LIVE_MODE_PRODUCT_2D = QStringLiteral("livemode_product2d");
+const QString QUORGeneralSettings::VERTICAL_SCALE = QStringLiteral("verticalscale");
+const QString QUORGeneralSettings::DATA_SHRINK_H = QStringLiteral("datashrink_h");
+const QString QUORGeneralSettings::DATA_SHRINK_V = QStringLiteral("datashrink_v");
+const QString QUORGeneralSettings::DATA_SMOOTH = QStringLiteral("datasmooth");
+const QString QUORGeneralSettings::TIME_WINDOW = QStringLiteral("timewindow");
+const QString QUORGeneralSettings::ANIMATION_TIME_SPAN = QStringLiteral("animtimespan");
+const QString QUORGeneralSettings::ANIMATION_FRAME_INTERVAL = QStringLiteral("animframeinterval");
+const QString QUORGeneralSettings::ANIMATION_LOOP_MODE = QStringLiteral("animloopmode");
+const QString QUORGeneralSettings::ANIMATION_SPEED = QStringLiteral("animspeed");
+
+namespace {
+
+constexpr double KM_PER_NAUTICAL_MILE = 1.853184;
+constexpr double FEET_PER_METRE = 3.2808399;
+// Beyond these the scene degenerates or the filters' kernels outgrow memory.
+constexpr double MINIMUM_VERTICAL_SCALE = 0.001;
+constexpr double MAXIMUM_VERTICAL_SCALE = 1000.0;
+constexpr double MAXIMUM_DATA_SMOOTH = 100.0;
+constexpr int MAXIMUM_DATA_SHRINK = 10000;
+
+constexpr const char* LAT_LON_TEXTS[] = {"d", "Dm", "DMs"};
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("App", text);
+}
+
+} // namespace
+
+QUORGeneralSettings::QUORGeneralSettings() {
+    load();
+}
+
+QUORGeneralSettings::LatLonFormat QUORGeneralSettings::getLatLonFormatFromString(const QString& text) {
+    for (const LatLonFormat format : {DegreesMinutes, DegreesMinutesSeconds}) {
+        if (text == QLatin1String(LAT_LON_TEXTS[format])) {
+            return format;
+        }
+    }
+    return Decimal;
+}
+
+void QUORGeneralSettings::load() {
+    const Values defaults;
+    const QUORConfig::Access settings;
+    QUORSettingsReader reader(*settings);
+    reader.beginGroup(QUORConfig::GENERAL_GROUP);
+    Values& v = _values;
+    v.liveMode = reader.readBool(LIVE_MODE, defaults.liveMode);
+    v.liveModeSite = reader.readText(LIVE_MODE_SITE, {});
+    v.liveModeProduct3d = reader.readText(LIVE_MODE_PRODUCT_3D, {});
+    v.liveModeProduct2d = reader.readText(LIVE_MODE_PRODUCT_2D, {});
+    v.clock24h = reader.readBool(QUORConfig::GENERAL_CLOCK, defaults.clock24h);
+    v.metricUnits = reader.readBool(QUORConfig::GENERAL_UNITS, defaults.metricUnits);
+    v.latLonFormat = getLatLonFormatFromString(
+        reader.readText(QUORConfig::GENERAL_LATLON_UNITS, QString::fromLatin1(LAT_LON_TEXTS[Decimal])));
+    _geoDir = reader.readText(QUORConfig::GENERAL_GEOLAYER_URL, {});
+    _dir3d = reader.readText(QUORConfig::GENERAL_DATA3D_URL, {});
+    _dir2d = reader.readText(QUORConfig::GENERAL_DATA2D_URL, {});
+    v.verticalScale = reader.readDouble(VERTICAL_SCALE, defaults.verticalScale, MINIMUM_VERTICAL_SCALE,
+                                        MAXIMUM_VERTICAL_SCALE);
+    v.dataShrinkH = reader.readIntClamped(DATA_SHRINK_H, defaults.dataShrinkH, 1, MAXIMUM_DATA_SHRINK);
+    v.dataShrinkV = reader.readIntClamped(DATA_SHRINK_V, defaults.dataShrinkV, 1, MAXIMUM_DATA_SHRINK);
+    v.dataSmooth = reader.readDoubleClamped(DATA_SMOOTH, defaults.dataSmooth, 0.0, MAXIMUM_DATA_SMOOTH);
+    v.timeWindow = reader.readInt(TIME_WINDOW, defaults.timeWindow, 0, std::numeric_limits<int>::max());
+    v.animationTimeSpan = reader.readInt(ANIMATION_TIME_SPAN, defaults.animationTimeSpan);
+    v.animationFrameInterval = reader.readInt(ANIMATION_FRAME_INTERVAL, defaults.animationFrameInterval);
+    v.animationLoopMode = reader.readInt(ANIMATION_LOOP_MODE, defaults.animationLoopMode);
+    v.animationSpeed = reader.readInt(ANIMATION_SPEED, defaults.animationSpeed);
+}
+
+void QUORGeneralSettings::save() const {
+    const QUORLogScope scope("QUORGeneralSettings::save");
+    const QUORConfig::Access settings;
+    QUORSettingsWriter writer(*settings, QUORConfig::GENERAL_GROUP);
+    writer.write(LIVE_MODE, _values.liveMode);
+    writer.write(LIVE_MODE_SITE, _values.liveModeSite);
+    writer.write(LIVE_MODE_PRODUCT_3D, _values.liveModeProduct3d);
+    writer.write(LIVE_MODE_PRODUCT_2D, _values.liveModeProduct2d);
+    writer.write(QUORConfig::GENERAL_CLOCK, _values.clock24h);
+    writer.write(QUORConfig::GENERAL_UNITS, _values.metricUnits);
+    writer.write(QUORConfig::GENERAL_LATLON_UNITS, QString::fromLatin1(LAT_LON_TEXTS[_values.latLonFormat]));
+    writer.write(QUORConfig::GENERAL_GEOLAYER_URL, _geoDir);
+    writer.write(QUORConfig::GENERAL_DATA3D_URL, _dir3d);
+    writer.write(QUORConfig::GENERAL_DATA2D_URL, _dir2d);
+    writer.write(VERTICAL_SCALE, _values.verticalScale);
+    writer.write(DATA_SHRINK_H, _values.dataShrinkH);
+    writer.write(DATA_SHRINK_V, _values.dataShrinkV);
+    writer.write(DATA_SMOOTH, _values.dataSmooth);
+    writer.write(TIME_WINDOW, _values.timeWindow);
+    writer.write(ANIMATION_TIME_SPAN, _values.animationTimeSpan);
+    writer.write(ANIMATION_FRAME_INTERVAL, _values.animationFrameInterval);
+    writer.write(ANIMATION_LOOP_MODE, _values.animationLoopMode);
+    writer.write(ANIMATION_SPEED, _values.animationSpeed);
+    writer.commit();
+}
+
+void QUORGeneralSettings::reset(bool displayOnly) {
+    Values fresh;
+    if (displayOnly) {
+        const Values& kept = _values;
+        fresh.liveMode = kept.liveMode;
+        fresh.liveModeSite = kept.liveModeSite;
+        fresh.liveModeProduct3d = kept.liveModeProduct3d;
+        fresh.liveModeProduct2d = kept.liveModeProduct2d;
+        fresh.timeWindow = kept.timeWindow;
+        fresh.animationTimeSpan = kept.animationTimeSpan;
+        fresh.animationFrameInterval = kept.animationFrameInterval;
+        fresh.animationLoopMode = kept.animationLoopMode;
+        fresh.animationSpeed = kept.animationSpeed;
+    }
+    _values = fresh;
+}
+
+bool QUORGeneralSettings::hasChanged(const QUORGeneralSettings& other, QStringList* changes) const {
+    const Values& a = _values;
+    const Values& b = other._values;
+    const struct {
+        bool differs;
+        const char* message;
+    } rows[] = {
+        {a.clock24h != b.clock24h || a.metricUnits != b.metricUnits || a.latLonFormat != b.latLonFormat,
+         "- Unit settings changed"},
+        {a.dataShrinkH != b.dataShrinkH || a.dataShrinkV != b.dataShrinkV, "- Data resolution changed"},
+        {a.dataSmooth != b.dataSmooth, "- Data smoothing changed"},
+        {a.verticalScale != b.verticalScale, "- Vertical scaling changed"},
+        {a.timeWindow != b.timeWindow || a.animationTimeSpan != b.animationTimeSpan ||
+             a.animationFrameInterval != b.animationFrameInterval ||
+             a.animationLoopMode != b.animationLoopMode || a.animationSpeed != b.animationSpeed,
+         nullptr},
+        {_geoDir != other._geoDir, "- Geo data path changed"},
+        {_dir3d != other._dir3d, "- 3d data path changed"},
+        {_dir2d != other._dir2d, "- 2d data path changed"},
+    };
+    bool changed = false;
+    for (const auto& row : rows) {
+        changed = changed || row.differs;
+        if (row.differs && row.message != nullptr && changes != nullptr) {
+            changes->append(translated(row.message));
+        }
+    }
+    return changed;
+}
+
+QString QUORGeneralSettings::formattedTime(const QDateTime& time) const {
+    return time.toString(QStringLiteral("ddd ")) + formattedTimeShort(time);
+}
+
+QString QUORGeneralSettings::formattedTimeShort(const QDateTime& time) const {
+    return time.toString(_values.clock24h ? QStringLiteral("yyyy-MM-dd hh:mm")
+                                          : QStringLiteral("yyyy-MM-dd hh:mm AP"));
+}
+
+double QUORGeneralSettings::getCorrectLengthBig(double km) const {
+    return _values.metricUnits ? km : km / KM_PER_NAUTICAL_MILE;
+}
+
+double QUORGeneralSettings::getCorrectLengthSmall(double m) const {
+    return _values.metricUnits ? m : m * FEET_PER_METRE;
+}
+
+QString QUORGeneralSettings::getLengthUnitBig() const {
+    return _values.metricUnits ? translated("km") : translated("NM");
+}
+
+QString QUORGeneralSettings::getLengthUnitSmall() const {
+    return _values.metricUnits ? translated("m") : translated("ft");
+}
+
+QString QUORGeneralSettings::formattedBigLength(double km, int decimals) const {
+    return QString::number(getCorrectLengthBig(km), 'f', decimals) + QLatin1Char(' ') + getLengthUnitBig();
+}
+
+QString QUORGeneralSettings::formattedSmallLength(double m, int decimals) const {
+    return QString::number(getCorrectLengthSmall(m), 'f', decimals) + QLatin1Char(' ') + getLengthUnitSmall();
+}
+
+QString QUORGeneralSettings::formatCoordinates(const QUORCoordinate& coordinate,
+                                               QUORCoordinate::Modifier modifier) const {
+    switch (_values.latLonFormat) {
+    case DegreesMinutes:
+        return coordinate.toDMsString(modifier);
+    case DegreesMinutesSeconds:
+        return coordinate.toDmString(modifier);
+    case Decimal:
+        break;
+    }
+    return coordinate.toDecimalString(modifier);
+}
+
+QString QUORGeneralSettings::formatLatitude(const QUORCoordinate& coordinate) const {
+    return formatCoordinates(coordinate, QUORCoordinate::Latitude);
+}
+
+QString QUORGeneralSettings::formatLongitude(const QUORCoordinate& coordinate) const {
+    return formatCoordinates(coordinate, QUORCoordinate::Longitude);
+}
+
+void QUORGeneralSettings::loadDisplayStates(QUORDisplayState::Ptr current) {
+    const QUORLogScope scope("QUORGeneralSettings::loadDisplayStates");
+    QUORPresetStore::load(*current, _displayStates);
+}
+
+void QUORGeneralSettings::saveDisplayStates(QUORDisplayState::Ptr current) {
+    const QUORLogScope scope("QUORGeneralSettings::saveDisplayStates");
+    QUORPresetStore::save(*current, _displayStates);
+}
+
+QStringList QUORGeneralSettings::getDisplayStateNames() const {
+    return QUORPresetStore::getNames(_displayStates);
+}
+
+void QUORGeneralSettings::loadViewAngles(QUORViewAngle::Ptr current) {
+    const QUORLogScope scope("QUORGeneralSettings::loadViewAngles");
+    QUORPresetStore::load(*current, _viewAngles);
+}
+
+void QUORGeneralSettings::saveViewAngles(QUORViewAngle::Ptr current) {
+    const QUORLogScope scope("QUORGeneralSettings::saveViewAngles");
+    QUORPresetStore::save(*current, _viewAngles);
+}
+
+QStringList QUORGeneralSettings::getViewAngleNames() const {
+    return QUORPresetStore::getNames(_viewAngles);
+}

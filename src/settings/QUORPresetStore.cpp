@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+#include "QUORPresetStore.h"
+
+#include "QUORLog.h"
+#include "QUORSettingsReader.h"
+#include "QUORSettingsWriter.h"
+
+namespace {
+
+/// In the order in which they are stored.
+constexpr int LAYER_KEYS[] = {
+    QUORDisplayState::RADAR_GROUP,      QUORDisplayState::GEO_GROUP,
+    QUORDisplayState::OUTLINE_LAYER,    QUORDisplayState::PRODUCT_3D_LAYER,
+    QUORDisplayState::PRODUCT_2D_LAYER, QUORDisplayState::RANGE_RINGS_LAYER,
+    QUORDisplayState::TERRAIN_LAYER,    QUORDisplayState::LAT_LON_GRID_LAYER,
+    QUORDisplayState::GEO_LABELS_LAYER,
+};
+
+struct AxisRow {
+    double QUORPoint3D::*axis;
+    const QString& position;
+    const QString& direction;
+};
+
+const AxisRow AXES[] = {
+    {&QUORPoint3D::x, QUORConfig::VIEW_ANGLE_CAMPOS_X, QUORConfig::VIEW_ANGLE_CAMDIR_X},
+    {&QUORPoint3D::y, QUORConfig::VIEW_ANGLE_CAMPOS_Y, QUORConfig::VIEW_ANGLE_CAMDIR_Y},
+    {&QUORPoint3D::z, QUORConfig::VIEW_ANGLE_CAMPOS_Z, QUORConfig::VIEW_ANGLE_CAMDIR_Z},
+};
+
+/// What differs between the two kinds of presets.
+struct DisplayStates {
+    static const QString& group() { return QUORConfig::DISPLAY_STATE_GROUP; }
+    static const QString& array() { return QUORConfig::DISPLAY_STATE_ARRAY; }
+    static constexpr bool LOGS_READING = false;
+
+    static void read(const QUORSettingsReader& reader, QUORDisplayState& state) {
+        state.setName(reader.readText(QUORConfig::DISPLAY_STATE_NAME, {}));
+        for (const int key : LAYER_KEYS) {
+            if (const QUORDisplayLayer::Ptr layer = state.getLayer(key)) {
+                const QString suffix = QString::number(key);
+                layer->setVisible(reader.readBool(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, false));
+                layer->setOpacity(
+                    reader.readIntClamped(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix, 0, 0, 100));
+            }
+        }
+    }
+    static void write(QUORSettingsWriter& writer, const QUORDisplayState& state) {
+        writer.write(QUORConfig::DISPLAY_STATE_NAME, state.getName());
+        for (const int key : LAYER_KEYS) {
+            if (const QUORDisplayLayer::Ptr layer = state.getLayer(key)) {
+                const QString suffix = QString::number(key);
+                writer.write(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, layer->isVisible());
+                writer.write(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix, layer->getOpacity());
+            }
+        }
+    }
+    static void copy(QUORDisplayState& to, const QUORDisplayState& from) { to.copyState(from); }
+};
+
+struct ViewAngles {
+    static const QString& group() { return QUORConfig::VIEW_ANGLE_GROUP; }
+    static const QString& array() { return QUORConfig::VIEW_ANGLE_ARRAY; }
+    static constexpr bool LOGS_READING = true;
+
+    static void read(const QUORSettingsReader& reader, QUORViewAngle& angle) {
+        QUORPoint3D position;
+        QUORPoint3D direction;
+        angle.setName(reader.readText(QUORConfig::VIEW_ANGLE_NAME, {}));
+        for (const AxisRow& row : AXES) {
+            position.*row.axis = reader.readDouble(row.position, 0.0);
+            direction.*row.axis = reader.readDouble(row.direction, 0.0);
+        }
+        angle.setCameraPosition(position);
+        angle.setCameraDirection(direction);
+    }
+    static void write(QUORSettingsWriter& writer, const QUORViewAngle& angle) {
+        writer.write(QUORConfig::VIEW_ANGLE_NAME, angle.getName());
+        const QUORPoint3D position = angle.getCameraPosition();
+        const QUORPoint3D direction = angle.getCameraDirection();
+        for (const AxisRow& row : AXES) {
+            writer.write(row.position, position.*row.axis);
+            writer.write(row.direction, direction.*row.axis);
+        }
+    }
+    static void copy(QUORViewAngle& to, const QUORViewAngle& from) {
+        to.setCameraPosition(from.getCameraPosition());
+        to.setCameraDirection(from.getCameraDirection());
+    }
+};
+
+void logPreset(const char* action, int index) {
+    QUORLog::Instance().logDebug(QLatin1String(action) + QStringLiteral(" preset: #") +
+                                 QString::number(index));
+}
+
+void logName(const QString& name) {
+    QUORLog::Instance().logDebug(QStringLiteral("name=") + name);
+}
+
+template <class Kind, class Preset>
+void loadAll(Preset& current, QList<std::shared_ptr<Preset>>& presets) {
+    const QUORConfig::Access settings;
+    QUORSettingsReader reader(*settings);
+    reader.beginGroup(Kind::group());
+    const int size = reader.beginReadArray(Kind::array());
+    for (int i = 0; i < size; ++i) {
+        if (Kind::LOGS_READING && i > 0) {
+            logPreset("Read", i - 1);
+        }
+        const auto preset = std::make_shared<Preset>();
+        reader.setArrayIndex(i);
+        Kind::read(reader, *preset);
+        if (i == 0) {
+            Kind::copy(current, *preset);
+            continue;
+        }
+        if (Kind::LOGS_READING) {
+            logName(preset->getName());
+        }
+        presets.append(preset);
+    }
+}
+
+template <class Kind, class Preset>
+void saveAll(const Preset& current, const QList<std::shared_ptr<Preset>>& presets) {
+    const QUORConfig::Access settings;
+    QUORSettingsWriter writer(*settings, Kind::group());
+    writer.beginWriteArray(Kind::array(), int(presets.size()) + 1);
+    Preset custom;
+    Kind::copy(custom, current);
+    custom.setName(QUORConfig::VALUE_CUSTOM);
+    writer.setArrayIndex(0);
+    Kind::write(writer, custom);
+    for (int i = 0; i < int(presets.size()); ++i) {
+        const Preset& preset = *presets.at(i);
+        logPreset("Write", i);
+        logName(preset.getName());
+        writer.setArrayIndex(i + 1);
+        Kind::write(writer, preset);
+    }
+    writer.endArray();
+    writer.commit();
+}
+
+} // namespace
+
+void QUORPresetStore::load(QUORDisplayState& current, QList<QUORDisplayState::Ptr>& presets) {
+    loadAll<DisplayStates>(current, presets);
+}
+
+void QUORPresetStore::load(QUORViewAngle& current, QList<QUORViewAngle::Ptr>& presets) {
+    loadAll<ViewAngles>(current, presets);
+}
+
+void QUORPresetStore::save(const QUORDisplayState& current, const QList<QUORDisplayState::Ptr>& presets) {
+    saveAll<DisplayStates>(current, presets);
+}
+
+void QUORPresetStore::save(const QUORViewAngle& current, const QList<QUORViewAngle::Ptr>& presets) {
+    saveAll<ViewAngles>(current, presets);
+}

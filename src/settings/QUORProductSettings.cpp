@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include "QUORProductSettings.h"
+
+#include "QUORConfig.h"
+#include "QUORDataType.h"
+#include "QUORLog.h"
+#include "QUORSettingsReader.h"
+#include "QUORSettingsWriter.h"
+
+const QString QUORProductSettings::COLOR_MAP = QStringLiteral("colormap");
+
+namespace {
+
+constexpr int MAXIMUM_SURFACES = 4;
+constexpr double MAXIMUM_OPACITY = 100.0;
+
+struct TypeRow {
+    QUORProductSettings::RenderingType type;
+    const char* text;
+};
+
+constexpr TypeRow TYPES[] = {
+    {QUORProductSettings::Surface, "surface"},
+    {QUORProductSettings::Volume, "volume"},
+};
+
+QUORProductSettings::RenderingType toType(const QString& text) {
+    for (const TypeRow& row : TYPES) {
+        if (text == QLatin1String(row.text)) {
+            return row.type;
+        }
+    }
+    return QUORProductSettings::Unknown;
+}
+
+} // namespace
+
+QUORProductSettings::QUORProductSettings(const QString& product, const QString& configuration,
+                                         const QUORDataType& dataType) {
+    load(product, configuration, dataType);
+}
+
+QString QUORProductSettings::groupName() const {
+    return QUORConfig::PRODUCT_GROUP + QLatin1Char(' ') + _product + QLatin1Char(' ') + _configuration;
+}
+
+QString QUORProductSettings::renderingTypeToString() const {
+    for (const TypeRow& row : TYPES) {
+        if (row.type == _renderingType) {
+            return QString::fromLatin1(row.text);
+        }
+    }
+    return QStringLiteral("unknown");
+}
+
+void QUORProductSettings::reset(const QUORDataType* dataType) {
+    _volumeValueLow = dataType != nullptr ? dataType->getMinDisplayValue() : -9999.0;
+    _volumeValueHigh = dataType != nullptr ? 0.7 * dataType->getMaxDisplayValue() : 9999.0;
+    _volumeOpacityLow = 1.0;
+    _volumeOpacityHigh = MAXIMUM_OPACITY;
+    _renderingType = Surface;
+    _colorMapName = QStringLiteral("Default");
+    _surfaces = {{_volumeValueLow, 100}};
+}
+
+bool QUORProductSettings::load(const QString& product, const QString& configuration,
+                               const QUORDataType& dataType) {
+    _product = product;
+    _configuration = configuration;
+    reset(&dataType);
+    {
+        const QUORConfig::Access settings;
+        QUORSettingsReader reader(*settings);
+        reader.beginGroup(groupName());
+        if (reader.contains(QUORConfig::PRODUCT_RENDERING_TYPE)) {
+            readValues(reader);
+            return true;
+        }
+    }
+    QUORLog::Instance().logDebug(QStringLiteral("QUORProductSettings::load(): Group not found: ") +
+                                 groupName());
+    QUORLog::Instance().logDebug(QStringLiteral("-> Generating new default rendering settings."));
+    save();
+    return false;
+}
+
+// The record holds the defaults.
+void QUORProductSettings::readValues(QUORSettingsReader& reader) {
+    _renderingType = toType(reader.readText(QUORConfig::PRODUCT_RENDERING_TYPE, renderingTypeToString()));
+    _colorMapName = reader.readText(COLOR_MAP, _colorMapName);
+    _surfaces.clear();
+    const int count = reader.beginReadArray(QUORConfig::PRODUCT_SURFACE_ARRAY, MAXIMUM_SURFACES);
+    for (int i = 0; i < count; ++i) {
+        reader.setArrayIndex(i);
+        const double value = reader.readDouble(QUORConfig::PRODUCT_SURFACE_VALUE, _volumeValueLow);
+        _surfaces[value] = reader.readIntClamped(QUORConfig::PRODUCT_SURFACE_OPACITY, 100, 0, 100);
+    }
+    reader.endArray();
+    _volumeValueLow = reader.readDouble(QUORConfig::PRODUCT_VOLUME_VALUE_LOW, _volumeValueLow);
+    _volumeValueHigh = reader.readDouble(QUORConfig::PRODUCT_VOLUME_VALUE_HIGH, _volumeValueHigh);
+    _volumeOpacityLow = reader.readDoubleClamped(QUORConfig::PRODUCT_VOLUME_OPACITY_LOW, _volumeOpacityLow,
+                                                 0.0, MAXIMUM_OPACITY);
+    _volumeOpacityHigh = reader.readDoubleClamped(QUORConfig::PRODUCT_VOLUME_OPACITY_HIGH, _volumeOpacityHigh,
+                                                  0.0, MAXIMUM_OPACITY);
+}
+
+void QUORProductSettings::save() const {
+    const QUORConfig::Access settings;
+    QUORSettingsWriter writer(*settings, groupName());
+    writer.write(QUORConfig::PRODUCT_RENDERING_TYPE, renderingTypeToString());
+    writer.write(COLOR_MAP, _colorMapName);
+    writer.beginWriteArray(QUORConfig::PRODUCT_SURFACE_ARRAY, int(_surfaces.size()));
+    int index = 0;
+    for (auto surface = _surfaces.cbegin(); surface != _surfaces.cend(); ++surface) {
+        writer.setArrayIndex(index++);
+        writer.write(QUORConfig::PRODUCT_SURFACE_VALUE, surface.key());
+        writer.write(QUORConfig::PRODUCT_SURFACE_OPACITY, surface.value());
+    }
+    writer.endArray();
+    writer.write(QUORConfig::PRODUCT_VOLUME_VALUE_LOW, _volumeValueLow);
+    writer.write(QUORConfig::PRODUCT_VOLUME_VALUE_HIGH, _volumeValueHigh);
+    writer.write(QUORConfig::PRODUCT_VOLUME_OPACITY_LOW, _volumeOpacityLow);
+    writer.write(QUORConfig::PRODUCT_VOLUME_OPACITY_HIGH, _volumeOpacityHigh);
+    writer.commit();
+}
+
+bool QUORProductSettings::hasChanged(QUORProductSettings::CPtr other, QStringList* changes) const {
+    QStringList messages;
+    if (_renderingType != other->_renderingType) {
+        messages.append(other->_renderingType == Surface ? QStringLiteral("- Changed to surface rendering")
+                                                         : QStringLiteral("- Changed to volume rendering"));
+    }
+    if (other->_renderingType == Surface && _surfaces != other->_surfaces) {
+        messages.append(QStringLiteral("- Isosurface parameters changed"));
+    }
+    if (other->_renderingType == Volume &&
+        (_volumeValueLow != other->_volumeValueLow || _volumeOpacityLow != other->_volumeOpacityLow ||
+         _volumeValueHigh != other->_volumeValueHigh || _volumeOpacityHigh != other->_volumeOpacityHigh)) {
+        messages.append(QStringLiteral("- Volume parameters changed"));
+    }
+    if (_colorMapName != other->_colorMapName) {
+        messages.append(QStringLiteral("- Color map: ") + _colorMapName + QStringLiteral(" -> ") +
+                        other->_colorMapName);
+    }
+    if (changes != nullptr) {
+        changes->append(messages);
+    }
+    return !messages.isEmpty();
+}

@@ -1,18 +1,26 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QList>
 #include <QSettings>
 #include <QString>
+#include <QStringList>
+#include <QVariant>
 
 #include <memory>
+#include <optional>
 
-/// Reads a settings file as its writer meant it: hand-written values that cannot be read as their type
-/// log one warning that names file and key and take the default; a text cut into a list by a comma is
-/// joined again; an array comes from one file, the user's where it has the size key. Used by one thread,
-/// for one load: a living settings object does not see another process's change.
+/// Reads a settings file as its writer meant it. A value that cannot be read as its type logs one warning
+/// that names file and key (again only when the value changes) and takes the default; a text that a comma
+/// cut into a list is joined again; an array comes from one file, the user's where it has the size key.
+/// Used by one thread, for one load: a living settings object does not see another process's change.
+///
+/// The settings layer gives the section name "general" a meaning of its own: `[GENERAL]` is read as keys
+/// without a group, and what is saved as the group "GENERAL" comes back as "General". A group of that name
+/// is therefore looked up under its own name, then "General", then without a group.
 class QUORSettingsReader {
 public:
-    /// Over an object that somebody else owns.
+    /// Over an object that somebody else owns; relative to the group that is open in it.
     explicit QUORSettingsReader(QSettings& settings);
     /// A fresh object for the user-scope file of that application name, packaged defaults behind it.
     explicit QUORSettingsReader(const QString& applicationName);
@@ -22,21 +30,63 @@ public:
 
     void beginGroup(const QString& name);
     void endGroup();
-    /// The number of elements that may be read: the stored size, cut to `maximum` and never negative.
+    /// The stored size, cut to the last element that the file holds: what to iterate over where the
+    /// number of elements has no bound of its own.
+    int beginReadArray(const QString& name);
+    /// The stored size, cut to `maximum` and never negative.
     int beginReadArray(const QString& name, int maximum);
+    /// Counts from 0 and is not bound to the size.
     void setArrayIndex(int index);
     void endArray();
 
     bool contains(const QString& key) const;
+    /// "true", "1", "yes" and "on", or "false", "0", "no" and "off", in any case.
     bool readBool(const QString& key, bool fallback) const;
     int readInt(const QString& key, int fallback) const;
+    /// A value outside the range is treated like one that cannot be read.
+    int readInt(const QString& key, int fallback, int minimum, int maximum) const;
+    /// A value outside the range is moved to its nearest end, with a warning.
+    int readIntClamped(const QString& key, int fallback, int minimum, int maximum) const;
     /// Always finite.
     double readDouble(const QString& key, double fallback) const;
+    double readDouble(const QString& key, double fallback, double minimum, double maximum) const;
+    double readDoubleClamped(const QString& key, double fallback, double minimum, double maximum) const;
     QString readText(const QString& key, const QString& fallback) const;
+    /// The text of a value as it stands in the file, without any check.
+    std::optional<QString> findText(const QString& key) const;
+
+    /// The text of a value as its writer meant it; nothing when it holds no text.
+    static std::optional<QString> toText(const QVariant& value);
+    static std::optional<bool> toBool(const QString& text);
+    static std::optional<int> toInt(const QString& text);
+    static std::optional<double> toDouble(const QString& text);
+
+    /// The prefixes under which the keys of a top-level group may stand, the first that has a key wins.
+    static QStringList getGroupPrefixes(const QString& group);
 
     QSettings& settings() { return *_settings; }
 
 private:
+    struct Level {
+        QStringList prefixes;
+        QString arrayPrefix; ///< of an array, without the element's number
+        bool fallbacks = true;
+    };
+    struct Found {
+        QString key;
+        QVariant value;
+        bool inUserFile = false;
+    };
+
+    std::optional<Found> find(const QString& key) const;
+    /// The warning about a value, or its end once the value is good.
+    void report(const Found& found, const QString& problem) const;
+    QString nameFile(const Found& found) const;
+    template <class T>
+    T read(const QString& key, T fallback, T minimum, T maximum, bool clamp) const;
+    int openArray(const QString& name);
+
     std::unique_ptr<QSettings> _owned;
     QSettings* _settings;
+    QList<Level> _levels;
 };

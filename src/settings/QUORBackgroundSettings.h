@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORExportSettings.h"
+
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+/// What the service renders: output directory, format and size of the images, the presets by name and the
+/// 2D product for each kind of 3D product. Kept in a settings file of its own that belongs to a designated
+/// background user, opened by name and without packaged defaults. Used by one thread.
+class QUORBackgroundSettings {
+public:
+    using Ptr = std::shared_ptr<QUORBackgroundSettings>;
+    using CPtr = std::shared_ptr<const QUORBackgroundSettings>;
+
+    /// Environment variable that names the settings file itself.
+    static constexpr auto FILE_VARIABLE = "QUOR3D_BG_SETTINGS";
+
+    static const QString GROUP;
+    static const QString ACTIVATED;
+    static const QString DIRECTORY;
+    static const QString OUTPUT_FORMAT;
+    static const QString VIEW_ANGLE;
+    static const QString DISPLAY_STATE;
+    static const QString HEIGHT;
+    static const QString WIDTH;
+    static const QString PRODUCT_ARRAY;
+    static const QString PRODUCT;
+
+    /// Finds the file and loads it.
+    QUORBackgroundSettings();
+
+    /// A file that is there and cannot be read gives the defaults, with an error line: once, and again
+    /// when the reason changes.
+    void load();
+    void save() const;
+    void reset();
+    /// 0 when the file can be opened for reading and writing, which creates it when it is missing; 1 when
+    /// it can only be read; 2 otherwise.
+    int status() const;
+
+    /// The user named by the system configuration, or the default one, with a warning at every call.
+    static QString getBgUsername();
+    /// The user that the text of a system configuration file names; empty for none. Comments do not count.
+    static QString findBgUser(const QString& configuration);
+    static QString getBgHomeDirectory();
+    static QString getBgSettingsDirectory();
+    /// What FILE_VARIABLE names, or the service's file in the background user's settings directory.
+    static QString getBgSettingsFileName();
+    static QStringList getAllConfigurations();
+    static QStringList getAll2DProducts();
+    /// Whether a 2D product's name means that none is wanted: the plain text or a translation.
+    static bool isNoProduct(const QString& product);
+
+    bool isActivated() const { return _activated; }
+    void setActivated(bool on) { _activated = on; }
+    /// Of the images.
+    QString getDirectory() const { return _directory; }
+    void setDirectory(const QString& directory) { _directory = directory; }
+    QUORExportSettings::OutputFormat getOutputFormat() const { return _outputFormat; }
+    void setOutputFormat(int format) { _outputFormat = QUORExportSettings::OutputFormat(format); }
+    /// The default format's name for an unknown format.
+    QString getOutputFormatString() const;
+    QString getOutputFileExtension() const;
+    /// Pixels, within the sides of an image.
+    int getHeight() const { return _height; }
+    int getWidth() const { return _width; }
+    /// Empty for a configuration that is not known.
+    QString get2DProduct(const QString& configuration) const { return _products.value(configuration); }
+    void set2DProduct(const QString& configuration, const QString& product);
+    /// The built-in preset goes by its translated name; both of its names are stored as "Default".
+    QString getDisplayStateName() const;
+    void setDisplayStateName(const QString& name);
+    QString getViewAngleName() const;
+    void setViewAngleName(const QString& name);
+    QString getSettingsFileName() const { return _fileName; }
+
+private:
+    void checkReadable() const;
+    void readFormat(const class QUORSettingsReader& reader);
+
+    bool _activated = false;
+    QString _directory;
+    QUORExportSettings::OutputFormat _outputFormat = QUORExportSettings::Tiff;
+    QString _viewAngleName;
+    QString _displayStateName;
+    int _height = 0;
+    int _width = 0;
+    QMap<QString, QString> _products;
+    QString _fileName;
+};

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class QUORDataType;
+
+/// The stored rendering choice for one product in one configuration: surfaces or volume, the colour map,
+/// the isosurfaces and the two ends of the volume's opacity ramp. Values are display values of the
+/// product's data type. The store fills itself with the defaults of each product that is seen.
+///
+/// No lock: a record belongs to one thread; loads and saves hold the main settings file.
+class QUORProductSettings {
+public:
+    using Ptr = std::shared_ptr<QUORProductSettings>;
+    using CPtr = std::shared_ptr<const QUORProductSettings>;
+
+    enum RenderingType { Unknown = -1, Volume = 0, Surface = 1 };
+    /// Isovalue to opacity in percent.
+    using SurfaceParContainer = QMap<double, int>;
+
+    static const QString COLOR_MAP;
+
+    /// Holds nothing of use until `reset` or `load`.
+    QUORProductSettings() = default;
+    QUORProductSettings(const QString& product, const QString& configuration, const QUORDataType& dataType);
+    virtual ~QUORProductSettings() = default;
+
+    /// False when the store held nothing for the product and its defaults were generated and saved.
+    bool load(const QString& product, const QString& configuration, const QUORDataType& dataType);
+    void save() const;
+    /// Defaults from the data type, or fixed ones for none; product and configuration stay.
+    void reset(const QUORDataType* dataType);
+    /// What the step from this record to `other` changes, as one line each.
+    bool hasChanged(QUORProductSettings::CPtr other, QStringList* changes) const;
+
+    QString getProduct() const { return _product; }
+    QString getConfiguration() const { return _configuration; }
+    QString getColorMapName() const { return _colorMapName; }
+    RenderingType getRenderingType() const { return _renderingType; }
+    QString renderingTypeToString() const;
+    const SurfaceParContainer& getSurfaces() const { return _surfaces; }
+    double getVolumeValueLow() const { return _volumeValueLow; }
+    /// Percent, here and below.
+    double getVolumeOpacityLow() const { return _volumeOpacityLow; }
+    double getVolumeValueHigh() const { return _volumeValueHigh; }
+    double getVolumeOpacityHigh() const { return _volumeOpacityHigh; }
+
+private:
+    QString groupName() const;
+    void readValues(class QUORSettingsReader& reader);
+
+    QString _product;
+    QString _configuration;
+    QString _colorMapName;
+    RenderingType _renderingType = Surface;
+    SurfaceParContainer _surfaces;
+    double _volumeValueLow = 0.0;
+    double _volumeOpacityLow = 0.0;
+    double _volumeValueHigh = 0.0;
+    double _volumeOpacityHigh = 0.0;
+};
