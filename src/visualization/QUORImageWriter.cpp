@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include "QUORImageWriter.h"
+
+#include "QUORFilePublisher.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <vtkErrorCode.h>
+#include <vtkImageData.h>
+#include <vtkJPEGWriter.h>
+#include <vtkNew.h>
+#include <vtkPNGWriter.h>
+#include <vtkTIFFWriter.h>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// QUORExportSettings::OutputFormat counts the same way; every other value is a PNG.
+constexpr int FORMAT_TIFF = 0;
+constexpr int FORMAT_JPEG = 2;
+
+QString systemError() {
+    return QString::fromLocal8Bit(std::strerror(errno));
+}
+
+} // namespace
+
+vtkSmartPointer<vtkImageWriter> QUORImageWriter::createWriter(int outputFormat) {
+    if (outputFormat == FORMAT_TIFF) {
+        auto writer = vtkSmartPointer<vtkTIFFWriter>::New();
+        writer->SetCompressionToNoCompression();
+        return writer;
+    }
+    if (outputFormat == FORMAT_JPEG) {
+        auto writer = vtkSmartPointer<vtkJPEGWriter>::New();
+        writer->ProgressiveOff();
+        return writer;
+    }
+    auto writer = vtkSmartPointer<vtkPNGWriter>::New();
+    writer->SetCompressionLevel(1);
+    return writer;
+}
+
+QUORImageWriter::QUORImageWriter(const QString& path) : _path(path) {}
+
+bool QUORImageWriter::canOpen() {
+    const QByteArray path = QFile::encodeName(_path);
+    struct stat info = {};
+    if (::lstat(path.constData(), &info) == 0) {
+        if (!S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode)) {
+            _error = QStringLiteral("not a regular file");
+            return false;
+        }
+        if (S_ISREG(info.st_mode) && ::access(path.constData(), W_OK) != 0) {
+            _error = systemError();
+            return false;
+        }
+    }
+    const QByteArray folder = QFile::encodeName(QFileInfo(_path).absolutePath());
+    if (::access(folder.constData(), W_OK | X_OK) != 0) {
+        _error = systemError();
+        return false;
+    }
+    return true;
+}
+
+bool QUORImageWriter::write(vtkImageData* picture, int outputFormat) {
+    QUORFilePublisher publisher(_path);
+    if (!publisher.isReady()) {
+        _error = publisher.getError();
+        return false;
+    }
+    const vtkSmartPointer<vtkImageWriter> writer = createWriter(outputFormat);
+    writer->SetFileName(QFile::encodeName(publisher.getTemporaryPath()).constData());
+    writer->SetInputData(picture);
+    writer->Write();
+    if (writer->GetErrorCode() != vtkErrorCode::NoError) {
+        _error = QString::fromLatin1(vtkErrorCode::GetStringFromErrorCode(writer->GetErrorCode()));
+        return false;
+    }
+    const qint64 plainSize = qint64(picture->GetNumberOfPoints()) * picture->GetNumberOfScalarComponents();
+    if (outputFormat == FORMAT_TIFF && QFileInfo(publisher.getTemporaryPath()).size() < plainSize) {
+        _error = QStringLiteral("not all of it was written");
+        return false;
+    }
+    if (!publisher.publish(false)) {
+        _error = publisher.getError();
+        return false;
+    }
+    return true;
+}
