@@ -31,8 +31,8 @@ struct StormProducts::Fields {
     std::vector<float> width;
 };
 
-StormProducts::StormProducts(SampleProduct frame, StormModel model)
-    : _frame(std::move(frame)), _model(std::move(model)) {}
+StormProducts::StormProducts(SampleProduct frame, const StormModel& model)
+    : _frame(std::move(frame)), _model(model) {}
 
 double StormProducts::metres(int axis, int index) const {
     const auto a = std::size_t(axis);

@@ -17,7 +17,7 @@ public:
     using Taker = std::function<bool(const QString& folder, const SampleProduct& product)>;
 
     /// `frame` gives site, time, grid and measurement; its code, type and values are not used.
-    StormProducts(SampleProduct frame, StormModel model);
+    StormProducts(SampleProduct frame, const StormModel& model);
 
     /// The step at so many seconds after the frame's time. False when the taker stopped it.
     bool make(int seconds, const Taker& take) const;
