@@ -17,11 +17,12 @@ const QString FILE_NAME = QStringLiteral("QUOR3DLandmarks");
 const QString GROUP = QStringLiteral("LANDMARKS");
 const QString ARRAY = QStringLiteral("landmarks");
 constexpr double MISSING_ANGLE = -9999.9;
+constexpr double DEFAULT_PRIORITY = 1.0;
 
 /// Numbers of the array's entries that the file really holds, ascending: its size key may claim anything.
 std::vector<int> findEntries(QSettings& settings, int count) {
     std::vector<int> numbers;
-    settings.beginGroup(ARRAY);
+    settings.beginGroup(GROUP + QLatin1Char('/') + ARRAY);
     for (const QString& name : settings.childGroups()) {
         const int number = name.toInt();
         if (number >= 1 && number <= count) {
@@ -33,11 +34,18 @@ std::vector<int> findEntries(QSettings& settings, int count) {
     return numbers;
 }
 
+/// Read as an unsigned number: a negative one is huge.
+unsigned readPriority(const QUORSettingsReader& reader) {
+    const QString key = QStringLiteral("priority");
+    const double value = reader.contains(key) ? reader.readDouble(key, 0.0) : DEFAULT_PRIORITY;
+    return value >= 0.0 && value < QUORLandmark::MAX_PRIORITY ? static_cast<unsigned>(value)
+                                                              : QUORLandmark::MAX_PRIORITY;
+}
+
 /// Null when the entry has no label or no location on the earth.
 QUORLandmark::Ptr readLandmark(const QUORSettingsReader& reader) {
     const QString label = reader.readText(QStringLiteral("label"), {});
-    const QString priorityKey = QStringLiteral("priority");
-    const int priority = reader.contains(priorityKey) ? reader.readInt(priorityKey, 0) : 1;
+    const unsigned priority = readPriority(reader);
     const double lat = reader.readDouble(QStringLiteral("location/lat"), MISSING_ANGLE);
     const double lon = reader.readDouble(QStringLiteral("location/lon"), MISSING_ANGLE);
     const double alt = reader.readDouble(QStringLiteral("location/alt"), 0.0);
@@ -47,8 +55,7 @@ QUORLandmark::Ptr readLandmark(const QUORSettingsReader& reader) {
     if (label.isEmpty() || !(std::abs(lat) <= 90.0) || !(std::abs(lon) <= 180.0)) {
         return nullptr;
     }
-    return std::make_shared<QUORLandmark>(label, QUORCoordinate(lat, lon), alt, r, g, b,
-                                          static_cast<unsigned>(priority));
+    return std::make_shared<QUORLandmark>(label, QUORCoordinate(lat, lon), alt, r, g, b, priority);
 }
 
 /// A text as a settings file must hold it to be read back unchanged.
@@ -80,11 +87,8 @@ void QUORLandmarkList::load() {
     QUORSettingsReader reader(FILE_NAME);
     reader.beginGroup(GROUP);
     const int size = reader.beginReadArray(ARRAY, std::numeric_limits<int>::max());
-    reader.endArray();
     QUORLog::Instance().logDebug(QStringLiteral("count=") + QString::number(size));
-    const std::vector<int> numbers = findEntries(reader.settings(), size);
-    reader.beginReadArray(ARRAY, std::numeric_limits<int>::max());
-    for (const int number : numbers) {
+    for (const int number : findEntries(reader.settings(), size)) {
         QUORLog::Instance().logDebug(QStringLiteral("Landmark: #") + QString::number(number - 1));
         reader.setArrayIndex(number - 1);
         if (const QUORLandmark::Ptr landmark = readLandmark(reader)) {

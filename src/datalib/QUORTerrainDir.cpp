@@ -1,9 +1,50 @@
 // SPDX-License-Identifier: MIT
 #include "QUORTerrainDir.h"
 
+#include "QUORAssert.h"
 #include "QUORLog.h"
+#include "QUORTerrainBlockFile.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QMutexLocker>
 
 #include <cmath>
+
+namespace {
+
+constexpr auto CACHE_PREFIX = "TC04";
+/// What is kept of earlier requests, some 1 MB of memory a block.
+constexpr int MAX_SETS = 8;
+constexpr qsizetype MAX_KEPT_BLOCKS = 512;
+/// Whole degrees that one set may cover: more is a wrong header or a site at a pole.
+constexpr double MAX_TILES = 1024.0;
+
+QString angleText(double angle, QChar positive, QChar negative) {
+    return (angle < 0.0 ? negative : positive) + QString::number(std::abs(angle));
+}
+
+double normalizedLon(double lon) {
+    return lon >= 180.0 ? lon - 360.0 : lon;
+}
+
+/// Degrees from west to east, across the date line where east is below west.
+double lonSpan(const QUORCoordinate& southWest, const QUORCoordinate& northEast) {
+    const double span = northEast.getLon() - southWest.getLon();
+    return span < 0.0 ? span + 360.0 : span;
+}
+
+bool isSameProjection(const QUORGeoProjection& a, const QUORGeoProjection& b) {
+    return a.getReferenceLocation() == b.getReferenceLocation() && a.getName() == b.getName() &&
+           a.getEarthRadius() == b.getEarthRadius() && a.getInverseFlattening() == b.getInverseFlattening();
+}
+
+QString absolutePath(const QString& path) {
+    return path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
+}
+
+} // namespace
 
 QUORTerrainDir::QUORTerrainDir(const QString& sourcePath, const QString& cachePath) {
     const QUORLogScope scope("QUORTerrainDir::QUORTerrainDir");
@@ -13,18 +54,194 @@ QUORTerrainDir::QUORTerrainDir(const QString& sourcePath, const QString& cachePa
 QUORTerrainDir::~QUORTerrainDir() = default;
 
 void QUORTerrainDir::setPath(const QString& sourcePath, const QString& cachePath) {
-    _sourcePath = sourcePath;
-    _cachePath = cachePath;
+    QString expanded = cachePath;
+    if (cachePath.startsWith(QLatin1Char('~'))) {
+        expanded.replace(QLatin1Char('~'), QDir::homePath());
+    }
+    QUORLog::Instance().logDebug(QStringLiteral("srcPath=") + sourcePath);
+    QUORLog::Instance().logDebug(QStringLiteral("dstPath=") + expanded);
+    _sourcePath = absolutePath(sourcePath);
+    _cachePath = absolutePath(expanded);
+    createCache();
+}
+
+void QUORTerrainDir::createCache() const {
+    if (_cachePath.isEmpty() || QFileInfo(_cachePath).isDir()) {
+        return;
+    }
+    QUORLog::Instance().logDebug(QStringLiteral("Creating cache directory for converted terrain files."));
+    if (!QUORTerrainBlockFile::makeFolder(_cachePath)) {
+        QUORLog::Instance().logWarning(
+            QStringLiteral("QUORTerrainDir::createCache(): cannot create the terrain cache: ") + _cachePath);
+    }
+}
+
+void QUORTerrainDir::clearCache() const {
+    if (_cachePath.isEmpty() || !QFileInfo(_cachePath).isDir()) {
+        return;
+    }
+    QUORLog::Instance().logDebug(QStringLiteral("Clearing cache directory."));
+    QDir cache(_cachePath);
+    for (const QString& name : cache.entryList(QDir::Files | QDir::Hidden)) {
+        cache.remove(name);
+    }
 }
 
 void QUORTerrainDir::scanFiles() {
     const QUORLogScope scope("QUORTerrainDir::scanFiles");
+    QUORLog& log = QUORLog::Instance();
+    resetFiles();
+    if (_sourcePath.isEmpty() || !QFileInfo(_sourcePath).isDir()) {
+        if (!_sourcePath.isEmpty()) {
+            log.logWarning(QStringLiteral("QUORTerrainDir::scanFiles(): no such directory: ") + _sourcePath);
+        }
+        return;
+    }
+    const QFileInfoList entries =
+        QDir(_sourcePath)
+            .entryInfoList({QStringLiteral("*.dt1"), QStringLiteral("*.hgt")}, QDir::Files, QDir::Name);
+    QElapsedTimer timer;
+    timer.start();
+    log.logDebug(QStringLiteral("Scanning ") + QString::number(entries.size()) +
+                 QStringLiteral(" terrain files.."));
+    QMap<QString, QUORTerrainFile::CPtr> tiles;
+    for (const QFileInfo& entry : entries) {
+        const QString path = entry.canonicalFilePath();
+        const auto tile = std::make_shared<QUORTerrainFile>(path.isEmpty() ? entry.filePath() : path);
+        if (tile->loadFileInfo()) {
+            tiles.insert(getFileKey(tile->getOrigin()), tile);
+        } else {
+            log.logError(QStringLiteral("Skipped terrain file: ") + tile->getFileName());
+        }
+    }
+    const double seconds = double(timer.nsecsElapsed()) * 1e-9;
+    const auto text = [](double value) { return QString::number(value, 'f', 3); };
+    log.logDebug(QString::number(entries.size()) + QStringLiteral(" files scanned in ") + text(seconds) +
+                 QStringLiteral("s (") + text(seconds / double(std::max<qsizetype>(entries.size(), 1))) +
+                 QStringLiteral(" s/file)"));
+    const QMutexLocker lock(&_mutex);
+    _tiles = tiles;
+}
+
+void QUORTerrainDir::resetFiles() {
+    const QUORLogScope scope("void QUORTerrainDir::resetFiles");
+    const QMutexLocker lock(&_mutex);
+    _tiles.clear();
+    _sets.clear();
 }
 
 QUORTerrainSet::Ptr QUORTerrainDir::getTerrainSet(const QUORGeoProjection::CPtr& projection,
                                                   const QUORCoordinate& corner1,
                                                   const QUORCoordinate& corner2) {
-    return std::make_shared<QUORTerrainSet>(
-        projection, QUORCoordinate(std::floor(corner1.getLat()), std::floor(corner1.getLon())),
-        QUORCoordinate(std::ceil(corner2.getLat()), std::ceil(corner2.getLon())));
+    QUOR_ASSERT(projection);
+    const QUORLogScope scope("QUORTerrainDir::getTerrainSet");
+    const QUORCoordinate southWest(std::floor(corner1.getLat()), std::floor(corner1.getLon()));
+    const QUORCoordinate northEast(std::ceil(corner2.getLat()), std::ceil(corner2.getLon()));
+    const QMutexLocker lock(&_mutex);
+    QUORTerrainSet::Ptr set = findSet(*projection, southWest, northEast);
+    if (!set) {
+        set = std::make_shared<QUORTerrainSet>(projection, southWest, northEast);
+        fillSet(*set);
+    }
+    keepSet(set);
+    return set;
+}
+
+QUORTerrainSet::Ptr QUORTerrainDir::findSet(const QUORGeoProjection& projection,
+                                            const QUORCoordinate& southWest,
+                                            const QUORCoordinate& northEast) const {
+    for (const QUORTerrainSet::Ptr& set : _sets) {
+        if (isSameProjection(*set->getProjection(), projection) && set->getSouthWest() == southWest &&
+            set->getNorthEast() == northEast && !set->hasExpired()) {
+            return set;
+        }
+    }
+    return nullptr;
+}
+
+void QUORTerrainDir::fillSet(QUORTerrainSet& set) const {
+    const double rows = set.getNorthEast().getLat() - set.getSouthWest().getLat();
+    const double columns = lonSpan(set.getSouthWest(), set.getNorthEast());
+    if (rows <= 0.0 || columns <= 0.0) {
+        return;
+    }
+    if (rows * columns > MAX_TILES) {
+        QUORLog::Instance().logWarning(
+            QStringLiteral("QUORTerrainDir::getTerrainSet(): no terrain for an area of ") +
+            QString::number(rows) + QStringLiteral(" x ") + QString::number(columns) +
+            QStringLiteral(" degrees around ") + getLocString(set.getProjection()->getReferenceLocation()));
+        return;
+    }
+    QVector<QUORCoordinate> missing;
+    for (int row = 0; row < int(rows); ++row) {
+        for (int column = 0; column < int(columns); ++column) {
+            const QUORCoordinate origin(set.getSouthWest().getLat() + row,
+                                        normalizedLon(set.getSouthWest().getLon() + column));
+            if (const QUORTerrainFile::CPtr tile = _tiles.value(getFileKey(origin))) {
+                set.addBlock(std::make_shared<QUORTerrainFile>(*tile),
+                             getCachedFilename(set.getProjection(), *tile));
+            } else {
+                missing.append(origin);
+            }
+        }
+    }
+    if (set.getTiles().isEmpty()) {
+        return;
+    }
+    for (const QUORCoordinate& origin : missing) {
+        const auto tile = std::make_shared<QUORTerrainFile>(origin);
+        set.addBlock(tile, getCachedFilename(set.getProjection(), *tile));
+    }
+}
+
+void QUORTerrainDir::keepSet(const QUORTerrainSet::Ptr& set) {
+    _sets.removeOne(set);
+    _sets.prepend(set);
+    qsizetype blocks = 0;
+    qsizetype kept = 0;
+    while (kept < std::min<qsizetype>(_sets.size(), MAX_SETS)) {
+        blocks += _sets[kept]->getTiles().size();
+        if (kept > 0 && blocks > MAX_KEPT_BLOCKS) {
+            break;
+        }
+        ++kept;
+    }
+    _sets.resize(kept);
+}
+
+QString QUORTerrainDir::getLocString(const QUORCoordinate& coordinate) {
+    return angleText(coordinate.getLat(), QLatin1Char('N'), QLatin1Char('S')) +
+           angleText(coordinate.getLon(), QLatin1Char('E'), QLatin1Char('W'));
+}
+
+QString QUORTerrainDir::getFileKey(const QUORCoordinate& coordinate) {
+    return getLocString(coordinate);
+}
+
+QString QUORTerrainDir::getCacheKey(const QUORGeoProjection::CPtr& projection,
+                                    const QUORCoordinate& coordinate, const QString& typeText) {
+    return QStringList{QLatin1String(CACHE_PREFIX), typeText, projection->getName(),
+                       getLocString(projection->getReferenceLocation()), getLocString(coordinate)}
+        .join(QLatin1Char('_'));
+}
+
+QString QUORTerrainDir::getCachedFilename(const QUORGeoProjection::CPtr& projection,
+                                          const QUORTerrainFile& tile) const {
+    return _cachePath.isEmpty() ? QString()
+                                : _cachePath + QLatin1Char('/') +
+                                      getCacheKey(projection, tile.getOrigin(), tile.getTypeAsString()) +
+                                      QStringLiteral(".vtk");
+}
+
+QMap<QString, QUORTerrainFile::CPtr> QUORTerrainDir::getTiles() const {
+    const QMutexLocker lock(&_mutex);
+    return _tiles;
+}
+
+void QUORTerrainDir::printDebug() const {
+    QUORLog::Instance().logDebug(QStringLiteral("QUORTerrainDir: ") + _sourcePath + QStringLiteral(" -> ") +
+                                 _cachePath);
+    for (const QUORTerrainFile::CPtr& tile : getTiles()) {
+        tile->printDebug();
+    }
 }

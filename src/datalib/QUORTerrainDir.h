@@ -51,8 +51,15 @@ public:
     void printDebug() const;
 
 private:
+    QUORTerrainSet::Ptr findSet(const QUORGeoProjection& projection, const QUORCoordinate& southWest,
+                                const QUORCoordinate& northEast) const;
+    void fillSet(QUORTerrainSet& set) const;
+    void keepSet(const QUORTerrainSet::Ptr& set);
+
     QString _sourcePath;
     QString _cachePath;
     mutable QMutex _mutex;
     QMap<QString, QUORTerrainFile::CPtr> _tiles;
+    /// The last requests' sets, the latest first.
+    QVector<QUORTerrainSet::Ptr> _sets;
 };

@@ -4,10 +4,12 @@
 #include "QUORCoordinate.h"
 #include "QUORGeoProjection.h"
 #include "QUORTerrainBlock.h"
+#include "QUORTerrainGrid.h"
 
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 /// One tile of elevation posts, one degree of latitude by one degree of longitude: a DTED level 1 or SRTM
 /// file, or an empty (flat) tile. Reads the file's header, converts its posts once into a cached block (a
@@ -62,6 +64,13 @@ public:
     const QUORTerrainBlock& getBlock() const { return _block; }
 
 private:
+    bool loadHeadersDTED1();
+    /// The reason that no label was accepted; empty on success.
+    QString readHeadersDTED1();
+    bool takeUserHeaderLabel(const QByteArray& uhl);
+    bool loadHeadersSRTM();
+    std::optional<QUORTerrainGrid> loadOriginalData() const;
+
     QString _fileName;
     bool _valid = false;
     Type _type = Unknown;

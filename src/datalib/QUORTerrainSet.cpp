@@ -1,20 +1,227 @@
 // SPDX-License-Identifier: MIT
 #include "QUORTerrainSet.h"
 
-#include <QMutexLocker>
+#include "QUORAbortFlag.h"
+#include "QUORLog.h"
+#include "QUORTerrainMesh.h"
 
+#include <vtkActor.h>
 #include <vtkAssembly.h>
+#include <vtkImageData.h>
+#include <vtkNew.h>
+#include <vtkPolyData.h>
+#include <vtkPolyDataMapper.h>
+#include <vtkProperty.h>
+#include <vtkTexture.h>
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QMap>
+#include <QMutexLocker>
+#include <QThread>
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <system_error>
+#include <thread>
 #include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int MAX_WORKERS = 8;
+constexpr auto RETRY_AFTER = std::chrono::hours(1);
+
+constexpr double AMBIENT = 0.3;
+constexpr double DIFFUSE = 0.8;
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("Datalib", text);
+}
+
+qint64 monotonicMs() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+QString secondsText(double seconds) {
+    return QString::number(seconds, 'f', 3);
+}
+
+vtkSmartPointer<vtkActor> makeActor(const QUORTerrainBlock& block) {
+    vtkNew<vtkPolyDataMapper> mapper;
+    mapper->SetInputData(block.mesh);
+    mapper->ScalarVisibilityOff();
+    mapper->StaticOn();
+    vtkNew<vtkTexture> texture;
+    texture->SetInputData(block.texture);
+    texture->InterpolateOn();
+    texture->RepeatOff();
+    texture->EdgeClampOn();
+    auto actor = vtkSmartPointer<vtkActor>::New();
+    actor->SetMapper(mapper);
+    actor->SetTexture(texture);
+    actor->GetProperty()->SetAmbient(AMBIENT);
+    actor->GetProperty()->SetDiffuse(DIFFUSE);
+    actor->GetProperty()->SetSpecular(0.0);
+    return actor;
+}
+
+} // namespace
+
+/// One call of `loadFiles`, shared by its workers.
+struct QUORTerrainSet::Run {
+    const QUORAbortFlag& abort;
+    std::atomic<qsizetype> next{0};
+    std::atomic<int> toConvert{0};
+    std::atomic<int> converted{0};
+    QMutex errorMutex{};
+    QString cacheError{};
+};
 
 QUORTerrainSet::QUORTerrainSet(QUORGeoProjection::CPtr projection, const QUORCoordinate& southWest,
                                const QUORCoordinate& northEast)
-    : _projection(std::move(projection)), _southWest(southWest), _northEast(northEast) {}
+    : _projection(std::move(projection)), _southWest(southWest), _northEast(northEast) {
+    const QUORLogScope scope("QUORTerrainSet::QUORTerrainSet");
+}
 
-QUORTerrainSet::~QUORTerrainSet() = default;
+QUORTerrainSet::~QUORTerrainSet() {
+    QCoreApplication* application = QCoreApplication::instance();
+    if (_prop && application != nullptr && application->thread() != QThread::currentThread()) {
+        QMetaObject::invokeMethod(
+            application, [prop = std::move(_prop)] {}, Qt::QueuedConnection);
+    }
+}
 
-bool QUORTerrainSet::loadFiles(const QUORAbortFlag& /*abort*/) const {
+void QUORTerrainSet::addBlock(const QUORTerrainFile::Ptr& tile, const QString& cacheFileName) {
+    _tiles.append(tile);
+    _cacheFileNames.append(cacheFileName);
+}
+
+bool QUORTerrainSet::loadFiles(const QUORAbortFlag& abort) const {
+    const QMutexLocker lock(&_mutex);
+    if (_prop) {
+        return true;
+    }
+    QUORLog& log = QUORLog::Instance();
+    log.logDebug(QStringLiteral("QUORTerrainSet::loadFiles() called."));
+    QElapsedTimer timer;
+    timer.start();
+    Run run{abort};
+    run.toConvert = int(std::count_if(_cacheFileNames.begin(), _cacheFileNames.end(),
+                                      [](const QString& name) { return !QFileInfo::exists(name); }));
+    log.logDebug(QStringLiteral("numToBeConverted=") + QString::number(run.toConvert));
+    if (run.toConvert > 0) {
+        log.logHistory(translated("Converting terrain data, please wait..."));
+    }
+    loadBlocks(run);
+    log.logDebug(QStringLiteral("filesConverted=") + QString::number(run.converted));
+    if (run.converted > 0) {
+        log.logHistory(translated("%1  terrain files converted!").arg(run.converted.load()));
+    }
+    if (!run.cacheError.isEmpty()) {
+        log.logWarning(QStringLiteral("QUORTerrainSet::loadFiles(): terrain is shown but not cached: ") +
+                       run.cacheError);
+    }
+    const double seconds = double(timer.nsecsElapsed()) * 1e-9;
+    log.logDebug(QString::number(_tiles.size()) + QStringLiteral(" files loaded in ") + secondsText(seconds) +
+                 QStringLiteral("s (") +
+                 secondsText(seconds / double(std::max<qsizetype>(_tiles.size(), 1))) +
+                 QStringLiteral(" s/file)"));
+    if (abort) {
+        log.logDebug(QStringLiteral("QUORTerrainSet::loadFiles() ABORTED!"));
+        return false;
+    }
+    joinBlocks();
+    makeProp();
+    log.logDebug(QStringLiteral("QUORTerrainSet::loadFiles() finished."));
     return true;
+}
+
+void QUORTerrainSet::loadBlocks(Run& run) const {
+    const auto work = [this, &run] {
+        for (qsizetype i = run.next++; i < _tiles.size() && !run.abort; i = run.next++) {
+            try {
+                loadBlock(i, run);
+            } catch (const std::exception& exception) {
+                QUORLog::Instance().logError(QStringLiteral("QUORTerrainSet::loadFiles(): ") +
+                                             _tiles[i]->getBlockName() + QStringLiteral(": ") +
+                                             QLatin1String(exception.what()));
+            }
+        }
+    };
+    std::vector<std::jthread> helpers;
+    const qsizetype workers = std::min<qsizetype>({QThread::idealThreadCount(), MAX_WORKERS, _tiles.size()});
+    try {
+        while (qsizetype(helpers.size()) + 1 < workers) {
+            helpers.emplace_back(work);
+        }
+    } catch (const std::system_error&) {
+        // No more threads: this one does the rest.
+    }
+    work();
+}
+
+void QUORTerrainSet::loadBlock(qsizetype index, Run& run) const {
+    QUORLog& log = QUORLog::Instance();
+    QUORTerrainFile& tile = *_tiles[index];
+    const QString& cacheFileName = _cacheFileNames[index];
+    if (tile.getBlock().mesh) {
+        return; // from an aborted call
+    }
+    if (QFileInfo::exists(cacheFileName)) {
+        log.logDebug(QStringLiteral("Loading cached block: ") + cacheFileName);
+        if (tile.loadCachedData(_projection, cacheFileName)) {
+            return;
+        }
+        ++run.toConvert;
+        log.logWarning(QStringLiteral("QUORTerrainSet::loadFiles(): converting again: ") +
+                       tile.getCacheError());
+    }
+    log.logHistory(translated("- Converting terrain block: ") + QString::number(++run.converted) +
+                   QLatin1Char('/') + QString::number(run.toConvert));
+    log.logDebug(QStringLiteral("Converting terrain block data: ") + tile.getTypeAsString() +
+                 QStringLiteral(" (") + tile.getFileName() + QLatin1Char(')'));
+    tile.convertData(_projection, cacheFileName);
+    if (!tile.getCacheError().isEmpty()) {
+        const QMutexLocker lock(&run.errorMutex);
+        run.cacheError = tile.getCacheError();
+    }
+}
+
+void QUORTerrainSet::joinBlocks() const {
+    QMap<std::pair<int, int>, vtkPolyData*> meshes;
+    for (const QUORTerrainFile::Ptr& tile : _tiles) {
+        if (tile->getBlock().mesh) {
+            meshes[{int(tile->getOrigin().getLat()), int(tile->getOrigin().getLon())}] =
+                tile->getBlock().mesh;
+        }
+    }
+    // Along a whole direction first: where four tiles meet they then get one normal.
+    for (auto mesh = meshes.cbegin(); mesh != meshes.cend(); ++mesh) {
+        const auto [lat, lon] = mesh.key();
+        if (vtkPolyData* east = meshes.value({lat, lon == 179 ? -180 : lon + 1})) {
+            QUORTerrainMesh::joinEastWest(*mesh.value(), *east);
+        }
+    }
+    for (auto mesh = meshes.cbegin(); mesh != meshes.cend(); ++mesh) {
+        if (vtkPolyData* north = meshes.value({mesh.key().first + 1, mesh.key().second})) {
+            QUORTerrainMesh::joinSouthNorth(*mesh.value(), *north);
+        }
+    }
+}
+
+void QUORTerrainSet::makeProp() const {
+    _prop = vtkSmartPointer<vtkAssembly>::New();
+    for (const QUORTerrainFile::Ptr& tile : _tiles) {
+        if (tile->getBlock().mesh) {
+            _prop->AddPart(makeActor(tile->getBlock()));
+        } else {
+            _incompleteSinceMs = monotonicMs();
+        }
+    }
 }
 
 vtkSmartPointer<vtkProp3D> QUORTerrainSet::getProp() const {
@@ -22,6 +229,19 @@ vtkSmartPointer<vtkProp3D> QUORTerrainSet::getProp() const {
     return _prop;
 }
 
-double QUORTerrainSet::getElevationAtLocation(const QUORCoordinate& /*location*/) const {
-    return 0.0;
+bool QUORTerrainSet::hasExpired() const {
+    const qint64 since = _incompleteSinceMs;
+    return since != 0 &&
+           monotonicMs() - since > std::chrono::duration_cast<std::chrono::milliseconds>(RETRY_AFTER).count();
+}
+
+double QUORTerrainSet::getElevationAtLocation(const QUORCoordinate& location) const {
+    const QMutexLocker lock(&_mutex);
+    double elevation = 0.0;
+    for (const QUORTerrainFile::Ptr& tile : _tiles) {
+        if (tile->contains(location)) {
+            elevation = tile->getElevationAtLocation(location);
+        }
+    }
+    return elevation;
 }

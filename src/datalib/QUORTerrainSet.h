@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <atomic>
 #include <memory>
 
 class QUORAbortFlag;
@@ -42,6 +43,8 @@ public:
 
     /// Null until loaded. The same object for the life of the set.
     vtkSmartPointer<vtkProp3D> getProp() const;
+    /// True a while after blocks could not be made: a new set may have more luck with the same tiles.
+    bool hasExpired() const;
     /// Metres above the sea; 0 outside the loaded blocks.
     double getElevationAtLocation(const QUORCoordinate& location) const;
 
@@ -54,6 +57,13 @@ public:
     QStringList getCacheFileNames() const { return _cacheFileNames; }
 
 private:
+    struct Run;
+
+    void loadBlock(qsizetype index, Run& run) const;
+    void loadBlocks(Run& run) const;
+    void joinBlocks() const;
+    void makeProp() const;
+
     QUORGeoProjection::CPtr _projection;
     QUORCoordinate _southWest;
     QUORCoordinate _northEast;
@@ -61,4 +71,6 @@ private:
     QStringList _cacheFileNames;
     mutable QMutex _mutex;
     mutable vtkSmartPointer<vtkAssembly> _prop;
+    /// When blocks were found missing after loading, on the monotonic clock; 0 while none was.
+    mutable std::atomic<qint64> _incompleteSinceMs{0};
 };

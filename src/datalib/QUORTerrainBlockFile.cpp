@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+#include "QUORTerrainBlockFile.h"
+
+#include "QUORFilePublisher.h"
+#include "QUORGeoProjection.h"
+#include "QUORTerrainMesh.h"
+
+#include <vtkImageData.h>
+#include <vtkNew.h>
+#include <vtkPolyData.h>
+#include <vtkPolyDataReader.h>
+#include <vtkPolyDataWriter.h>
+
+#include <QBuffer>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr qint64 MAX_FILE_BYTES = 4 * 1024 * 1024;
+constexpr int PNG_QUALITY = 80;
+const QString TEXTURE_SUFFIX = QStringLiteral(".png");
+const QString DAMAGED = QStringLiteral("damaged, or not made for this projection");
+
+QByteArray hash(QByteArrayView bytes) {
+    QCryptographicHash result(QCryptographicHash::Md5);
+    result.addData(bytes);
+    return result.result().toHex();
+}
+
+QByteArray hash(const QImage& image) {
+    QCryptographicHash result(QCryptographicHash::Md5);
+    for (int row = 0; row < image.height(); ++row) {
+        result.addData(QByteArrayView(image.constScanLine(row), qsizetype(image.width()) * 3));
+    }
+    return result.result().toHex();
+}
+
+/// Stays under the 256 characters that the format allows a title.
+QByteArray makeTitle(QByteArrayView meshBody, const QImage& texture, const QUORGeoProjection& projection) {
+    const auto number = [](double value) { return QByteArray::number(value, 'g', 17); };
+    const QUORCoordinate centre = projection.getReferenceLocation();
+    return "terrain block " + hash(meshBody) + ' ' + hash(texture) + ' ' +
+           projection.getName().toUtf8().left(20) + ' ' + number(centre.getLat()) + ' ' +
+           number(centre.getLon()) + ' ' + number(projection.getEarthRadius()) + ' ' +
+           number(projection.getInverseFlattening());
+}
+
+/// A mesh file: the format's line, the title line and the body.
+struct MeshFile {
+    explicit MeshFile(const QByteArray& bytes) {
+        const qsizetype first = bytes.indexOf('\n') + 1;
+        const qsizetype second = bytes.indexOf('\n', first) + 1;
+        if (first > 0 && second > 0) {
+            format = bytes.left(first);
+            title = bytes.mid(first, second - first - 1);
+            body = bytes.mid(second);
+        }
+    }
+    QByteArray format;
+    QByteArray title;
+    QByteArray body;
+};
+
+QString publish(const QString& fileName, const QByteArray& bytes) {
+    QUORFilePublisher publisher(fileName);
+    QFile file(publisher.getTemporaryPath());
+    if (publisher.isReady()) {
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || file.write(bytes) != bytes.size()) {
+            return fileName + QStringLiteral(": ") + file.errorString();
+        }
+        file.close();
+        // The checksum tells after a crash; waiting for the disk would cost more than all conversion.
+        if (publisher.publish(false)) {
+            return {};
+        }
+    }
+    return fileName + QStringLiteral(": ") + publisher.getError();
+}
+
+QString readWhole(const QString& fileName, QByteArray& bytes) {
+    QFile file(fileName);
+    if (!QFileInfo(file).isFile()) {
+        return fileName + QStringLiteral(": missing");
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return fileName + QStringLiteral(": ") + file.errorString();
+    }
+    bytes = file.read(MAX_FILE_BYTES);
+    return {};
+}
+
+QImage readTexture(const QByteArray& bytes) {
+    QBuffer buffer;
+    buffer.setData(bytes);
+    QImageReader reader(&buffer, "png");
+    const QSize wanted(QUORTerrainBlock::TEXTURE_SIDE, QUORTerrainBlock::TEXTURE_SIDE);
+    return reader.size() == wanted ? reader.read().convertToFormat(QImage::Format_RGB888) : QImage();
+}
+
+} // namespace
+
+bool QUORTerrainBlockFile::makeFolder(const QString& path) {
+    const QFileInfo folder(path);
+    if (folder.isDir()) {
+        return true;
+    }
+    const QString parent = folder.absolutePath();
+    constexpr mode_t MODE = 0755;
+    return (parent == folder.absoluteFilePath() || makeFolder(parent)) &&
+           (::mkdir(QFile::encodeName(folder.absoluteFilePath()).constData(), MODE) == 0 || errno == EEXIST);
+}
+
+QString QUORTerrainBlockFile::write(const QString& fileName, vtkPolyData& mesh, const QImage& texture,
+                                    const QUORGeoProjection& projection) {
+    vtkNew<vtkPolyDataWriter> writer;
+    writer->SetInputData(&mesh);
+    writer->SetFileTypeToBinary();
+    writer->WriteToOutputStringOn();
+    writer->Write();
+    const MeshFile file(
+        QByteArray::fromRawData(writer->GetOutputString(), qsizetype(writer->GetOutputStringLength())));
+    QBuffer png;
+    if (file.body.isEmpty() || !texture.save(&png, "PNG", PNG_QUALITY)) {
+        return fileName + QStringLiteral(": out of memory");
+    }
+    makeFolder(QFileInfo(fileName).absolutePath());
+    // The mesh last: it vouches for the texture.
+    const QString error = publish(fileName + TEXTURE_SUFFIX, png.data());
+    return error.isEmpty()
+               ? publish(fileName, file.format + makeTitle(file.body, texture, projection) + '\n' + file.body)
+               : error;
+}
+
+QString QUORTerrainBlockFile::read(const QString& fileName, const QUORGeoProjection& projection,
+                                   QUORTerrainBlock& block) {
+    QByteArray meshBytes;
+    QByteArray textureBytes;
+    for (const QString& error :
+         {readWhole(fileName, meshBytes), readWhole(fileName + TEXTURE_SUFFIX, textureBytes)}) {
+        if (!error.isEmpty()) {
+            return error;
+        }
+    }
+    const QImage texture = readTexture(textureBytes);
+    if (texture.isNull()) {
+        return fileName + TEXTURE_SUFFIX + QStringLiteral(": ") + DAMAGED;
+    }
+    const MeshFile file(meshBytes);
+    if (file.title.isEmpty() || file.title != makeTitle(file.body, texture, projection)) {
+        return fileName + QStringLiteral(": ") + DAMAGED;
+    }
+    vtkNew<vtkPolyDataReader> reader;
+    reader->ReadFromInputStringOn();
+    reader->SetBinaryInputString(meshBytes.constData(), int(meshBytes.size()));
+    reader->Update();
+    if (!QUORTerrainMesh::isWhole(*reader->GetOutput())) {
+        return fileName + QStringLiteral(": ") + DAMAGED;
+    }
+    block.mesh = vtkSmartPointer<vtkPolyData>::New();
+    block.mesh->ShallowCopy(reader->GetOutput());
+    block.texture = toImageData(texture);
+    return {};
+}
+
+vtkSmartPointer<vtkImageData> QUORTerrainBlockFile::toImageData(const QImage& texture) {
+    auto data = vtkSmartPointer<vtkImageData>::New();
+    data->SetDimensions(texture.width(), texture.height(), 1);
+    data->AllocateScalars(VTK_UNSIGNED_CHAR, 3);
+    for (int row = 0; row < texture.height(); ++row) {
+        std::memcpy(data->GetScalarPointer(0, texture.height() - 1 - row, 0), texture.constScanLine(row),
+                    std::size_t(texture.width()) * 3);
+    }
+    return data;
+}

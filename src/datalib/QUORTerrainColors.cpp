@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "QUORTerrainColors.h"
+
+#include "QUORTerrainBlock.h"
+#include "QUORTerrainGrid.h"
+
+#include <vtkImageData.h>
+#include <vtkMath.h>
+#include <vtkPolyData.h>
+
+#include <QImage>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+struct RampPoint {
+    double height;
+    double hue;
+    double saturation;
+    double value;
+};
+
+constexpr std::array RAMP{RampPoint{0.0, 0.56, 0.25, 1.0}, RampPoint{0.1, 0.3, 0.3, 0.9},
+                          RampPoint{500.0, 0.1, 0.25, 0.9}, RampPoint{2500.0, 0.1, 0.0, 0.9},
+                          RampPoint{4000.0, 0.0, 0.0, 1.0}};
+
+constexpr double SHADE_EXPONENT = 0.05;
+constexpr double MIN_SHADE_FACTOR = 0.75;
+
+using RampColors = std::array<std::array<double, 3>, RAMP.size()>;
+
+RampColors makeRampColors() {
+    RampColors colors{};
+    for (std::size_t i = 0; i < RAMP.size(); ++i) {
+        vtkMath::HSVToRGB(RAMP[i].hue, RAMP[i].saturation, RAMP[i].value, &colors[i][0], &colors[i][1],
+                          &colors[i][2]);
+    }
+    return colors;
+}
+
+/// Linear in red, green and blue between the ramp's points, constant beyond its ends.
+std::array<double, 3> rampColor(double height) {
+    static const RampColors colors = makeRampColors();
+    if (!(height > RAMP.front().height)) {
+        return colors.front();
+    }
+    for (std::size_t i = 1; i < RAMP.size(); ++i) {
+        if (height < RAMP[i].height) {
+            const double t = (height - RAMP[i - 1].height) / (RAMP[i].height - RAMP[i - 1].height);
+            return {std::lerp(colors[i - 1][0], colors[i][0], t),
+                    std::lerp(colors[i - 1][1], colors[i][1], t),
+                    std::lerp(colors[i - 1][2], colors[i][2], t)};
+        }
+    }
+    return colors.back();
+}
+
+double shadeAt(const QUORTerrainGrid& grid, int row, int column) {
+    const int last = grid.side - 1;
+    const double a = grid.at(std::max(row - 1, 0), column);
+    const double b = grid.at(std::min(row + 1, last), column);
+    const double c = grid.at(row, std::min(column + 1, last));
+    const double d = grid.at(row, std::max(column - 1, 0));
+    return 1.0 / ((1.0 + std::abs(a - b)) * (1.0 + std::abs(c - d)));
+}
+
+} // namespace
+
+QUORTerrainColors::Rgb QUORTerrainColors::heightToColor(double height, double shade) {
+    const double factor = std::clamp(std::pow(shade, SHADE_EXPONENT), MIN_SHADE_FACTOR, 1.0);
+    Rgb result{};
+    const std::array<double, 3> color = rampColor(height);
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        result[i] = static_cast<unsigned char>(std::clamp(color[i] * factor * 255.0, 0.0, 255.0));
+    }
+    return result;
+}
+
+QImage QUORTerrainColors::makeTexture(const QUORTerrainGrid& grid) {
+    QImage image(grid.side, grid.side, QImage::Format_RGB888);
+    for (int row = 0; row < grid.side; ++row) {
+        uchar* pixel = image.scanLine(row);
+        for (int column = 0; column < grid.side; ++column, pixel += 3) {
+            const Rgb color = heightToColor(grid.at(row, column), shadeAt(grid, row, column));
+            std::copy(color.begin(), color.end(), pixel);
+        }
+    }
+    return image
+        .scaled(QUORTerrainBlock::TEXTURE_SIDE, QUORTerrainBlock::TEXTURE_SIDE, Qt::IgnoreAspectRatio,
+                Qt::SmoothTransformation)
+        .convertToFormat(QImage::Format_RGB888);
+}

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+
+struct QUORTerrainGrid;
+class QImage;
+
+/// The colours of the ground: a height ramp, darkened on slopes. The sea (height 0) has a colour of its own.
+namespace QUORTerrainColors {
+
+using Rgb = std::array<unsigned char, 3>;
+
+/// Height in metres; shade from 0 (cliff) to 1 (level ground).
+Rgb heightToColor(double height, double shade);
+
+/// A tile's texture of TEXTURE_SIDE pixels a side from its reduced posts, north at the top.
+QImage makeTexture(const QUORTerrainGrid& grid);
+
+} // namespace QUORTerrainColors
