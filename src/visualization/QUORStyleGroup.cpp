@@ -2,7 +2,6 @@
 #include "QUORStyleGroup.h"
 
 #include "QUORAssert.h"
-#include "QUORLog.h"
 #include "QUORSettingsReader.h"
 
 #include <algorithm>
@@ -32,30 +31,23 @@ Range rangeOf(QUORStyleGroup::Kind kind) {
     return {0.0, 1.0, true};
 }
 
-double readNumber(const QUORSettingsReader& reader, const QString& group, const QString& key,
-                  QUORStyleGroup::Kind kind, double fallback) {
-    const double value = reader.readDouble(key, fallback);
+double readNumber(const QUORSettingsReader& reader, const QString& key, QUORStyleGroup::Kind kind,
+                  double fallback) {
     const Range range = rangeOf(kind);
-    if (value >= range.minimum && value <= range.maximum)
-        return value;
-    const double taken = range.clamps ? std::clamp(value, range.minimum, range.maximum) : fallback;
-    QUORLog::Instance().logWarning(QUORStyleGroup::FILE_NAME + ": " + group + "/" + key + "=" +
-                                   QString::number(value) + " is out of range, taking " +
-                                   QString::number(taken));
-    return taken;
+    return range.clamps ? reader.readDoubleClamped(key, fallback, range.minimum, range.maximum)
+                        : reader.readDouble(key, fallback, range.minimum, range.maximum);
 }
 
-QUORStyleGroup::Color readRow(const QUORSettingsReader& reader, const QString& group,
-                              const QUORStyleGroup::Row& row) {
+QUORStyleGroup::Color readRow(const QUORSettingsReader& reader, const QUORStyleGroup::Row& row) {
     const QString key = QString::fromLatin1(row.key.data(), static_cast<qsizetype>(row.key.size()));
     QUORStyleGroup::Color value = row.fallback;
     if (row.kind != QUORStyleGroup::Kind::Color) {
-        value[0] = readNumber(reader, group, key, row.kind, row.fallback[0]);
+        value[0] = readNumber(reader, key, row.kind, row.fallback[0]);
         return value;
     }
     static constexpr std::array<const char*, 3> COMPONENTS{"/r", "/g", "/b"};
     for (std::size_t i = 0; i < COMPONENTS.size(); ++i)
-        value[i] = readNumber(reader, group, key + COMPONENTS[i], row.kind, row.fallback[i]);
+        value[i] = readNumber(reader, key + COMPONENTS[i], row.kind, row.fallback[i]);
     return value;
 }
 
@@ -70,8 +62,7 @@ void QUORStyleGroup::load(bool night) {
     const QString group = QLatin1String(_component) + QLatin1String(night ? "_NIGHT" : "_DAY");
     QUORSettingsReader reader(FILE_NAME);
     reader.beginGroup(group);
-    std::ranges::transform(_rows, _values.begin(),
-                           [&](const Row& row) { return readRow(reader, group, row); });
+    std::ranges::transform(_rows, _values.begin(), [&](const Row& row) { return readRow(reader, row); });
     reader.endGroup();
 }
 
