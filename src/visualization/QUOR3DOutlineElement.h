@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORLayerParameters3dOutline.h"
+#include "QUORStyleGroup.h"
+#include "QUORTypedVisualElement.h"
+
+#include <vtkSmartPointer.h>
+
+class vtkActor;
+
+/// The edges of the box that the 3D product occupies, with ticks on the vertical edges at regular heights
+/// above sea level. Drawn in a unit box (x and y -0.5..0.5, z 0..1) that the controller scales and
+/// places over the data.
+class QUOR3DOutlineElement : public QUORTypedVisualElement<QUORLayerParameters3dOutline> {
+public:
+    QUOR3DOutlineElement(QUORVisualGroup* group, int key);
+
+    void invalidate() override;
+    void loadStyle(bool night);
+
+protected:
+    void rebuild(const QUORAbortFlag& abort) override;
+
+private:
+    void createVTK();
+    vtkSmartPointer<vtkActor> makeBox() const;
+    vtkSmartPointer<vtkActor> makeTicks() const;
+
+    QUORStyleGroup _style;
+};

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORStyleGroup.h"
+
+#include <vtkSmartPointer.h>
+
+class vtkActor;
+class vtkCellArray;
+class vtkPoints;
+
+/// An actor that draws the line cells over the points as opaque wireframe without lighting; the width is
+/// in pixels.
+vtkSmartPointer<vtkActor> quorMakeLineActor(vtkPoints* points, vtkCellArray* lines,
+                                            const QUORStyleGroup::Color& color, double width);
