@@ -1,0 +1,125 @@
+# SPDX-License-Identifier: MIT
+"""Runs quor3dd over a scratch folder and watches it from outside: files in, images and log lines out."""
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import threading
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BINARIES = ROOT / "build" / "release" / "bin"
+DEADLINE = 180
+
+# Data only, as a plain script would draw it: no terrain, grid, rings, labels, outline or flat layer.
+DATA_ONLY = ("\n[DISPLAYSTATE]\nDISPLAYSTATES\\size=2\nDISPLAYSTATES\\1\\displayStateName=Custom\n"
+             "DISPLAYSTATES\\2\\displayStateName=Data\n") + "".join(
+    "DISPLAYSTATES\\2\\displayStateLayerVisible%d=%s\nDISPLAYSTATES\\2\\displayStateLayerOpacity%d=100\n"
+    % (key, "true" if key in (10, 40, 12) else "false", key) for key in (10, 40, 11, 12, 13, 44, 41, 42, 43))
+
+
+class Failure(Exception):
+    """The service did not do what was waited for."""
+
+
+class Service:
+    """quor3dd in the foreground with a home of its own; a context manager. Lines of its log are kept with
+    the time at which they arrived."""
+
+    def __init__(self, loglevel=0, displaystate="Default", settings=""):
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="quor3d-bench."))
+        self.volumes, self.flat, self.images = (self.root / name for name in ("3d", "2d", "images"))
+        conf = self.root / "home" / ".config" / "QUOR"
+        system = self.root / "system" / "QUOR"
+        for folder in (self.volumes, self.flat, self.images, conf, system):
+            folder.mkdir(parents=True)
+        for packaged in (ROOT / "share").rglob("*.conf"):
+            shutil.copy(packaged, system)
+        (conf / "QUOR3D.conf").write_text("[GENERAL]\ndata3d=%s\ndata2d=%s\n%s" % (self.volumes, self.flat, settings))
+        (self.root / "background.conf").write_text(
+            "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=TIFF\ndisplaystate=%s\nproducts\\size=4\n%s"
+            % (self.images, displaystate, "".join("products\\%d\\product=(none)\n" % i for i in range(1, 5))))
+        self.loglevel = loglevel
+        self.lines = []
+        self.process = None
+
+    def __enter__(self):
+        environment = {"HOME": str(self.root / "home"), "PATH": os.environ["PATH"], "LANG": "C.UTF-8",
+                       "XDG_CONFIG_DIRS": str(self.root / "system"), "TMPDIR": str(self.root),
+                       "QUOR3D_BG_SETTINGS": str(self.root / "background.conf")}
+        self.started = time.monotonic()
+        self.process = subprocess.Popen([BINARIES / "quor3dd", "--loglevel=%d" % self.loglevel], env=environment,
+                                        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        threading.Thread(target=self._read, daemon=True).start()
+        return self
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        try:
+            self.process.wait(30)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+        shutil.rmtree(self.root, ignore_errors=True)
+
+    def _read(self):
+        for line in self.process.stderr:
+            self.lines.append((time.monotonic(), line.decode(errors="replace").rstrip()))
+
+    def wait(self, what, condition):
+        """The value of the condition once it is true."""
+        end = time.monotonic() + DEADLINE
+        while time.monotonic() < end:
+            value = condition()
+            if value:
+                return value
+            if self.process.poll() is not None:
+                raise Failure("the service ended: %s" % [line for _, line in self.lines[-3:]])
+            time.sleep(0.001)
+        raise Failure("no %s within %d s" % (what, DEADLINE))
+
+    def wait_line(self, text, first=0):
+        """The index of the first line from `first` on that contains the text."""
+        return self.wait("'%s' in the log" % text, lambda: next(
+            ([i] for i in range(first, len(self.lines)) if text in self.lines[i][1]), None))[0]
+
+    def settle(self):
+        """Until the service waits for work: it has used no processor time for half a second."""
+        before = None
+        while before != (before := self.ticks()):
+            time.sleep(0.5)
+
+    def drop(self, source, key):
+        """A volume appears at once, under a name with that time key; the image that it will become."""
+        hidden = self.volumes / ".part"
+        shutil.copy(source, hidden)
+        hidden.rename(self.volumes / ("CAZ%s.cap" % key))
+        return "_Z_%s.tiff" % key
+
+    def wait_image(self, ending):
+        return self.wait("image *" + ending, lambda: next(
+            (e.path for e in os.scandir(self.images) if e.name.endswith(ending)), None))
+
+    def status(self, key):
+        for line in open("/proc/%d/status" % self.process.pid):
+            if line.startswith(key + ":"):
+                return int(line.split()[1])
+        return 0
+
+    def ticks(self):
+        fields = open("/proc/%d/stat" % self.process.pid).read().rpartition(")")[2].split()
+        return int(fields[11]) + int(fields[12])
+
+    def switches(self):
+        """Times that any of its threads gave the processor away by itself, that is, slept and was woken."""
+        total = 0
+        for task in pathlib.Path("/proc/%d/task" % self.process.pid).iterdir():
+            for line in (task / "status").read_text().splitlines():
+                if line.startswith("voluntary_ctxt_switches"):
+                    total += int(line.split()[1])
+        return total
+
+
+def time_key(number):
+    """A time key of its own for every number."""
+    return "2108%02d%02d%02d%02d" % (1 + number // 86400, number // 3600 % 24, number // 60 % 60, number % 60)
