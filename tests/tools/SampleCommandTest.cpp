@@ -74,12 +74,30 @@ TEST(SampleCommand, RefusesWrongOptions) {
     EXPECT_TRUE(help.out.contains(QStringLiteral("--spacing")));
 }
 
+TEST(SampleCommand, WritesLandmarks) {
+    const QTemporaryDir dir;
+    const Result result = run({QStringLiteral("landmarks"), QStringLiteral("--output=towns")}, dir.path());
+    ASSERT_EQ(result.status, 0) << qPrintable(result.error);
+    EXPECT_EQ(result.out, QStringLiteral("towns/QUOR3DLandmarks.conf\n"));
+    EXPECT_EQ(filesBelow(dir.filePath(QStringLiteral("towns"))),
+              QStringList(QStringLiteral("QUOR3DLandmarks.conf")));
+}
+
 TEST(SampleCommand, SaysWhatCouldNotBeWritten) {
     const QTemporaryDir dir;
     QFile blocker(dir.filePath(QStringLiteral("3d")));
     ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
-    const Result result = run({QStringLiteral("--grid=4x4x4")}, dir.path());
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error.count(QLatin1Char('\n')), 1);
-    EXPECT_TRUE(result.error.contains(QStringLiteral("3d/CAZ"))) << qPrintable(result.error);
+    const struct {
+        QStringList arguments;
+        QString named;
+    } rows[] = {{{QStringLiteral("--grid=4x4x4")}, QStringLiteral("./3d/CAZ")},
+                {{QStringLiteral("terrain"), QStringLiteral("--output=3d/geo")}, QStringLiteral("3d/geo")},
+                {{QStringLiteral("landmarks"), QStringLiteral("--output=3d")}, QStringLiteral("3d")}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(qPrintable(row.arguments.join(QLatin1Char(' '))));
+        const Result result = run(row.arguments, dir.path());
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.error.count(QLatin1Char('\n')), 1);
+        EXPECT_TRUE(result.error.contains(row.named)) << qPrintable(result.error);
+    }
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "LandmarkWriter.h"
 #include "SampleOptions.h"
 #include "StormProducts.h"
+#include "TerrainWriter.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -14,10 +16,15 @@ namespace {
 constexpr int FAILED = 1;
 constexpr int WRONG_USAGE = 2;
 constexpr int STEP_SECONDS = 300;
+constexpr int TERRAIN_DEGREES = 2;
 
 int fail(const QString& text, int status) {
     std::fprintf(stderr, "quor3d-sample: %s\n", text.toLocal8Bit().constData());
     return status;
+}
+
+void announce(const QString& path) {
+    std::printf("%s\n", path.toLocal8Bit().constData());
 }
 
 int writeProducts(const SampleOptions& options) {
@@ -35,7 +42,7 @@ int writeProducts(const SampleOptions& options) {
             error = path + QStringLiteral(": ") + error;
             return false;
         }
-        std::printf("%s\n", path.toLocal8Bit().constData());
+        announce(path);
         return true;
     };
     for (int step = 0; step < options.steps; ++step) {
@@ -43,6 +50,24 @@ int writeProducts(const SampleOptions& options) {
             return fail(error, FAILED);
         }
     }
+    return 0;
+}
+
+int writeTerrain(const SampleOptions& options) {
+    const TerrainWriter land(options.seed, options.frame.latitude, options.frame.longitude);
+    const QString error = land.writeTiles(options.output, TERRAIN_DEGREES, announce);
+    return error.isEmpty() ? 0 : fail(error, FAILED);
+}
+
+int writeLandmarks(const SampleOptions& options) {
+    QString path;
+    const QString error = LandmarkWriter::write(
+        options.output,
+        LandmarkWriter::makeTowns(options.seed, options.frame.latitude, options.frame.longitude), path);
+    if (!error.isEmpty()) {
+        return fail(error, FAILED);
+    }
+    announce(path);
     return 0;
 }
 
@@ -59,10 +84,11 @@ int run(const QStringList& arguments) {
     case SampleOptions::Command::Products:
         return writeProducts(options);
     case SampleOptions::Command::Terrain:
+        return writeTerrain(options);
     case SampleOptions::Command::Landmarks:
-        break;
+        return writeLandmarks(options);
     }
-    return fail(QStringLiteral("not there yet"), FAILED);
+    return FAILED;
 }
 
 } // namespace
