@@ -21,7 +21,6 @@
 #include <cstdio>
 #include <exception>
 #include <fcntl.h>
-#include <optional>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
@@ -37,7 +36,6 @@ const QString OPTION_LOGFILE = QStringLiteral("logfile");
 const QString OPTION_DAEMON = QStringLiteral("daemon");
 const QString OPTION_LANGUAGE = QStringLiteral("language");
 
-constexpr int SHORT_OPTION_LENGTH = 5;
 constexpr int PROCESS_TIMEOUT_MS = 30000;
 const QString NO_SERVICE_COMMAND = QStringLiteral("INVALID");
 
@@ -59,12 +57,6 @@ const std::array OPTION_TEXTS{
 void print(const QString& text) {
     std::fputs(text.toLocal8Bit().constData(), stdout);
     std::fflush(stdout);
-}
-
-std::optional<QString> optionName(const QString& argument) {
-    static const QRegularExpression expression(QStringLiteral("^-{1,2}([a-z|_]*)"));
-    const QRegularExpressionMatch match = expression.match(argument);
-    return match.hasMatch() ? std::optional(match.captured(1)) : std::nullopt;
 }
 
 // The toolkit keeps a reference for the life of the application object.
@@ -130,9 +122,11 @@ int QUORApplication::sigtermFd[2] = {-1, -1};
 QUORApplication::QUORApplication(int& argc, char** argv)
     : QApplication(toolkitArgumentCount(argc), argv), _startDirectory(QDir::currentPath()) {
     QUORProcessSetup::afterToolkit();
+    QStringList given;
     for (int i = 0; i < argc; ++i) {
-        _givenArguments.append(QString::fromLocal8Bit(argv[i]));
+        given.append(QString::fromLocal8Bit(argv[i]));
     }
+    _commandLine.setArguments(given);
     setOrganizationName(ORGANIZATION_NAME);
     setOrganizationDomain(ORGANIZATION_DOMAIN);
 }
@@ -143,7 +137,6 @@ int QUORApplication::init() {
     for (const OptionText& option : OPTION_TEXTS) {
         addOption(option.name, QString::fromLatin1(option.help));
     }
-    _arguments = _givenArguments;
     if (!checkOptions()) {
         return -1;
     }
@@ -173,58 +166,19 @@ int QUORApplication::init() {
 }
 
 void QUORApplication::printHelp() {
-    print(QStringLiteral("Usage: ") + getExeName() + QStringLiteral(" [options]\nOptions:\n"));
-    for (auto option = _options.cbegin(); option != _options.cend(); ++option) {
-        const QString gap = QString(option.key().size() <= SHORT_OPTION_LENGTH ? 2 : 1, QLatin1Char('\t'));
-        print(QStringLiteral("\t--") + option.key() + gap + option.value() + QLatin1Char('\n'));
-    }
+    print(_commandLine.getHelpText());
 }
 
 void QUORApplication::printVersion() {
     print(QStringLiteral("Version: ") + _version + QLatin1Char('\n'));
 }
 
-void QUORApplication::addOption(const QString& name, const QString& helpText) {
-    if (!_options.contains(name)) {
-        _options.insert(name, helpText);
-    }
-}
-
 bool QUORApplication::checkOptions() const {
-    bool valid = true;
-    for (const QString& argument : _arguments.mid(1)) {
-        const std::optional<QString> name = optionName(argument);
-        if (name && !_options.contains(*name)) {
-            print(QStringLiteral("Invalid option: ") + *name + QLatin1Char('\n'));
-            valid = false;
-        }
+    const QStringList invalid = _commandLine.findInvalidOptions();
+    for (const QString& name : invalid) {
+        print(QStringLiteral("Invalid option: ") + name + QLatin1Char('\n'));
     }
-    return valid;
-}
-
-int QUORApplication::optionIndex(const QString& name) const {
-    for (qsizetype i = 1; i < _arguments.size(); ++i) {
-        if (optionName(_arguments[i]) == name) {
-            return int(i);
-        }
-    }
-    return -1;
-}
-
-bool QUORApplication::optionPresent(const QString& name) const {
-    return optionIndex(name) > 0;
-}
-
-QString QUORApplication::getOptionValue(const QString& name) const {
-    static const QRegularExpression expression(QStringLiteral("^-{1,2}([a-z|_]*)=(\\S*)"));
-    QString value;
-    for (const QString& argument : _arguments.mid(1)) {
-        const QRegularExpressionMatch match = expression.match(argument);
-        if (match.hasMatch() && match.captured(1) == name) {
-            value = match.captured(2);
-        }
-    }
-    return value;
+    return invalid.isEmpty();
 }
 
 void QUORApplication::optionValue(const QString& name, int& value, int defaultValue, int min, int max) const {
@@ -235,11 +189,6 @@ void QUORApplication::optionValue(const QString& name, int& value, int defaultVa
 void QUORApplication::optionValue(const QString& name, QString& value, const QString& defaultValue) const {
     const QString text = getOptionValue(name);
     value = text.isEmpty() ? defaultValue : text;
-}
-
-QString QUORApplication::getExeName() const {
-    static const QRegularExpression separator(QStringLiteral("[\\|/]"));
-    return _arguments.isEmpty() ? QString() : _arguments.first().split(separator).last();
 }
 
 QString QUORApplication::getLogFileName() const {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORCommandLine.h"
 #include "QUORSystem.h"
 
 #include <QApplication>
-#include <QMap>
 #include <QString>
-#include <QStringList>
 
 class QSocketNotifier;
 class QTranslator;
@@ -38,19 +37,16 @@ public:
     /// True in the daemon child once it is detached.
     bool isDaemon() const { return _isDaemon; }
 
-    /// An option that is already known keeps its first help text.
-    void addOption(const QString& name, const QString& helpText);
+    void addOption(const QString& name, const QString& helpText) { _commandLine.addOption(name, helpText); }
     /// Names each unknown option on standard output; false when there was one.
     bool checkOptions() const;
-    /// Index of the first argument with that option name, from 1; -1 when there is none.
-    int optionIndex(const QString& name) const;
-    bool optionPresent(const QString& name) const;
-    /// The value of the last argument "--name=value"; empty when there is none.
-    QString getOptionValue(const QString& name) const;
+    int optionIndex(const QString& name) const { return _commandLine.findOption(name); }
+    bool optionPresent(const QString& name) const { return optionIndex(name) > 0; }
+    QString getOptionValue(const QString& name) const { return _commandLine.findValue(name); }
     void optionValue(const QString& name, int& value, int defaultValue, int min, int max) const;
     void optionValue(const QString& name, QString& value, const QString& defaultValue) const;
 
-    QString getExeName() const;
+    QString getExeName() const { return _commandLine.getExeName(); }
     QString getLogFileName() const;
     void startLogging(const QString& logFileName);
     void installTranslators();
@@ -96,10 +92,8 @@ private:
     QString _version;
     /// Open in a daemon child as long as its parent waits.
     int _parentPipe = -1;
-    QStringList _givenArguments;
     QString _startDirectory;
-    QStringList _arguments;
-    QMap<QString, QString> _options;
+    QUORCommandLine _commandLine;
     QSocketNotifier* _hupNotifier = nullptr;
     QSocketNotifier* _termNotifier = nullptr;
     QTranslator* _applicationTranslator = nullptr;

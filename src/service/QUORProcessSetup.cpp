@@ -59,6 +59,9 @@ void beforeToolkit() {
     openMissingStandardStreams();
     fillHome();
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A desktop's theme would open its display.
+    qunsetenv("QT_QPA_PLATFORMTHEME");
+    qunsetenv("QT_STYLE_OVERRIDE");
     provideDirectory(RUNTIME_VARIABLE, "/run", 0700);
     provideDirectory(SHADER_CACHE_VARIABLE, "/cache", 0755);
 }

@@ -31,7 +31,8 @@ ServiceProcess::ServiceProcess() : _environment(QProcessEnvironment::systemEnvir
     _environment.insert(QStringLiteral("XDG_CONFIG_DIRS"), path(QStringLiteral("xdg")));
     _environment.insert(QStringLiteral("PIDFILE"), path(QStringLiteral("pid")));
     _environment.remove(QStringLiteral("XDG_RUNTIME_DIR"));
-    _environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    _environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("nosuch"));
+    _environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":97"));
 }
 
 ServiceProcess::~ServiceProcess() {
