@@ -2,6 +2,8 @@
 #include "QUOR2DLayerActor.h"
 
 #include <vtkAssembly.h>
+#include <vtkBoundingBox.h>
+#include <vtkMath.h>
 #include <vtkMatrix4x4.h>
 #include <vtkObjectFactory.h>
 #include <vtkOpenGLRenderWindow.h>
@@ -32,6 +34,10 @@ vtkStandardNewMacro(QUOR2DLayerActor)
         std::optional<vtkOpenGLState::ScopedglEnableDisable> _restore;
     };
 
+    bool isEqual(const vtkMatrix4x4* a, const vtkMatrix4x4* b) {
+        return a && std::equal(a->GetData(), a->GetData() + 16, b->GetData());
+    }
+
     template <typename Visitor>
     void forEachPart(vtkAssembly * assembly, Visitor visitor) {
         vtkCollectionSimpleIterator cookie;
@@ -59,7 +65,17 @@ vtkAssembly* QUOR2DLayerActor::GetAssembly() const {
 
 double* QUOR2DLayerActor::GetBounds() {
     this->HandMatrixToParts();
-    return this->Assembly->GetBounds();
+    vtkBoundingBox box;
+    // The assembly's own way pokes a matrix into each part, which counts as a change of the part.
+    forEachPart(this->Assembly, [&](vtkProp3D* part) {
+        const double* bounds = part->GetVisibility() && part->GetUseBounds() ? part->GetBounds() : nullptr;
+        if (bounds && vtkMath::AreBoundsInitialized(bounds))
+            box.AddBounds(bounds);
+    });
+    if (!box.IsValid())
+        return nullptr;
+    box.GetBounds(this->Bounds);
+    return this->Bounds;
 }
 
 void QUOR2DLayerActor::BuildPaths(vtkAssemblyPaths* paths, vtkAssemblyPath* path) {
@@ -90,7 +106,12 @@ int QUOR2DLayerActor::RenderOverlay(vtkViewport* viewport) {
 }
 
 vtkTypeBool QUOR2DLayerActor::HasTranslucentPolygonalGeometry() {
-    return this->Assembly->HasTranslucentPolygonalGeometry();
+    vtkTypeBool translucent = 0;
+    forEachPart(this->Assembly, [&](vtkProp3D* part) {
+        if (part->GetVisibility() && part->HasTranslucentPolygonalGeometry())
+            translucent = 1;
+    });
+    return translucent;
 }
 
 void QUOR2DLayerActor::ReleaseGraphicsResources(vtkWindow* window) {
@@ -111,11 +132,11 @@ int QUOR2DLayerActor::RenderParts(vtkViewport* viewport, RenderPass pass) {
 
 void QUOR2DLayerActor::HandMatrixToParts() {
     const vtkMatrix4x4* own = this->GetMatrix();
-    // An untouched matrix keeps the parts' modification times, and with them what is built on them.
-    if (!std::equal(own->GetData(), own->GetData() + 16, this->PartMatrix->GetData()))
+    // What holds the matrix already keeps its modification time, and what was built by it.
+    if (!isEqual(this->PartMatrix, own))
         this->PartMatrix->DeepCopy(own);
-    forEachPart(this->Assembly, [this](vtkProp3D* part) {
-        if (part->GetUserMatrix() != this->PartMatrix)
+    forEachPart(this->Assembly, [&](vtkProp3D* part) {
+        if (!isEqual(part->GetUserMatrix(), own))
             part->SetUserMatrix(this->PartMatrix);
     });
 }

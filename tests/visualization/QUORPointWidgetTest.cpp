@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+#include "QUORPointWidget.h"
+
+#include "OffscreenScene.h"
+#include "QUORPointWidgetObserver.h"
+#include "ScratchHome.h"
+
+#include <vtkActor.h>
+#include <vtkCamera.h>
+#include <vtkCaptionActor2D.h>
+#include <vtkPropAssembly.h>
+#include <vtkPropCollection.h>
+#include <vtkProperty.h>
+#include <vtkTextProperty.h>
+
+#include <vector>
+
+namespace {
+
+class Recorder : public QUORPointWidgetObserver {
+public:
+    void pointMoved(QUORPointWidget* /*widget*/, const QUORPoint3D& point) override {
+        points.push_back(point);
+    }
+    std::vector<QUORPoint3D> points;
+};
+
+} // namespace
+
+/// The volume is seen from above in parallel, with the cross-hair in the window's middle.
+class QUORPointWidgetTest : public OffscreenScene {
+protected:
+    void SetUp() override {
+        OffscreenScene::SetUp();
+        if (IsSkipped())
+            return;
+        vtkCamera* camera = renderer->GetActiveCamera();
+        camera->ParallelProjectionOn();
+        camera->SetParallelScale(20000.0);
+        camera->SetPosition(0, 0, 100000);
+        camera->SetFocalPoint(0, 0, 0);
+        camera->SetClippingRange(1000, 200000);
+        widget->SetInteractor(interactor);
+        widget->SetCurrentRenderer(renderer);
+    }
+
+    void TearDown() override {
+        widget->SetEnabled(0);
+        widget->SetInteractor(nullptr);
+        OffscreenScene::TearDown();
+    }
+
+    void show(QUORPointWidgetObserver* observer) {
+        widget->init(observer);
+        const double bounds[6] = {-10000, 10000, -10000, 10000, 0, 10000};
+        widget->setBounds(bounds);
+        widget->SetPosition(0.0, 0.0, 5000.0);
+        widget->setHomePosition({3000, 4000, 500});
+        widget->setVerticalScale(5.0);
+        widget->setHomeLabel(QStringLiteral("KLOT"));
+        widget->SetEnabled(1);
+        window->Render();
+    }
+
+    template <class Part>
+    Part* part(int index) {
+        vtkPropCollection* parts = widget->getParts()->GetParts();
+        return Part::SafeDownCast(parts->GetItemAsObject(index));
+    }
+    vtkActor* pointMarker() { return part<vtkActor>(1); }
+    vtkActor* homeMarker() { return part<vtkActor>(2); }
+    vtkCaptionActor2D* caption() { return part<vtkCaptionActor2D>(3); }
+
+    ScratchHome home;
+    Recorder recorder;
+    vtkNew<QUORPointWidget> widget;
+};
+
+TEST_F(QUORPointWidgetTest, TheLeftButtonDragsThePoint) {
+    for (QUORPointWidgetObserver* observer :
+         {static_cast<QUORPointWidgetObserver*>(&recorder), static_cast<QUORPointWidgetObserver*>(nullptr)}) {
+        SCOPED_TRACE(observer ? "observed" : "nobody told");
+        widget->destroy();
+        show(observer);
+        drag({SIDE / 2, SIDE / 2}, {SIDE / 2 + 50, SIDE / 2});
+        EXPECT_NEAR(widget->getPoint().x, 5000.0, 200.0);
+        EXPECT_EQ(pointMarker()->GetPosition()[0], widget->getPoint().x);
+        EXPECT_STREQ(caption()->GetCaption(), "Home: KLOT");
+        EXPECT_DOUBLE_EQ(homeMarker()->GetPosition()[2], 2500.0);
+        EXPECT_DOUBLE_EQ(caption()->GetAttachmentPoint()[2], 2500.0);
+        EXPECT_DOUBLE_EQ(pointMarker()->GetProperty()->GetColor()[0], 1.0);
+        widget->SetEnabled(0);
+    }
+    ASSERT_FALSE(recorder.points.empty());
+    EXPECT_NEAR(recorder.points.back().x, 5000.0, 200.0);
+}
+
+TEST_F(QUORPointWidgetTest, OtherButtonsAndADestroyedWidgetDoNothing) {
+    show(&recorder);
+    for (const auto& [press, release] :
+         {std::pair{vtkCommand::MiddleButtonPressEvent, vtkCommand::MiddleButtonReleaseEvent},
+          std::pair{vtkCommand::RightButtonPressEvent, vtkCommand::RightButtonReleaseEvent}}) {
+        send(press, SIDE / 2, SIDE / 2);
+        send(vtkCommand::MouseMoveEvent, SIDE / 2 + 40, SIDE / 2 + 40);
+        send(release, SIDE / 2 + 40, SIDE / 2 + 40);
+    }
+    EXPECT_TRUE(recorder.points.empty());
+    EXPECT_DOUBLE_EQ(widget->GetPosition()[0], 0.0);
+
+    widget->destroy();
+    EXPECT_FALSE(widget->getParts());
+    widget->update();
+    widget->resetActors();
+    widget->InvokeEvent(vtkCommand::InteractionEvent);
+    EXPECT_TRUE(recorder.points.empty());
+}
+
+TEST_F(QUORPointWidgetTest, NewBoundsKeepTheRelativeHeight) {
+    const struct {
+        const char* name;
+        std::array<double, 6> bounds;
+        QUORPoint3D expected;
+    } rows[] = {
+        {"twice as high", {-10000, 10000, -10000, 10000, 0, 20000}, {1000, 2000, 5000}},
+        {"lifted", {-10000, 10000, -10000, 10000, 1000, 11000}, {1000, 2000, 3500}},
+        {"all zero", {0, 0, 0, 0, 0, 0}, {0, 0, 0}},
+    };
+    widget->init(nullptr);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const double start[6] = {-10000, 10000, -10000, 10000, 0, 10000};
+        widget->setBounds(start);
+        widget->SetPosition(1000, 2000, 2500);
+        widget->setBounds(row.bounds.data());
+        const double* focus = widget->GetPosition();
+        EXPECT_EQ((QUORPoint3D{focus[0], focus[1], focus[2]}), row.expected);
+        EXPECT_EQ(widget->getPoint(), row.expected);
+        EXPECT_DOUBLE_EQ(pointMarker()->GetPosition()[2], row.expected.z);
+    }
+    const double flat[6] = {-10, 10, -10, 10, 7, 7};
+    widget->setBounds(flat);
+    EXPECT_DOUBLE_EQ(widget->getPoint().z, 7.0);
+}
+
+TEST_F(QUORPointWidgetTest, ResetsColoursAndTakesItsStyleFromTheFile) {
+    ScratchHome::writeSettings(
+        "QUOR3DVisStyles.conf",
+        "[CURSORTOOL_DAY]\nline\\selected\\width=3\nline\\unselected\\color\\g=0.9\n"
+        "home\\marker\\color\\r=0.6\nhome\\label\\fontsize=11.6\nmarker\\radius=2000\n");
+    widget->setPointColor({51, 102, 255});
+    show(nullptr);
+    widget->resetActors();
+    EXPECT_FLOAT_EQ(widget->GetSelectedProperty()->GetLineWidth(), 3.0F);
+    EXPECT_DOUBLE_EQ(widget->GetProperty()->GetColor()[1], 0.9);
+    EXPECT_EQ(caption()->GetCaptionTextProperty()->GetFontSize(), 12);
+    EXPECT_DOUBLE_EQ(homeMarker()->GetProperty()->GetColor()[0], 0.6);
+    EXPECT_NEAR(homeMarker()->GetBounds()[5] - homeMarker()->GetBounds()[4], 4000.0, 1.0);
+    EXPECT_NEAR(pointMarker()->GetProperty()->GetColor()[0], 0.2, 1e-6);
+    EXPECT_DOUBLE_EQ(pointMarker()->GetPosition()[2], 5000.0);
+    widget->SetEnabled(0);
+    EXPECT_FALSE(pointMarker()->GetVisibility());
+}

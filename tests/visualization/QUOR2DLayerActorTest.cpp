@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include "QUOR2DLayerActor.h"
+
+#include "OffscreenScene.h"
+
+#include <vtkActor.h>
+#include <vtkCamera.h>
+#include <vtkPlaneSource.h>
+#include <vtkPolyDataMapper.h>
+#include <vtkPropAssembly.h>
+#include <vtkProperty.h>
+
+namespace {
+
+using Rgb = std::array<int, 3>;
+
+/// An unlit square of side 2 round the origin at height z.
+vtkSmartPointer<vtkActor> makeSquare(const Rgb& color, double z) {
+    vtkNew<vtkPlaneSource> plane;
+    plane->SetOrigin(-1, -1, 0);
+    plane->SetPoint1(1, -1, 0);
+    plane->SetPoint2(-1, 1, 0);
+    vtkNew<vtkPolyDataMapper> mapper;
+    mapper->SetInputConnection(plane->GetOutputPort());
+    auto actor = vtkSmartPointer<vtkActor>::New();
+    actor->SetMapper(mapper);
+    actor->SetPosition(0, 0, z);
+    actor->GetProperty()->SetColor(color[0] / 255.0, color[1] / 255.0, color[2] / 255.0);
+    actor->GetProperty()->LightingOff();
+    return actor;
+}
+
+constexpr Rgb RED{255, 0, 0};
+constexpr Rgb GREEN{0, 255, 0};
+constexpr Rgb BLUE{0, 0, 255};
+constexpr Rgb BLACK{0, 0, 0};
+
+} // namespace
+
+/// Seen from above in parallel, 40 pixels a unit; the window's middle is the origin.
+class QUOR2DLayerActorTest : public OffscreenScene {
+protected:
+    void SetUp() override {
+        OffscreenScene::SetUp();
+        vtkCamera* camera = renderer->GetActiveCamera();
+        camera->ParallelProjectionOn();
+        camera->SetParallelScale(5.0);
+        camera->SetPosition(0, 0, 10);
+        camera->SetFocalPoint(0, 0, 0);
+        camera->SetClippingRange(1, 30);
+    }
+
+    Rgb colorAt(double x, double y) {
+        return pixel(SIDE / 2 + static_cast<int>(x * 40), SIDE / 2 + static_cast<int>(y * 40));
+    }
+
+    vtkNew<QUOR2DLayerActor> layer;
+};
+
+TEST_F(QUOR2DLayerActorTest, IsNeverHiddenAndHidesNothingForGood) {
+    for (const double opacity : {1.0, 0.999}) {
+        SCOPED_TRACE(opacity);
+        renderer->RemoveAllViewProps();
+        vtkNew<QUOR2DLayerActor> flat;
+        const auto under = makeSquare(RED, 0.0);
+        const auto over = makeSquare(GREEN, -1.0);
+        over->SetPosition(1.0, 0.0, -1.0);
+        flat->AddPart(under);
+        flat->AddPart(over);
+        under->GetProperty()->SetOpacity(opacity);
+        over->GetProperty()->SetOpacity(opacity);
+        renderer->AddViewProp(makeSquare(BLUE, 5.0));
+        renderer->AddViewProp(flat);
+        const auto later = makeSquare(BLUE, -5.0);
+        later->SetScale(4.0, 4.0, 1.0);
+        renderer->AddViewProp(later);
+        window->Render();
+        // Parts cover each other in the order they were added, whatever lies above them ...
+        EXPECT_GE(colorAt(-0.5, 0.0)[0], 254);
+        EXPECT_GE(colorAt(0.5, 0.0)[1], 254);
+        // ... and the depth test is on again for what follows: hidden by the blue square, in front of
+        // nothing.
+        EXPECT_EQ(colorAt(3.5, 0.0), BLUE);
+        renderer->RemoveViewProp(flat);
+        renderer->AddViewProp(makeSquare(RED, 4.0));
+        window->Render();
+        EXPECT_EQ(colorAt(0.0, 0.0), BLUE);
+    }
+}
+
+TEST_F(QUOR2DLayerActorTest, ScaleAndPositionMoveTheParts) {
+    const auto square = makeSquare(RED, 0.0);
+    layer->AddPart(square);
+    vtkNew<vtkPropAssembly> assembly;
+    for (const bool nested : {false, true}) {
+        SCOPED_TRACE(nested ? "under an assembly" : "in the renderer");
+        renderer->RemoveAllViewProps();
+        if (nested) {
+            assembly->AddPart(layer);
+            renderer->AddViewProp(assembly);
+        } else {
+            renderer->AddViewProp(layer);
+        }
+        layer->SetScale(1.0, 1.0, 1.0);
+        layer->SetPosition(0.0, 0.0, 0.0);
+        window->Render();
+        EXPECT_EQ(colorAt(0.0, 0.0), RED);
+
+        layer->SetScale(2.0, 0.5, 1.0);
+        layer->SetPosition(2.0, 3.0, 0.0);
+        window->Render();
+        EXPECT_EQ(colorAt(0.0, 0.0), BLACK);
+        EXPECT_EQ(colorAt(0.5, 3.0), RED);
+        EXPECT_EQ(colorAt(3.5, 3.3), RED);
+        EXPECT_EQ(colorAt(2.0, 3.7), BLACK);
+        const std::array<double, 6> expected{0.0, 4.0, 2.5, 3.5, 0.0, 0.0};
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            EXPECT_DOUBLE_EQ(layer->GetBounds()[i], expected[i]);
+    }
+}
+
+TEST_F(QUOR2DLayerActorTest, KeepsItsPartsUnmodifiedBetweenImages) {
+    const auto square = makeSquare(RED, 0.0);
+    layer->AddPart(square);
+    layer->SetPosition(1.0, 0.0, 0.0);
+    renderer->AddViewProp(layer);
+    window->Render();
+    const vtkMTimeType before = square->GetMTime();
+    window->Render();
+    EXPECT_EQ(square->GetMTime(), before);
+}
+
+TEST_F(QUOR2DLayerActorTest, ACopySharesThePartsAndHasItsOwnPlace) {
+    layer->AddPart(makeSquare(RED, 0.0));
+    layer->SetPosition(1.0, 0.0, 0.0);
+    vtkNew<QUOR2DLayerActor> copy;
+    copy->ShallowCopy(layer);
+    EXPECT_EQ(copy->GetAssembly(), layer->GetAssembly());
+    copy->SetPosition(-3.0, 0.0, 0.0);
+    renderer->AddViewProp(layer);
+    renderer->AddViewProp(copy);
+    window->Render();
+    EXPECT_EQ(colorAt(1.5, 0.0), RED);
+    EXPECT_EQ(colorAt(-3.5, 0.0), RED);
+    EXPECT_EQ(colorAt(-1.0, 0.0), BLACK);
+}
