@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <vtkSmartPointer.h>
+
+#include <QByteArray>
+
+#include <array>
+
+class vtkCallbackCommand;
+class vtkOpenGLFramebufferObject;
+class vtkOpenGLRenderWindow;
+class vtkRenderer;
+
+/// Draws the static part of a scene once. Of two renderers in one window, `statics` comes first and clears,
+/// `rest` draws over it and keeps colour and depth. After the first has drawn, both buffers are copied to a
+/// framebuffer of our own; while the key stays the same, later images copy them back and leave the first
+/// renderer out. The pixels are those of a full drawing.
+///
+/// Owned by whoever owns the renderers; the window must have its last render behind it when this dies.
+/// Main thread only. Without multisampling, which a copy of depth would not survive.
+class QUORStaticSnapshot {
+public:
+    QUORStaticSnapshot(vtkRenderer* statics, vtkRenderer* rest);
+    ~QUORStaticSnapshot();
+    QUORStaticSnapshot(const QUORStaticSnapshot&) = delete;
+    QUORStaticSnapshot& operator=(const QUORStaticSnapshot&) = delete;
+
+    /// Before each render: the identity of everything that the static part's pixels depend on but the
+    /// window's size. An empty key means that there is nothing worth keeping.
+    void prepare(const QByteArray& key);
+    /// Gives the copy and its memory back.
+    void drop();
+    /// True when the next render copies instead of drawing.
+    bool isValid() const { return !_heldKey.isEmpty() && _heldKey == _wantedKey; }
+
+private:
+    void onRestStarts();
+    vtkOpenGLRenderWindow* window() const;
+    bool provideFramebuffer();
+    void copy(vtkOpenGLFramebufferObject* from, vtkOpenGLFramebufferObject* to);
+
+    vtkRenderer* _statics;
+    vtkRenderer* _rest;
+    vtkSmartPointer<vtkCallbackCommand> _starter;
+    unsigned long _starterTag = 0;
+    vtkSmartPointer<vtkOpenGLFramebufferObject> _kept;
+    std::array<int, 2> _size{};
+    QByteArray _heldKey;
+    QByteArray _wantedKey;
+};
