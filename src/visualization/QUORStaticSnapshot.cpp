@@ -1,12 +1,107 @@
 // SPDX-License-Identifier: MIT
 #include "QUORStaticSnapshot.h"
 
+#include <QDataStream>
+#include <QIODevice>
+
+#include <vtkActor.h>
+#include <vtkAssemblyNode.h>
+#include <vtkAssemblyPath.h>
 #include <vtkCallbackCommand.h>
+#include <vtkCamera.h>
+#include <vtkLight.h>
+#include <vtkLightCollection.h>
+#include <vtkMapper.h>
+#include <vtkMatrix4x4.h>
 #include <vtkOpenGLFramebufferObject.h>
 #include <vtkOpenGLRenderWindow.h>
 #include <vtkOpenGLState.h>
+#include <vtkPolyData.h>
+#include <vtkPropCollection.h>
+#include <vtkProperty.h>
 #include <vtkRenderer.h>
+#include <vtkTexture.h>
 #include <vtk_glew.h>
+
+namespace {
+
+void addNumbers(QDataStream& key, const double* values, int count) {
+    for (int i = 0; i < count; ++i) {
+        key << values[i];
+    }
+}
+
+void addObject(QDataStream& key, vtkObject* object) {
+    key << quintptr(object) << quint64(object != nullptr ? object->GetMTime() : 0);
+}
+
+/// Drawing in an assembly touches the actor's own time of change, so that only what it is made of counts.
+void addActor(QDataStream& key, vtkActor* actor) {
+    vtkMapper* mapper = actor->GetMapper();
+    addObject(key, actor->GetProperty());
+    addObject(key, mapper);
+    addObject(key, mapper != nullptr ? mapper->GetInputDataObject(0, 0) : nullptr);
+    addObject(key, actor->GetTexture());
+    addObject(key, actor->GetTexture() != nullptr ? actor->GetTexture()->GetInputDataObject(0, 0) : nullptr);
+}
+
+/// False when nothing of the prop is visible.
+bool addProp(QDataStream& key, vtkProp* prop) {
+    bool any = false;
+    prop->InitPathTraversal();
+    while (vtkAssemblyPath* path = prop->GetNextPath()) {
+        vtkAssemblyNode* leaf = path->GetLastNode();
+        vtkProp* part = leaf->GetViewProp();
+        if (part->GetVisibility() == 0) {
+            continue;
+        }
+        any = true;
+        key << quintptr(part);
+        if (leaf->GetMatrix() != nullptr) {
+            addNumbers(key, leaf->GetMatrix()->GetData(), 16);
+        }
+        if (auto* actor = vtkActor::SafeDownCast(part)) {
+            addActor(key, actor);
+        } else {
+            key << quint64(part->GetRedrawMTime());
+        }
+    }
+    return any;
+}
+
+void addView(QDataStream& key, vtkRenderer* renderer) {
+    vtkCamera* camera = renderer->GetActiveCamera();
+    addNumbers(key, camera->GetPosition(), 3);
+    addNumbers(key, camera->GetFocalPoint(), 3);
+    addNumbers(key, camera->GetViewUp(), 3);
+    addNumbers(key, camera->GetClippingRange(), 2);
+    key << camera->GetViewAngle();
+    addNumbers(key, renderer->GetBackground(), 3);
+    vtkCollectionSimpleIterator position;
+    renderer->GetLights()->InitTraversal(position);
+    while (vtkLight* light = renderer->GetLights()->GetNextLight(position)) {
+        addNumbers(key, light->GetPosition(), 3);
+        addNumbers(key, light->GetFocalPoint(), 3);
+        addNumbers(key, light->GetDiffuseColor(), 3);
+        key << light->GetIntensity() << light->GetSwitch();
+    }
+}
+
+/// Everything that the renderer's pixels depend on but the window's size; empty when it draws nothing.
+QByteArray makeKey(vtkRenderer* renderer) {
+    QByteArray bytes;
+    QDataStream key(&bytes, QIODevice::WriteOnly);
+    bool any = false;
+    vtkCollectionSimpleIterator position;
+    renderer->GetViewProps()->InitTraversal(position);
+    while (vtkProp* prop = renderer->GetViewProps()->GetNextProp(position)) {
+        any = (prop->GetVisibility() != 0 && addProp(key, prop)) || any;
+    }
+    addView(key, renderer);
+    return any ? bytes : QByteArray();
+}
+
+} // namespace
 
 QUORStaticSnapshot::QUORStaticSnapshot(vtkRenderer* statics, vtkRenderer* rest)
     : _statics(statics), _rest(rest), _starter(vtkSmartPointer<vtkCallbackCommand>::New()) {
@@ -28,10 +123,10 @@ vtkOpenGLRenderWindow* QUORStaticSnapshot::window() const {
     return vtkOpenGLRenderWindow::SafeDownCast(_rest->GetRenderWindow());
 }
 
-void QUORStaticSnapshot::prepare(const QByteArray& key) {
-    _wantedKey = key;
+void QUORStaticSnapshot::prepare() {
+    _wantedKey = makeKey(_statics);
     const int* size = window()->GetSize();
-    if (_kept != nullptr && (key.isEmpty() || size[0] != _size[0] || size[1] != _size[1])) {
+    if (_kept != nullptr && (_wantedKey.isEmpty() || size[0] != _size[0] || size[1] != _size[1])) {
         drop();
     }
     _statics->SetDraw(!isValid());

@@ -14,8 +14,9 @@ class vtkRenderer;
 
 /// Draws the static part of a scene once. Of two renderers in one window, `statics` comes first and clears,
 /// `rest` draws over it and keeps colour and depth. After the first has drawn, both buffers are copied to a
-/// framebuffer of our own; while the key stays the same, later images copy them back and leave the first
-/// renderer out. The pixels are those of a full drawing.
+/// framebuffer of our own; while nothing changes that its pixels depend on (geometry, textures, places,
+/// camera with its near and far plane, lights, background, window size), later images copy them back and
+/// leave the first renderer out. The pixels are those of a full drawing.
 ///
 /// Owned by whoever owns the renderers; the window must have its last render behind it when this dies.
 /// Main thread only. Without multisampling, which a copy of depth would not survive.
@@ -26,9 +27,8 @@ public:
     QUORStaticSnapshot(const QUORStaticSnapshot&) = delete;
     QUORStaticSnapshot& operator=(const QUORStaticSnapshot&) = delete;
 
-    /// Before each render: the identity of everything that the static part's pixels depend on but the
-    /// window's size. An empty key means that there is nothing worth keeping.
-    void prepare(const QByteArray& key);
+    /// Before each render, when camera and props are as they will be drawn.
+    void prepare();
     /// Gives the copy and its memory back.
     void drop();
     /// True when the next render copies instead of drawing.
