@@ -133,7 +133,7 @@ void QUORBackgroundSettings::load() {
 void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
     const QString text = reader.readText(OUTPUT_FORMAT, QUORExportSettings::getDefaultOutputFormatString());
     _outputFormat = QUORExportSettings::getOutputFormatFromString(text);
-    const QString subject = _fileName + QStringLiteral(" format");
+    const QString subject = QStringLiteral("format ") + _fileName;
     if (_outputFormat == QUORExportSettings::UnknownFormat) {
         QUORLogOnce::logWarning(
             subject, QStringLiteral("Settings file ") + _fileName + QStringLiteral(": ") + OUTPUT_FORMAT +
@@ -147,17 +147,17 @@ void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
 
 // Asked of the system, because a folder that may not be searched makes a file look as if it were missing.
 void QUORBackgroundSettings::checkReadable() const {
+    const QString subject = QStringLiteral("read ") + _fileName;
     const int fd = ::open(QFile::encodeName(_fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd >= 0) {
         ::close(fd);
     }
-    if (fd >= 0 || errno == ENOENT || errno == ENOTDIR) {
-        QUORLogOnce::forget(_fileName);
+    if (fd >= 0 || errno == ENOENT) {
+        QUORLogOnce::forget(subject);
         return;
     }
-    QUORLogOnce::logError(_fileName, QStringLiteral("Background settings cannot be read from ") + _fileName +
-                                         QStringLiteral(", using defaults: ") +
-                                         QString::fromLocal8Bit(std::strerror(errno)));
+    QUORLogOnce::logError(subject, QStringLiteral("Background settings cannot be read from ") + _fileName +
+                                       QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno)));
 }
 
 void QUORBackgroundSettings::save() const {

@@ -46,14 +46,20 @@ struct Number<double> {
 
 } // namespace
 
+// The settings layer parses a section when it is asked for a key of it, and then misses keys such as
+// `list\1\x` that stand before the first section: both constructors have all sections parsed at once.
 QUORSettingsReader::QUORSettingsReader(QSettings& settings)
-    : _settings(&settings), _levels{Level{{QString()}, {}, true}} {}
+    : _settings(&settings), _levels{Level{{QString()}, {}, true}} {
+    _settings->allKeys();
+}
 
 QUORSettingsReader::QUORSettingsReader(const QString& applicationName)
     : _owned(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
                                          QUORSystem::ORGANIZATION_NAME, applicationName)),
       _settings(_owned.get()),
-      _levels{Level{{QString()}, {}, true}} {}
+      _levels{Level{{QString()}, {}, true}} {
+    _settings->allKeys();
+}
 
 QUORSettingsReader::~QUORSettingsReader() {
     // A format error shows only while a changed file is parsed, so it is said once for each change.
@@ -136,11 +142,26 @@ std::optional<QUORSettingsReader::Found> QUORSettingsReader::find(const QString&
         const FallbackSwitch fallbacks(*_settings, packaged);
         for (const QString& prefix : level.prefixes) {
             if (_settings->contains(prefix + key)) {
-                return Found{prefix + key, _settings->value(prefix + key), !packaged};
+                const Found found{prefix + key, _settings->value(prefix + key), !packaged};
+                reportRivals(found, key);
+                return found;
             }
         }
     }
     return std::nullopt;
+}
+
+// Who adds a section by hand beside a saved one must learn that it does not count.
+void QUORSettingsReader::reportRivals(const Found& found, const QString& key) const {
+    for (const QString& prefix : _levels.constLast().prefixes) {
+        const QString other = prefix + key;
+        if (other != found.key && _settings->contains(other) && _settings->value(other) != found.value) {
+            QUORLogOnce::logWarning(
+                QStringLiteral("rival ") + _settings->fileName() + other,
+                QStringLiteral("Settings file ") + _settings->fileName() + QStringLiteral(" sets ") + key +
+                    QStringLiteral(" twice; what stands in the section [%General] counts"));
+        }
+    }
 }
 
 bool QUORSettingsReader::contains(const QString& key) const {

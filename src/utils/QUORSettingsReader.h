@@ -79,6 +79,7 @@ private:
     };
 
     std::optional<Found> find(const QString& key) const;
+    void reportRivals(const Found& found, const QString& key) const;
     /// The warning about a value, or its end once the value is good.
     void report(const Found& found, const QString& problem) const;
     QString nameFile(const Found& found) const;

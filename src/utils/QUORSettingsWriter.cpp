@@ -113,13 +113,14 @@ bool QUORSettingsWriter::commit() {
     }
     const QFileInfo file(_settings.fileName());
     const QString fileName = file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
+    const QString subject = QStringLiteral("save ") + fileName;
     const QString error = store(fileName);
     if (!error.isEmpty()) {
-        QUORLogOnce::logError(fileName, QStringLiteral("Settings could not be saved to ") + fileName +
-                                            QStringLiteral(": ") + error);
+        QUORLogOnce::logError(subject, QStringLiteral("Settings could not be saved to ") + fileName +
+                                           QStringLiteral(": ") + error);
         return false;
     }
-    QUORLogOnce::forget(fileName);
+    QUORLogOnce::forget(subject);
     _settings.sync();
     return true;
 }

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#include "QUORSettingsReader.h"
+
+#include "LogCapture.h"
+#include "ScratchHome.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+void writePackaged(const QString& text) {
+    const QString folder = QFile::decodeName(qgetenv("XDG_CONFIG_DIRS")) + QStringLiteral("/QUOR");
+    QDir().mkpath(folder);
+    QFile file(folder + QStringLiteral("/Packaged.conf"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(text.toUtf8());
+}
+
+TEST(QUORSettingsReaderTest, ReadsHandWrittenValues) {
+    enum Type { Bool, Int, Double, Text };
+    const struct {
+        const char* name;
+        const char* written;
+        Type type;
+        const char* expected;
+        bool warns;
+    } rows[] = {
+        {"yes", "yes", Bool, "1", false},
+        {"off", "OFF", Bool, "0", false},
+        {"zero", "0", Bool, "0", false},
+        {"noBool", "maybe", Bool, "1", true},
+        {"emptyBool", "", Bool, "1", true},
+        {"int", "-12", Int, "-12", false},
+        {"fraction", "180.5", Int, "7", true},
+        {"unit", "180s", Int, "7", true},
+        {"tooLong", "99999999999", Int, "7", true},
+        {"emptyInt", "", Int, "7", true},
+        {"double", "2.5", Double, "2.5", false},
+        {"decimalComma", "2,5", Double, "0.5", true},
+        {"nan", "nan", Double, "0.5", true},
+        {"infinite", "inf", Double, "0.5", true},
+        {"list", "/data/a,b/c", Text, "/data/a,b/c", false},
+        {"quoted", "\"/data/a;b, c\"", Text, "/data/a;b, c", false},
+        {"emptyText", "", Text, "", false},
+        {"utf8", "Jyväskylä", Text, "Jyväskylä", false},
+    };
+    QString file = QStringLiteral("[GROUP]\n");
+    for (const auto& row : rows) {
+        file += QString::fromUtf8(row.name) + QLatin1Char('=') + QString::fromUtf8(row.written) +
+                QLatin1Char('\n');
+    }
+    ScratchHome::writeSettings(QStringLiteral("Values.conf"), file);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const LogCapture log;
+        const QString key = QString::fromUtf8(row.name);
+        QString value;
+        for (int load = 0; load < 2; ++load) {
+            QUORSettingsReader reader(QStringLiteral("Values"));
+            reader.beginGroup(QStringLiteral("GROUP"));
+            value = row.type == Bool     ? QString::number(int(reader.readBool(key, true)))
+                    : row.type == Int    ? QString::number(reader.readInt(key, 7))
+                    : row.type == Double ? QString::number(reader.readDouble(key, 0.5))
+                                         : reader.readText(key, QStringLiteral("default"));
+        }
+        EXPECT_EQ(value, QString::fromUtf8(row.expected));
+        EXPECT_EQ(log.count(QStringLiteral("Values.conf: GROUP/") + key), row.warns ? 1 : 0);
+    }
+}
+
+TEST(QUORSettingsReaderTest, WarnsAgainWhenAValueTurnsBadAgain) {
+    const LogCapture log;
+    for (const char* text : {"size=big", "size=big", "size=1600", "size=big"}) {
+        ScratchHome::writeSettings(QStringLiteral("Again.conf"), QString::fromLatin1(text));
+        QUORSettingsReader(QStringLiteral("Again")).readInt(QStringLiteral("size"), 1);
+    }
+    EXPECT_EQ(log.count(QStringLiteral("size=big is not a whole number, using the default 1")), 2);
+}
+
+TEST(QUORSettingsReaderTest, KeepsNumbersInTheirRange) {
+    ScratchHome::writeSettings(QStringLiteral("Ranges.conf"),
+                               QStringLiteral("low=-3\nhigh=100000\ngood=12\nopacity=100.5\n"));
+    const LogCapture log;
+    QUORSettingsReader reader(QStringLiteral("Ranges"));
+    EXPECT_EQ(reader.readInt(QStringLiteral("low"), 1600, 1, 16384), 1600);
+    EXPECT_EQ(reader.readInt(QStringLiteral("high"), 1600, 1, 16384), 1600);
+    EXPECT_EQ(reader.readInt(QStringLiteral("good"), 1600, 1, 16384), 12);
+    EXPECT_EQ(reader.readInt(QStringLiteral("missing"), 0, 1, 16384), 0);
+    EXPECT_EQ(reader.readIntClamped(QStringLiteral("low"), 4, 1, 10), 1);
+    EXPECT_EQ(reader.readDoubleClamped(QStringLiteral("opacity"), 1.0, 0.0, 100.0), 100.0);
+    EXPECT_TRUE(log.contains(QStringLiteral("high=100000 is out of range, using 1600")));
+}
+
+TEST(QUORSettingsReaderTest, FindsTheGeneralGroupInEveryForm) {
+    const struct {
+        const char* name;
+        const char* text;
+        const char* expected;
+    } rows[] = {
+        {"handWritten", "[GENERAL]\nkey=a\n", "a"},
+        {"saved", "[%General]\nkey=b\n", "b"},
+        {"withoutGroup", "key=c\n", "c"},
+        {"savedAndHandWritten", "[GENERAL]\nkey=a\n[%General]\nkey=b\n", "b"},
+        {"otherGroup", "[OTHER]\nkey=d\n", "none"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const LogCapture log;
+        ScratchHome::writeSettings(QString::fromLatin1(row.name) + QStringLiteral(".conf"),
+                                   QString::fromLatin1(row.text));
+        QUORSettingsReader reader(QString::fromLatin1(row.name));
+        reader.beginGroup(QStringLiteral("GENERAL"));
+        EXPECT_EQ(reader.readText(QStringLiteral("key"), QStringLiteral("none")),
+                  QString::fromLatin1(row.expected));
+        EXPECT_EQ(log.contains(QStringLiteral("sets key twice")),
+                  qstrcmp(row.name, "savedAndHandWritten") == 0);
+    }
+}
+
+TEST(QUORSettingsReaderTest, TakesAnArrayFromOneFile) {
+    writePackaged(QStringLiteral("[%General]\nkey=packaged\nonly=packaged\n[A]\n"
+                                 "a\\size=2\na\\1\\x=10\na\\2\\x=20\nb\\size=1\nb\\1\\x=30\n"));
+    ScratchHome::writeSettings(QStringLiteral("Packaged.conf"),
+                               QStringLiteral("key=user\n[A]\na\\size=2\na\\1\\x=1\n"));
+    QUORSettingsReader reader(QStringLiteral("Packaged"));
+    const QString x = QStringLiteral("x");
+    reader.beginGroup(QStringLiteral("GENERAL"));
+    EXPECT_EQ(reader.readText(QStringLiteral("key"), {}), QStringLiteral("user"));
+    EXPECT_EQ(reader.readText(QStringLiteral("only"), {}), QStringLiteral("packaged"));
+    reader.endGroup();
+    reader.beginGroup(QStringLiteral("A"));
+    EXPECT_EQ(reader.beginReadArray(QStringLiteral("a"), 4), 2);
+    reader.setArrayIndex(0);
+    EXPECT_EQ(reader.readInt(x, -1), 1);
+    reader.setArrayIndex(1);
+    EXPECT_EQ(reader.readInt(x, -1), -1) << "an element of another file";
+    reader.endArray();
+    EXPECT_EQ(reader.beginReadArray(QStringLiteral("b"), 4), 1);
+    reader.setArrayIndex(0);
+    EXPECT_EQ(reader.readInt(x, -1), 30);
+    reader.endArray();
+    reader.endGroup();
+}
+
+TEST(QUORSettingsReaderTest, BoundsArraysByWhatTheFileHolds) {
+    ScratchHome::writeSettings(QStringLiteral("Bounds.conf"),
+                               QStringLiteral("huge\\size=2000000000\nhuge\\1\\x=1\nhuge\\3\\x=3\n"
+                                              "less\\size=1\nless\\1\\x=1\nless\\2\\x=2\n"
+                                              "negative\\size=-5\nnegative\\1\\x=1\n"));
+    const struct {
+        const char* name;
+        int held;
+        int cut;
+    } rows[] = {{"huge", 3, 2}, {"less", 1, 1}, {"negative", 0, 0}, {"missing", 0, 0}};
+    QUORSettingsReader reader(QStringLiteral("Bounds"));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(reader.beginReadArray(QString::fromLatin1(row.name)), row.held);
+        reader.endArray();
+        EXPECT_EQ(reader.beginReadArray(QString::fromLatin1(row.name), 2), row.cut);
+        reader.endArray();
+    }
+}
+
+} // namespace

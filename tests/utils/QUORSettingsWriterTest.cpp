@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+#include "QUORSettingsWriter.h"
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+namespace {
+
+class QUORSettingsWriterTest : public testing::Test {
+protected:
+    QString path(const QString& name = QStringLiteral("a/b/test.conf")) const { return _dir.filePath(name); }
+
+    void put(const QByteArray& text) {
+        QDir().mkpath(QFileInfo(path()).path());
+        QFile file(path());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(text);
+    }
+    QByteArray content() const {
+        QFile file(path());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    bool save(const QString& group, const QString& key, const QUORSettingsWriter::Value& value) {
+        QSettings settings(path(), QSettings::NativeFormat);
+        QUORSettingsWriter writer(settings, group);
+        writer.write(key, value);
+        const bool good = writer.commit();
+        if (good) {
+            EXPECT_TRUE(settings.contains(group + QLatin1Char('/') + key));
+        }
+        return good;
+    }
+
+    QTemporaryDir _dir;
+};
+
+const QString GROUP = QStringLiteral("MINE");
+const QString KEY = QStringLiteral("key");
+
+TEST_F(QUORSettingsWriterTest, MakesPrivateFilesWhateverTheMask) {
+    const mode_t previous = ::umask(0);
+    EXPECT_TRUE(save(GROUP, KEY, QStringLiteral("a, b")));
+    ::umask(previous);
+    const struct {
+        QString path;
+        mode_t mode;
+    } rows[] = {{path(QStringLiteral("a")), 0700}, {path(QStringLiteral("a/b")), 0700}, {path(), 0600}};
+    for (const auto& row : rows) {
+        struct stat info {};
+        ASSERT_EQ(::stat(qPrintable(row.path), &info), 0);
+        EXPECT_EQ(info.st_mode & 0777, row.mode) << qPrintable(row.path);
+    }
+    EXPECT_EQ(content(), "[MINE]\nkey=\"a, b\"\n");
+    EXPECT_EQ(QDir(path(QStringLiteral("a/b"))).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+TEST_F(QUORSettingsWriterTest, LeavesEqualFilesAndOtherGroupsAlone) {
+    const QByteArray text = "; a comment\n[MINE]\nkey=5.0\n[OTHER]\nkey=yes\n";
+    put(text);
+    EXPECT_TRUE(save(GROUP, KEY, 5.0));
+    EXPECT_TRUE(save(QStringLiteral("OTHER"), KEY, true));
+    EXPECT_EQ(content(), text);
+    EXPECT_TRUE(save(GROUP, KEY, 6));
+    EXPECT_EQ(content(), "[MINE]\nkey=6\n\n[OTHER]\nkey=yes\n");
+}
+
+TEST_F(QUORSettingsWriterTest, KeepsEditsOfOthersAndShowsItsOwn) {
+    put("[MINE]\nkey=1\n");
+    QSettings living(path(), QSettings::NativeFormat);
+    ASSERT_EQ(living.value(QStringLiteral("MINE/key")).toInt(), 1);
+    put("[EDITOR]\nother=2\n[MINE]\nkey=1\n");
+    QUORSettingsWriter writer(living, GROUP);
+    writer.write(KEY, 3);
+    EXPECT_TRUE(writer.commit());
+    EXPECT_EQ(content(), "[EDITOR]\nother=2\n\n[MINE]\nkey=3\n");
+    // The same size within one tick of the file system's clock.
+    for (int value = 4; value < 10; ++value) {
+        EXPECT_TRUE(save(GROUP, KEY, value));
+        EXPECT_EQ(QSettings(path(), QSettings::NativeFormat).value(QStringLiteral("MINE/key")).toInt(),
+                  value);
+    }
+}
+
+TEST_F(QUORSettingsWriterTest, ReplacesArraysAsAWhole) {
+    put("[MINE]\nlist\\size=3\nlist\\1\\x=1\nlist\\2\\x=2\nlist\\3\\x=3\nlist\\3\\y=3\n");
+    QSettings settings(path(), QSettings::NativeFormat);
+    QUORSettingsWriter writer(settings, GROUP);
+    writer.beginWriteArray(QStringLiteral("list"), 1);
+    writer.setArrayIndex(0);
+    writer.write(QStringLiteral("x"), 1);
+    writer.endArray();
+    writer.write(KEY, false);
+    EXPECT_TRUE(writer.commit());
+    EXPECT_EQ(content(), "[MINE]\nkey=false\nlist\\1\\x=1\nlist\\size=1\n");
+}
+
+TEST_F(QUORSettingsWriterTest, LeavesOneCopyOfTheGeneralGroup) {
+    put("key=old\nkept=x\n[GENERAL]\nkey=older\n[%General]\nkey=oldest\nother=y\n[%47ENERAL]\nkey=hidden\n");
+    QSettings settings(path(), QSettings::NativeFormat);
+    QUORSettingsWriter writer(settings, QStringLiteral("GENERAL"));
+    writer.write(KEY, QStringLiteral("new"));
+    EXPECT_TRUE(writer.commit());
+    EXPECT_EQ(content(), "[General]\nkept=x\n\n[%General]\nkey=new\nother=y\n");
+}
+
+TEST_F(QUORSettingsWriterTest, SparesFilesThatItDoesNotUnderstand) {
+    const QByteArray text = "[MINE]\nkey=1\na line of prose\n";
+    put(text);
+    const LogCapture log;
+    EXPECT_FALSE(save(GROUP, KEY, 2));
+    EXPECT_FALSE(save(GROUP, KEY, 2));
+    EXPECT_EQ(content(), text);
+    EXPECT_EQ(log.count(QStringLiteral("Settings could not be saved to ") + path()), 1);
+}
+
+TEST_F(QUORSettingsWriterTest, ForgetsAFailedSave) {
+    QFile obstacle(path(QStringLiteral("a")));
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
+    const LogCapture log;
+    EXPECT_FALSE(save(GROUP, KEY, 2));
+    EXPECT_FALSE(save(GROUP, KEY, 2));
+    EXPECT_EQ(log.count(QStringLiteral("E: Settings could not be saved")), 1);
+    ASSERT_TRUE(obstacle.remove());
+    put("[MINE]\nkey=7\n");
+    EXPECT_TRUE(save(QStringLiteral("OTHER"), KEY, 1));
+    EXPECT_EQ(content(), "[MINE]\nkey=7\n\n[OTHER]\nkey=1\n");
+}
+
+TEST_F(QUORSettingsWriterTest, GivesUpOnALockThatSomebodyKeeps) {
+    put("[MINE]\nkey=1\n");
+    QLockFile lock(path() + QStringLiteral(".lock"));
+    ASSERT_TRUE(lock.lock());
+    const LogCapture log;
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_FALSE(save(GROUP, KEY, 2));
+    EXPECT_LT(timer.elapsed(), 10000);
+    EXPECT_TRUE(log.contains(QStringLiteral("another program keeps its lock file")));
+    lock.unlock();
+    EXPECT_TRUE(save(GROUP, KEY, 2));
+}
+
+TEST_F(QUORSettingsWriterTest, WritesThroughALink) {
+    put("[MINE]\nkey=1\n");
+    ASSERT_TRUE(QFile::rename(path(), path(QStringLiteral("a/real.conf"))));
+    ASSERT_TRUE(QFile::link(path(QStringLiteral("a/real.conf")), path()));
+    EXPECT_TRUE(save(GROUP, KEY, 2));
+    EXPECT_TRUE(QFileInfo(path()).isSymLink());
+    EXPECT_EQ(content(), "[MINE]\nkey=2\n");
+}
+
+} // namespace
