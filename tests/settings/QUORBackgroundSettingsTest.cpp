@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+#include "QUORBackgroundSettings.h"
+
+#include "LogCapture.h"
+#include "ScratchHome.h"
+
+#include "QUORConfig.h"
+#include "QUORSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+namespace {
+
+class QUORBackgroundSettingsTest : public testing::Test {
+protected:
+    QUORBackgroundSettingsTest() { qputenv(QUORBackgroundSettings::FILE_VARIABLE, path().toLocal8Bit()); }
+    ~QUORBackgroundSettingsTest() override { qunsetenv(QUORBackgroundSettings::FILE_VARIABLE); }
+
+    QString path() const { return _dir.filePath(QStringLiteral("quor3dd.conf")); }
+    void put(const QString& lines) const {
+        QFile file(path());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(QByteArray("[BACKGROUND]\n") + lines.toUtf8());
+    }
+    static QStringList products(const QUORBackgroundSettings& settings) {
+        QStringList names;
+        for (const QString& configuration : QUORBackgroundSettings::getAllConfigurations()) {
+            names.append(settings.get2DProduct(configuration));
+        }
+        return names;
+    }
+
+    ScratchHome _home;
+    QTemporaryDir _dir;
+};
+
+const QString SRI = QStringLiteral("SRI");
+
+TEST_F(QUORBackgroundSettingsTest, HasDefaults) {
+    const LogCapture log;
+    const QUORBackgroundSettings settings;
+    EXPECT_FALSE(settings.isActivated());
+    EXPECT_EQ(settings.getDirectory(), QStringLiteral("."));
+    EXPECT_EQ(settings.getOutputFormat(), QUORExportSettings::Tiff);
+    EXPECT_EQ(settings.getOutputFileExtension(), QStringLiteral(".tiff"));
+    EXPECT_EQ(settings.getDisplayStateName(), QStringLiteral("Default"));
+    EXPECT_EQ(settings.getViewAngleName(), QStringLiteral("Default"));
+    EXPECT_EQ(settings.getWidth(), 1600);
+    EXPECT_EQ(settings.getHeight(), 1200);
+    EXPECT_EQ(products(settings), (QStringList{SRI, SRI, SRI, SRI}));
+    EXPECT_EQ(settings.get2DProduct(QStringLiteral("X")), QString());
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Loading background settings from ") + path() +
+                             QStringLiteral(", status: 0")));
+    EXPECT_FALSE(log.contains(QStringLiteral("E: ")) || log.contains(QStringLiteral("W: ")));
+}
+
+TEST_F(QUORBackgroundSettingsTest, ReadsHandWrittenFiles) {
+    put(QStringLiteral("activated=yes\ndirectory=/images/a,b\noutputformat=png\nwidth=0\nheight=100000\n"
+                       "products\\1\\product=VIL\nproducts\\3\\product=(none)\nproducts\\size=1\n"));
+    const LogCapture log;
+    QUORBackgroundSettings settings;
+    settings.load();
+    EXPECT_TRUE(settings.isActivated());
+    EXPECT_EQ(settings.getDirectory(), QStringLiteral("/images/a,b"));
+    EXPECT_EQ(settings.getOutputFormat(), 3);
+    EXPECT_EQ(settings.getOutputFormatString(), QStringLiteral("TIFF"));
+    EXPECT_EQ(settings.getOutputFileExtension(), QStringLiteral("."));
+    EXPECT_EQ(settings.getWidth(), 1600);
+    EXPECT_EQ(settings.getHeight(), 1200);
+    EXPECT_EQ(products(settings), (QStringList{QStringLiteral("VIL"), SRI, QStringLiteral("(none)"), SRI}));
+    EXPECT_TRUE(QUORBackgroundSettings::isNoProduct(settings.get2DProduct(QStringLiteral("W"))));
+    EXPECT_EQ(log.count(QStringLiteral("W: Settings file ") + path()), 3);
+}
+
+TEST_F(QUORBackgroundSettingsTest, StoresWhatIsSet) {
+    {
+        QUORBackgroundSettings settings;
+        settings.setActivated(true);
+        settings.setDirectory(QStringLiteral("/images"));
+        settings.setOutputFormat(QUORExportSettings::Jpeg);
+        settings.setDisplayStateName(QUORConfig::defaultValueTranslated());
+        settings.setViewAngleName(QStringLiteral("South"));
+        settings.set2DProduct(QStringLiteral("Z"), QStringLiteral("MAX"));
+        settings.save();
+    }
+    const QSettings stored(path(), QSettings::NativeFormat);
+    EXPECT_EQ(stored.value(QStringLiteral("BACKGROUND/displaystate")), QStringLiteral("Default"));
+    EXPECT_EQ(stored.value(QStringLiteral("BACKGROUND/outputformat")), QStringLiteral("JPEG"));
+    EXPECT_EQ(stored.value(QStringLiteral("BACKGROUND/products/size")).toInt(), 4);
+    QUORBackgroundSettings settings;
+    EXPECT_TRUE(settings.isActivated());
+    EXPECT_EQ(settings.getDirectory(), QStringLiteral("/images"));
+    EXPECT_EQ(settings.getOutputFileExtension(), QStringLiteral(".jpg"));
+    EXPECT_EQ(settings.getViewAngleName(), QStringLiteral("South"));
+    EXPECT_EQ(products(settings), (QStringList{SRI, SRI, SRI, QStringLiteral("MAX")}));
+    settings.reset();
+    EXPECT_EQ(products(settings), (QStringList{SRI, SRI, SRI, SRI}));
+    EXPECT_EQ(settings.getViewAngleName(), QStringLiteral("Default"));
+}
+
+TEST_F(QUORBackgroundSettingsTest, ReportsItsFile) {
+    const mode_t previous = ::umask(0);
+    EXPECT_EQ(QUORBackgroundSettings().status(), 0);
+    ::umask(previous);
+    struct stat info {};
+    ASSERT_EQ(::stat(qPrintable(path()), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, mode_t(0600));
+    ASSERT_TRUE(QFile::remove(path()));
+    ASSERT_TRUE(QDir().mkdir(path()));
+    EXPECT_EQ(QUORBackgroundSettings().status(), 2);
+}
+
+TEST_F(QUORBackgroundSettingsTest, SaysOnceThatItsFileCannotBeRead) {
+    ASSERT_TRUE(QFile::link(path(), path()));
+    const LogCapture log;
+    const QString line = QStringLiteral("E: Background settings cannot be read from ") + path();
+    QUORBackgroundSettings settings;
+    settings.load();
+    EXPECT_EQ(log.count(line), 1);
+    ASSERT_TRUE(QFile::remove(path()));
+    put(QStringLiteral("width=640\n"));
+    settings.load();
+    EXPECT_EQ(settings.getWidth(), 640);
+    ASSERT_TRUE(QFile::remove(path()));
+    ASSERT_TRUE(QFile::link(path(), path()));
+    settings.load();
+    EXPECT_EQ(log.count(line), 2);
+}
+
+TEST_F(QUORBackgroundSettingsTest, FindsTheBackgroundUser) {
+    const struct {
+        const char* text;
+        const char* user;
+    } rows[] = {
+        {"", ""},
+        {"BG_USER=", ""},
+        {"BG_USER=\"\"\n", ""},
+        {"A=1\nBG_USER=radar\nB=2\n", "radar"},
+        {"  export BG_USER=radar # who\n", "radar"},
+        {"#BG_USER=old\nBG_USER=\"radar\"\n", "radar"},
+        {"BG_USER='radar'\r\n", "radar"},
+        {"NOT_BG_USER=x\n", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(QUORBackgroundSettings::findBgUser(QString::fromLatin1(row.text)),
+                  QString::fromLatin1(row.user))
+            << row.text;
+    }
+}
+
+TEST_F(QUORBackgroundSettingsTest, FallsBackToTheDefaultUser) {
+    if (QFile::exists(QUORSystem::getSystemConfigurationDirectory() + QLatin1Char('/') +
+                      QUORSystem::BG_SERVICE_NAME)) {
+        GTEST_SKIP() << "this system configures the service";
+    }
+    EXPECT_EQ(QUORBackgroundSettings::getBgSettingsFileName(), path());
+    qunsetenv(QUORBackgroundSettings::FILE_VARIABLE);
+    const LogCapture log;
+    const QString warning =
+        QStringLiteral("W: Background user not configured - using default for background username: quor3d");
+    EXPECT_EQ(QUORBackgroundSettings::getBgUsername(), QStringLiteral("quor3d"));
+    EXPECT_EQ(QUORBackgroundSettings::getBgSettingsFileName(),
+              QUORSystem::getUserSettingsDirectory(QStringLiteral("quor3d")) +
+                  QStringLiteral("/quor3dd.conf"));
+    EXPECT_EQ(log.count(warning), 2);
+    for (int job = 0; job < 3; ++job) {
+        QUORBackgroundSettings();
+    }
+    EXPECT_EQ(log.count(warning), 3) << "a record for every job must not flood the log";
+}
+
+TEST_F(QUORBackgroundSettingsTest, NamesFormats) {
+    const struct {
+        const char* text;
+        int format;
+        const char* name;
+        const char* extension;
+    } rows[] = {{"TIFF", 0, "TIFF", ".tiff"},
+                {"PNG", 1, "PNG", ".png"},
+                {"JPEG", 2, "JPEG", ".jpg"},
+                {"png", 3, "", "."},
+                {"", 3, "", "."}};
+    for (const auto& row : rows) {
+        const int format = QUORExportSettings::getOutputFormatFromString(QString::fromLatin1(row.text));
+        EXPECT_EQ(format, row.format);
+        EXPECT_EQ(QUORExportSettings::getOutputFormatString(format), QString::fromLatin1(row.name));
+        EXPECT_EQ(QUORExportSettings::getOutputFileExtension(format), QString::fromLatin1(row.extension));
+    }
+    EXPECT_EQ(QUORExportSettings::getSupportedOutputFormats().join(QLatin1Char(' ')),
+              QStringLiteral("TIFF PNG JPEG"));
+}
+
+TEST_F(QUORBackgroundSettingsTest, StoresExportSettings) {
+    QUORExportSettings settings;
+    EXPECT_TRUE(settings.isColorBar() && settings.isLegend() && settings.isCompass());
+    EXPECT_EQ(settings.getPath(), QStringLiteral("."));
+    settings.setCompass(false);
+    settings.setWidth(800);
+    settings.setOutputFormat(QUORExportSettings::Png);
+    settings.setPath(QStringLiteral("/images/today.png"));
+    settings.save();
+    QUORExportSettings stored;
+    EXPECT_FALSE(stored.isCompass());
+    EXPECT_TRUE(stored.isLegend());
+    EXPECT_EQ(stored.getWidth(), 800);
+    EXPECT_EQ(stored.getOutputFileExtension(), QStringLiteral(".png"));
+    EXPECT_EQ(stored.getPath(), QStringLiteral("/images"));
+    stored.reset();
+    EXPECT_TRUE(stored.isCompass());
+    EXPECT_EQ(stored.getOutputFormat(), QUORExportSettings::Tiff);
+    EXPECT_EQ(stored.getPath(), QStringLiteral("/images"));
+}
+
+} // namespace

@@ -21,6 +21,7 @@ QString mainFile() {
 }
 
 TEST(QUORConfigTest, GivesTheFileToOneThreadAtATime) {
+    const ScratchHome home;
     ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"), QStringLiteral("[TEST]\ncount=0\n"));
     QUORConfig::instance();
     std::atomic<int> holders{0};
@@ -29,7 +30,8 @@ TEST(QUORConfigTest, GivesTheFileToOneThreadAtATime) {
         for (int i = 0; i < 50; ++i) {
             QSettings* settings = QUORConfig::instance()->get();
             overlapped = overlapped || holders.fetch_add(1) != 0;
-            settings->setValue(QStringLiteral("TEST/count"), settings->value(QStringLiteral("TEST/count")).toInt() + 1);
+            settings->setValue(QStringLiteral("TEST/count"),
+                               settings->value(QStringLiteral("TEST/count")).toInt() + 1);
             holders.fetch_sub(1);
             QUORConfig::instance()->release();
         }

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#include "QUORDisplayState.h"
+
+#include "LogCapture.h"
+
+#include "QUORLayerParameters2d.h"
+#include "QUORLayerParameters3dOutline.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class CountingElement : public QUORLayerElement {
+public:
+    void invalidate() override { ++invalidated; }
+    bool isEmpty() override { return invalidated > 0; }
+
+    int invalidated = 0;
+};
+
+class ForeignParameters : public QUORLayerParameters {};
+
+TEST(QUORDisplayStateTest, BuildsTheFixedTree) {
+    const struct {
+        int group;
+        int key;
+        const char* name;
+        int order;
+    } rows[] = {{10, 11, "LAYER_3DOUTLINE", 301},  {10, 12, "LAYER_3DPRODUCT", 200},
+                {10, 13, "LAYER_2DPRODUCT", 100},  {40, 41, "LAYER_3DTERRAIN", 0},
+                {40, 42, "LAYER_LATLONGRID", 101}, {40, 44, "LAYER_RANGERINGS", 110},
+                {40, 43, "LAYER_GEOLABELS", 300}};
+    const QUORDisplayState state;
+    EXPECT_EQ(state.getName(), QStringLiteral("Default"));
+    ASSERT_EQ(state.getMembers().size(), 2);
+    EXPECT_EQ(state.getGroup(10)->getName(), QStringLiteral("GROUP_RADARLAYERS"));
+    EXPECT_EQ(state.getGroup(40)->getName(), QStringLiteral("GROUP_GEOLAYERS"));
+    QVector<QUORDisplayLayer::Ptr> layers;
+    for (const auto& group : state.getMembers()) {
+        EXPECT_TRUE(group->isVisible() && group->isOpen() && group->getOpacity() == 100);
+        EXPECT_EQ(group->getOrder(), 1);
+        layers.append(group->getMembers());
+    }
+    ASSERT_EQ(layers.size(), qsizetype(std::size(rows)));
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        const QUORDisplayLayer& layer = *layers.at(qsizetype(i));
+        EXPECT_EQ(layer.getKey(), rows[i].key);
+        EXPECT_EQ(layer.getName(), QString::fromLatin1(rows[i].name));
+        EXPECT_EQ(layer.getOrder(), rows[i].order);
+        EXPECT_TRUE(layer.isVisible() && layer.getOpacity() == 100);
+        EXPECT_EQ(state.getGroup(rows[i].group)->getLayer(rows[i].key), layers.at(qsizetype(i)));
+    }
+    EXPECT_TRUE(state.has2DEnabled());
+}
+
+TEST(QUORDisplayStateTest, FindsGroupsAndLayersByKey) {
+    const QUORDisplayState state;
+    EXPECT_EQ(state.getLayer(10), state.getGroup(10));
+    EXPECT_EQ(state.getLayer(43)->getName(), QStringLiteral("LAYER_GEOLABELS"));
+    EXPECT_EQ(state.getLayer(99), nullptr);
+    EXPECT_EQ(state.getGroup(11), nullptr);
+    EXPECT_EQ(state.getGroup(10)->getLayer(10), nullptr);
+    EXPECT_EQ(state.getGroup(10)->getLayer(41), nullptr);
+}
+
+TEST(QUORDisplayStateTest, CopiesWhatIsShownAndNothingElse) {
+    QUORDisplayState a;
+    QUORDisplayState b;
+    b.setName(QStringLiteral("B"));
+    b.getLayer(13)->setVisible(false);
+    b.getLayer(40)->setOpacity(20);
+    b.getGroup(40)->setOpen(false);
+    b.getLayer(41)->setParameters(std::make_shared<QUORLayerParameters>());
+    a.getLayer(13)->setParameters(std::make_shared<QUORLayerParameters2d>());
+    a.getLayer(13)->setElement(std::make_shared<CountingElement>());
+    const auto layer = a.getLayer(13);
+    a.copyState(b);
+    EXPECT_FALSE(a.has2DEnabled());
+    EXPECT_EQ(a.getGroup(40)->getOpacity(), 20);
+    EXPECT_FALSE(a.getGroup(40)->isOpen());
+    EXPECT_EQ(a.getName(), QStringLiteral("Default"));
+    EXPECT_EQ(a.getLayer(13), layer);
+    EXPECT_EQ(layer->getOrder(), 100);
+    EXPECT_NE(layer->getParameters(), nullptr);
+    EXPECT_NE(layer->getElement(), nullptr);
+    EXPECT_EQ(a.getLayer(41)->getParameters(), nullptr);
+    EXPECT_TRUE(a.hasChanged(b, nullptr));
+}
+
+TEST(QUORDisplayStateTest, MatchesGroupsOfOtherMembers) {
+    QUORDisplayGroup target(1, QStringLiteral("T"), true,
+                            {std::make_shared<QUORDisplayLayer>(5, QStringLiteral("five"), 50),
+                             std::make_shared<QUORDisplayLayer>(6, QStringLiteral("six"), 60)});
+    const QUORDisplayGroup source(2, QStringLiteral("S"), true,
+                                  {std::make_shared<QUORDisplayLayer>(7, QStringLiteral("seven"), 70),
+                                   std::make_shared<QUORDisplayLayer>(6, QStringLiteral("SIX"), 61)});
+    target.copyState(source);
+    EXPECT_EQ(target.getKey(), 2);
+    ASSERT_EQ(target.getMembers().size(), 2);
+    EXPECT_EQ(target.getLayer(5), nullptr);
+    EXPECT_EQ(target.getLayer(6)->getName(), QStringLiteral("SIX"));
+    EXPECT_EQ(target.getLayer(6)->getOrder(), 60);
+    EXPECT_EQ(target.getLayer(7)->getOrder(), 0);
+}
+
+TEST(QUORDisplayStateTest, KeepsACopyOfParameters) {
+    QUORDisplayLayer layer(11, QStringLiteral("L"), 1);
+    const auto record = std::make_shared<QUORLayerParameters3dOutline>();
+    record->setDataHeight(7.0);
+    layer.setParameters(record);
+    record->setDataHeight(8.0);
+    const auto kept = std::dynamic_pointer_cast<QUORLayerParameters3dOutline>(layer.getParameters());
+    ASSERT_TRUE(kept);
+    EXPECT_NE(kept, record);
+    EXPECT_EQ(kept->getDataHeight(), 7.0);
+    layer.setParameters(nullptr);
+    EXPECT_EQ(layer.getParameters(), nullptr);
+    EXPECT_DEATH(layer.setParameters(std::make_shared<ForeignParameters>()),
+                 "QUORDisplayLayer::setParameters");
+}
+
+TEST(QUORDisplayStateTest, ResetsParametersEverywhere) {
+    QUORDisplayState state;
+    const auto element = std::make_shared<CountingElement>();
+    const int keys[] = {10, 11, 12, 13, 40, 41, 42, 43, 44};
+    for (const int key : keys) {
+        state.getLayer(key)->setParameters(std::make_shared<QUORLayerParameters>());
+    }
+    state.getLayer(12)->setElement(element);
+    EXPECT_FALSE(state.getLayer(12)->isEmpty());
+    state.resetParameters();
+    for (const int key : keys) {
+        EXPECT_EQ(state.getLayer(key)->getParameters(), nullptr) << key;
+    }
+    EXPECT_EQ(element->invalidated, 1);
+    EXPECT_TRUE(state.getLayer(12)->isEmpty());
+}
+
+TEST(QUORDisplayStateTest, PrintsItself) {
+    QUORDisplayState state;
+    state.getLayer(13)->setVisible(false);
+    const LogCapture log;
+    state.printDisplayState();
+    const QStringList lines = log.lines();
+    ASSERT_EQ(lines.size(), 10);
+    EXPECT_EQ(lines.at(1),
+              QStringLiteral("D: Group: GROUP_RADARLAYERS (10), opacity=100, enabled=1, open=1"));
+    EXPECT_EQ(lines.at(4), QStringLiteral("D:   Layer:  LAYER_2DPRODUCT (13), opacity=100, enabled=0"));
+}
+
+} // namespace

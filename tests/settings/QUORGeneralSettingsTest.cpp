@@ -106,7 +106,8 @@ TEST(QUORGeneralSettingsTest, FormatsTimesLengthsAndCoordinates) {
     QUORGeneralSettings settings = readFrom({});
     const QDateTime time(QDate(2024, 7, 3), QTime(15, 4), Qt::UTC);
     const QUORCoordinate site(60.5, -24.25);
-    EXPECT_EQ(settings.formattedTime(time), time.toString(QStringLiteral("ddd")) + QStringLiteral(" 2024-07-03 15:04"));
+    EXPECT_EQ(settings.formattedTime(time),
+              time.toString(QStringLiteral("ddd")) + QStringLiteral(" 2024-07-03 15:04"));
     EXPECT_EQ(settings.formattedTimeShort(time), QStringLiteral("2024-07-03 15:04"));
     EXPECT_EQ(settings.formattedBigLength(12.5, 1), QStringLiteral("12.5 km"));
     EXPECT_EQ(settings.formattedSmallLength(1000, 0), QStringLiteral("1000 m"));
@@ -117,8 +118,8 @@ TEST(QUORGeneralSettingsTest, FormatsTimesLengthsAndCoordinates) {
     EXPECT_EQ(settings.formattedTimeShort(time), QStringLiteral("2024-07-03 03:04 PM"));
     EXPECT_EQ(settings.formattedBigLength(18.53184, 1), QStringLiteral("10.0 NM"));
     EXPECT_EQ(settings.formattedSmallLength(1000, 0), QStringLiteral("3281 ft"));
-    const QString texts[] = {site.toDecimalString(QUORCoordinate::Both), site.toDMsString(QUORCoordinate::Both),
-                             site.toDmString(QUORCoordinate::Both)};
+    const QString texts[] = {site.toDecimalString(QUORCoordinate::Both),
+                             site.toDMsString(QUORCoordinate::Both), site.toDmString(QUORCoordinate::Both)};
     for (const auto format : {QUORGeneralSettings::Decimal, QUORGeneralSettings::DegreesMinutes,
                               QUORGeneralSettings::DegreesMinutesSeconds}) {
         settings.setLatLonFormat(format);

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QSettings>
+
 namespace {
 
 class QUORPresetStoreTest : public testing::Test {
@@ -55,7 +57,8 @@ TEST_F(QUORPresetStoreTest, BringsBackWhatItSaved) {
     }
     QSettings stored;
     EXPECT_EQ(stored.value(QStringLiteral("DISPLAYSTATE/DISPLAYSTATES/size")).toInt(), 3);
-    EXPECT_EQ(stored.value(QStringLiteral("DISPLAYSTATE/DISPLAYSTATES/1/displayStateName")), QStringLiteral("Custom"));
+    EXPECT_EQ(stored.value(QStringLiteral("DISPLAYSTATE/DISPLAYSTATES/1/displayStateName")),
+              QStringLiteral("Custom"));
     EXPECT_EQ(stored.value(QStringLiteral("DISPLAYSTATE/DISPLAYSTATES/2/displayStateLayerVisible13")),
               QStringLiteral("false"));
     EXPECT_EQ(stored.value(QStringLiteral("VIEWANGLE/VIEWANGLES/2/viewAngleCamDirZ")).toDouble(), -26);
@@ -87,14 +90,13 @@ TEST_F(QUORPresetStoreTest, BringsBackWhatItSaved) {
 }
 
 TEST_F(QUORPresetStoreTest, ReadsHandWrittenElements) {
-    ScratchHome::writeSettings(
-        QStringLiteral("QUOR3D.conf"),
-        QStringLiteral("[DISPLAYSTATE]\nDISPLAYSTATES\\size=1000000\n"
-                       "DISPLAYSTATES\\1\\displayStateName=Other\n"
-                       "DISPLAYSTATES\\1\\displayStateLayerVisible12=true\n"
-                       "DISPLAYSTATES\\2\\displayStateName=Storm, tilted\n"
-                       "DISPLAYSTATES\\2\\displayStateLayerVisible12=yes\n"
-                       "DISPLAYSTATES\\2\\displayStateLayerOpacity12=250\n"));
+    ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"),
+                               QStringLiteral("[DISPLAYSTATE]\nDISPLAYSTATES\\size=1000000\n"
+                                              "DISPLAYSTATES\\1\\displayStateName=Other\n"
+                                              "DISPLAYSTATES\\1\\displayStateLayerVisible12=true\n"
+                                              "DISPLAYSTATES\\2\\displayStateName=Storm, tilted\n"
+                                              "DISPLAYSTATES\\2\\displayStateLayerVisible12=yes\n"
+                                              "DISPLAYSTATES\\2\\displayStateLayerOpacity12=250\n"));
     QUORGeneralSettings settings;
     const auto state = std::make_shared<QUORDisplayState>();
     settings.loadDisplayStates(state);

@@ -19,7 +19,8 @@ const QString Z = QStringLiteral("Z");
 class QUORProductSettingsTest : public testing::Test {
 protected:
     static void write(const QString& lines) {
-        ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"), QStringLiteral("[PRODUCT%20CAPPI%20Z]\n") + lines);
+        ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"),
+                                   QStringLiteral("[PRODUCT%20CAPPI%20Z]\n") + lines);
     }
     static QUORProductSettings::Ptr read(const QString& lines) {
         const ScratchHome home;
@@ -34,14 +35,15 @@ TEST_F(QUORProductSettingsTest, StoresDefaultsOnFirstSight) {
     const LogCapture log;
     QUORProductSettings settings;
     EXPECT_FALSE(settings.load(CAPPI, Z, REFLECTIVITY));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: QUORProductSettings::load(): Group not found: PRODUCT CAPPI Z")));
+    EXPECT_TRUE(
+        log.contains(QStringLiteral("D: QUORProductSettings::load(): Group not found: PRODUCT CAPPI Z")));
     EXPECT_TRUE(log.contains(QStringLiteral("D: -> Generating new default rendering settings.")));
     const struct {
         const char* key;
         const char* value;
-    } rows[] = {{"rendering", "surface"},        {"colormap", "Default"},     {"surface/size", "1"},
+    } rows[] = {{"rendering", "surface"},        {"colormap", "Default"},      {"surface/size", "1"},
                 {"surface/1/isovalue", "-31.5"}, {"surface/1/opacity", "100"}, {"volumevaluelow", "-31.5"},
-                {"volumeopacitylow", "1"},       {"volumevaluehigh", "66.5"}, {"volumeopacityhigh", "100"}};
+                {"volumeopacitylow", "1"},       {"volumevaluehigh", "66.5"},  {"volumeopacityhigh", "100"}};
     const QSettings stored;
     for (const auto& row : rows) {
         EXPECT_EQ(stored.value(QStringLiteral("PRODUCT CAPPI Z/") + QString::fromLatin1(row.key)).toString(),
@@ -113,7 +115,8 @@ TEST_F(QUORProductSettingsTest, DescribesTheStepFromOneToAnother) {
         {"to surfaces",
          volume,
          surface,
-         {QStringLiteral("- Changed to surface rendering"), QStringLiteral("- Isosurface parameters changed")}},
+         {QStringLiteral("- Changed to surface rendering"),
+          QStringLiteral("- Isosurface parameters changed")}},
         {"to volume",
          surface,
          volume,
