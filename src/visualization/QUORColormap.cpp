@@ -1,0 +1,419 @@
+// SPDX-License-Identifier: MIT
+#include "QUORColormap.h"
+
+#include "QUORDataType.h"
+#include "QUORLog.h"
+#include "QUORSettingsReader.h"
+
+#include <QRegularExpression>
+
+#include <vtkColorTransferFunction.h>
+#include <vtkScalarBarActor.h>
+#include <vtkTextProperty.h>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+
+namespace {
+
+const QString COLORS_FILE = QStringLiteral("QUOR3DColors");
+const QString SCALE_GROUP = QStringLiteral("COLORSCALE");
+const QString SET_GROUP = QStringLiteral("COLORSET");
+const QString MAPPING_GROUP = QStringLiteral("DATAMAPPING");
+const QString MAPPING_ARRAY = QStringLiteral("data");
+const QString POINTS_ARRAY = QStringLiteral("points");
+const QString NAME_KEY = QStringLiteral("name");
+const QString DATA_INDEX_KEY = QStringLiteral("data_index");
+const QString DEFAULT_LABEL_FORMAT = QStringLiteral("3.0f");
+const QString NO_UNITS = QStringLiteral("N/A");
+
+constexpr int FALLBACK_SCALE = 1;
+constexpr int GREY_COLORS = 16;
+constexpr int LINEAR_COLORS = 2048;
+/// Of the group name "COLORSCALE 12" and the like.
+constexpr int ID_POSITION = 11;
+constexpr int ID_LENGTH = 3;
+
+QString numberedGroup(const QString& group, int number) {
+    return group + QLatin1Char(' ') + QString::number(number);
+}
+
+/// The colour bar hands this to the C library together with one double and a buffer of limited size.
+QString checkedLabelFormat(const QString& format, const QString& scale) {
+    static const QRegularExpression oneDouble(
+        QStringLiteral("^[-+ 0#]*[0-9]{0,2}(\\.[0-9]{0,2})?[eEfFgG][^%]{0,32}$"));
+    if (oneDouble.match(format).hasMatch()) {
+        return QLatin1Char('%') + format;
+    }
+    QUORLog::Instance().logWarning(QStringLiteral("Color scale ") + scale +
+                                   QStringLiteral(": label_format \"") + format +
+                                   QStringLiteral("\" is not the format of one number"));
+    return QLatin1Char('%') + DEFAULT_LABEL_FORMAT;
+}
+
+int readComponent(const QUORSettingsReader& reader, const char* key) {
+    return std::clamp(reader.readInt(QLatin1String(key), 0), 0, 255);
+}
+
+QUORColormap::Point readPoint(const QUORSettingsReader& reader) {
+    QUORColormap::Point point;
+    point.lowerRed = readComponent(reader, "lower/r");
+    point.lowerGreen = readComponent(reader, "lower/g");
+    point.lowerBlue = readComponent(reader, "lower/b");
+    point.upperRed = readComponent(reader, "upper/r");
+    point.upperGreen = readComponent(reader, "upper/g");
+    point.upperBlue = readComponent(reader, "upper/b");
+    point.constant = point.lowerRed == point.upperRed && point.lowerGreen == point.upperGreen &&
+                     point.lowerBlue == point.upperBlue;
+    return point;
+}
+
+QUORColormap::Type typeOf(const QVector<QUORColormap::Point>& points) {
+    if (points.isEmpty()) {
+        return QUORColormap::PiecewiseLinear;
+    }
+    const bool constant = points.constFirst().constant;
+    const auto last = std::max(points.cbegin() + 1, points.cend() - 1);
+    const bool mixed = std::any_of(points.cbegin() + 1, last,
+                                   [constant](const auto& point) { return point.constant != constant; });
+    if (mixed) {
+        return QUORColormap::Mixed;
+    }
+    return constant ? QUORColormap::PiecewiseConstant : QUORColormap::PiecewiseLinear;
+}
+
+void addNode(vtkColorTransferFunction& function, double position, const std::array<double, 3>& color,
+             bool step) {
+    if (step) {
+        function.AddRGBPoint(position, color[0], color[1], color[2], 0.5, 1.0);
+    } else {
+        function.AddRGBPoint(position, color[0], color[1], color[2]);
+    }
+}
+
+/// Calls `read` with the reader standing on the data type's entry; the fallback when there is no entry.
+template <class Value, class Read>
+Value readMapping(int rawType, Value fallback, Read read) {
+    QUORSettingsReader reader(COLORS_FILE);
+    reader.beginGroup(MAPPING_GROUP);
+    const int count = reader.beginReadArray(MAPPING_ARRAY);
+    if (rawType < 0 || rawType >= count) {
+        return fallback;
+    }
+    reader.setArrayIndex(rawType);
+    return read(reader);
+}
+
+} // namespace
+
+QUORColormap::QUORColormap()
+    : _name(QStringLiteral("Fixed")),
+      _colorSetName(QStringLiteral("Fixed")),
+      _labelFormat(QLatin1Char('%') + DEFAULT_LABEL_FORMAT),
+      _dataUnits(NO_UNITS) {
+    for (int k = 0; k < GREY_COLORS; ++k) {
+        const int lower = 31 + 14 * k;
+        const int upper = 45 + 14 * k;
+        _colors.append({lower, lower, lower, upper, upper, upper, false});
+        _scale.append(16.0 * k);
+    }
+}
+
+QUORColormap::QUORColormap(const QString& name, const QUORDataType& dataType, ValueRange range)
+    : _name(name) {
+    build(getColormapId(name, dataType.getRawType()), dataType, range);
+}
+
+QUORColormap::QUORColormap(int scaleId, const QUORDataType& dataType, ValueRange range) {
+    build(scaleId, dataType, range);
+}
+
+QUORColormap::QUORColormap(const QUORColormap& other) {
+    *this = other;
+}
+
+QUORColormap::QUORColormap(const QUORColormap& other, const QUORDataType& dataType, ValueRange range)
+    : QUORColormap(other) {
+    changeValueRange(range, dataType);
+    construct();
+}
+
+QUORColormap& QUORColormap::operator=(const QUORColormap& other) {
+    if (this == &other) {
+        return *this;
+    }
+    _type = other._type;
+    _colorSpace = other._colorSpace;
+    _valueRange = other._valueRange;
+    _name = other._name;
+    _colorSetName = other._colorSetName;
+    _lowSaturate = other._lowSaturate;
+    _highSaturate = other._highSaturate;
+    _labelFormat = other._labelFormat;
+    _dataUnits = other._dataUnits;
+    _colors = other._colors;
+    _scale = other._scale;
+    _limits = other._limits;
+    construct();
+    return *this;
+}
+
+QUORColormap::~QUORColormap() = default;
+
+void QUORColormap::build(int scaleId, const QUORDataType& dataType, ValueRange range) {
+    const QString wanted = _name.isEmpty() ? QString::number(scaleId) : _name;
+    load(scaleId);
+    if (_colors.isEmpty() || _scale.isEmpty()) {
+        QUORLog::Instance().logWarning(QStringLiteral("Color map ") + wanted +
+                                       QStringLiteral(" has no colors or no seams, using a grey map"));
+        useGrey(dataType);
+    }
+    changeValueRange(range, dataType);
+    construct();
+}
+
+void QUORColormap::useGrey(const QUORDataType& dataType) {
+    *this = QUORColormap();
+    const double minimum = dataType.getMinDisplayValue();
+    const double step = (dataType.getMaxDisplayValue() - minimum) / (GREY_COLORS - 1);
+    for (int k = 0; k < GREY_COLORS; ++k) {
+        _scale[k] = minimum + k * step;
+    }
+    _dataUnits = dataType.getQuantityUnit();
+}
+
+void QUORColormap::load(int scaleId) {
+    const QString id = QString::number(scaleId);
+    QUORLog::Instance().logDebug(QStringLiteral("QUORColormap::load(scaleId==") + id +
+                                 QStringLiteral(") begin"));
+    QUORSettingsReader reader(COLORS_FILE);
+    loadColorSet(reader, loadScale(reader, scaleId));
+    QUORLog::Instance().logDebug(QStringLiteral("QUORColormap::load(scaleId==") + id +
+                                 QStringLiteral(") end"));
+}
+
+int QUORColormap::loadScale(QUORSettingsReader& reader, int scaleId) {
+    reader.beginGroup(numberedGroup(SCALE_GROUP, scaleId));
+    _name = reader.readText(NAME_KEY, QStringLiteral("default"));
+    const int setId = reader.readInt(QStringLiteral("colorset_index"), 1);
+    _lowSaturate = reader.readBool(QStringLiteral("low_saturate"), false);
+    _highSaturate = reader.readBool(QStringLiteral("hi_saturate"), true);
+    _labelFormat =
+        checkedLabelFormat(reader.readText(QStringLiteral("label_format"), DEFAULT_LABEL_FORMAT), _name);
+    _dataUnits = reader.readText(QStringLiteral("data_units"), NO_UNITS);
+    _scale.resize(reader.beginReadArray(POINTS_ARRAY));
+    for (int i = 0; i < _scale.size(); ++i) {
+        reader.setArrayIndex(i);
+        _scale[i] = reader.readDouble(QStringLiteral("seam"), 1.0);
+    }
+    reader.endArray();
+    reader.endGroup();
+    _valueRange = Display;
+    _limits.reset();
+    if (!std::is_sorted(_scale.cbegin(), _scale.cend())) {
+        QUORLog::Instance().logWarning(QStringLiteral("Color scale ") + _name +
+                                       QStringLiteral(": seams are not in ascending order"));
+    }
+    QUORLog::Instance().logDebug(QStringLiteral("    color scale ") + _name + QStringLiteral(" (") +
+                                 QString::number(getNDefinedSeams()) + QStringLiteral(" seams)"));
+    return setId;
+}
+
+void QUORColormap::loadColorSet(QUORSettingsReader& reader, int setId) {
+    reader.beginGroup(numberedGroup(SET_GROUP, setId));
+    _colorSetName = reader.readText(NAME_KEY, QStringLiteral("default"));
+    _colors.resize(reader.beginReadArray(POINTS_ARRAY));
+    for (int i = 0; i < _colors.size(); ++i) {
+        reader.setArrayIndex(i);
+        _colors[i] = readPoint(reader);
+    }
+    reader.endArray();
+    reader.endGroup();
+    _type = typeOf(_colors);
+    QUORLog::Instance().logDebug(QStringLiteral("    color set ") + _colorSetName + QStringLiteral(" (") +
+                                 QString::number(getNDefinedColors()) + QStringLiteral(" colors)"));
+}
+
+bool QUORColormap::isStep(int point) const {
+    return _type == PiecewiseConstant || (_type == Mixed && _colors[point].constant);
+}
+
+vtkSmartPointer<vtkColorTransferFunction> QUORColormap::makeFunction(const QVector<double>& seams) const {
+    auto function = vtkSmartPointer<vtkColorTransferFunction>::New();
+    function->SetColorSpaceToRGB();
+    for (int i = 0; i < std::min(getNDefinedColors(), int(seams.size())); ++i) {
+        const Point& point = _colors[i];
+        addNode(*function, seams[i],
+                {point.lowerRed / 255.0, point.lowerGreen / 255.0, point.lowerBlue / 255.0}, isStep(i));
+    }
+    return function;
+}
+
+bool QUORColormap::construct() {
+    _map = nullptr;
+    if (_colors.isEmpty() || _scale.isEmpty()) {
+        return false;
+    }
+    _map = makeFunction(_scale);
+    if (_limits) {
+        limitNodes();
+    }
+    return true;
+}
+
+void QUORColormap::limitNodes() {
+    const vtkSmartPointer<vtkColorTransferFunction> display = makeFunction(_limits->displaySeams);
+    const auto limit = [&](double end, unsigned int raw, auto isBeyond) {
+        int last = -1;
+        for (int i = 0; i < std::min(getNDefinedColors(), getNDefinedSeams()); ++i) {
+            if (isBeyond(_limits->displaySeams[i], end)) {
+                _map->RemovePoint(_scale[i]);
+                last = i;
+            }
+        }
+        if (last >= 0) {
+            std::array<double, 3> color{};
+            display->GetColor(end, color.data());
+            addNode(*_map, raw, color, isStep(last));
+        }
+    };
+    limit(_limits->lowestDisplay, _limits->lowestRaw, std::less<>());
+    limit(_limits->highestDisplay, _limits->highestRaw, std::greater<>());
+}
+
+void QUORColormap::changeValueRange(ValueRange range, const QUORDataType& dataType) {
+    if (range == _valueRange || _scale.isEmpty()) {
+        return;
+    }
+    _limits.reset();
+    if (range == Absolute) {
+        _limits = Limits{_scale, dataType.getMinDisplayValue(), dataType.getMaxDisplayValue(),
+                         dataType.getMinAbsValue(), dataType.getMaxAbsValue()};
+    }
+    for (double& seam : _scale) {
+        if (range == Display) {
+            constexpr double largest = std::numeric_limits<unsigned int>::max();
+            seam = dataType.absoluteToDisplayValue(static_cast<unsigned int>(std::clamp(seam, 0.0, largest)));
+        } else {
+            seam = std::max(dataType.displayToAbsoluteValue(seam), dataType.getMinAbsValue());
+        }
+    }
+    _valueRange = range;
+}
+
+void QUORColormap::setPiecewiseLinear() {
+    _type = PiecewiseLinear;
+    rewriteNodes(0.0);
+}
+
+void QUORColormap::setPiecewiseConstant() {
+    _type = PiecewiseConstant;
+    rewriteNodes(1.0);
+}
+
+void QUORColormap::rewriteNodes(double sharpness) {
+    if (!_map) {
+        return;
+    }
+    for (int i = 0; i < _map->GetSize(); ++i) {
+        std::array<double, 6> node{};
+        _map->GetNodeValue(i, node.data());
+        node[4] = 0.5;
+        node[5] = sharpness;
+        _map->SetNodeValue(i, node.data());
+    }
+}
+
+std::array<int, 3> QUORColormap::getColor(double value) const {
+    if (!_map) {
+        return {0, 0, 0};
+    }
+    std::array<double, 3> rgb{};
+    _map->GetColor(value, rgb.data());
+    return {int(rgb[0] * 255), int(rgb[1] * 255), int(rgb[2] * 255)};
+}
+
+vtkSmartPointer<vtkScalarBarActor> QUORColormap::makeBar(const QString& title, double x, double y,
+                                                         double width, double height) const {
+    auto bar = vtkSmartPointer<vtkScalarBarActor>::New();
+    vtkTextProperty* titleText = bar->GetTitleTextProperty();
+    titleText->SetColor(0.0, 0.0, 0.0);
+    titleText->SetFontSize(12);
+    titleText->BoldOn();
+    titleText->ItalicOff();
+    titleText->ShadowOff();
+    vtkTextProperty* labelText = bar->GetLabelTextProperty();
+    labelText->BoldOff();
+    labelText->ItalicOff();
+    labelText->ShadowOff();
+    labelText->SetColor(0.0, 0.0, 0.0);
+    labelText->SetFontSize(8);
+    labelText->SetFontFamilyToArial();
+    bar->SetTitle(title.toUtf8().constData());
+    bar->SetNumberOfLabels(getNSeamsInUse());
+    bar->SetLabelFormat(_labelFormat.toUtf8().constData());
+    bar->SetPosition(x, y);
+    bar->SetWidth(width);
+    bar->SetHeight(height);
+    bar->SetLookupTable(_map);
+    bar->SetMaximumNumberOfColors(getNRenderedColors());
+    return bar;
+}
+
+vtkColorTransferFunction* QUORColormap::getMap() const {
+    return _map;
+}
+
+int QUORColormap::getNColorsInUse() const {
+    return std::min(getNDefinedColors(), getNDefinedSeams() - 1);
+}
+
+int QUORColormap::getNSeamsInUse() const {
+    return getNColorsInUse() + 1;
+}
+
+int QUORColormap::getNRenderedColors() const {
+    return _type == PiecewiseLinear ? LINEAR_COLORS : getNColorsInUse();
+}
+
+int QUORColormap::getColorGroupIdForDataType(int rawType) {
+    return readMapping(rawType, 0,
+                       [](const QUORSettingsReader& reader) { return reader.readInt(DATA_INDEX_KEY, 0); });
+}
+
+QString QUORColormap::getDataTypeLegendInfo(int rawType) {
+    return readMapping(rawType, QString(),
+                       [](const QUORSettingsReader& reader) { return reader.readText(NAME_KEY, {}); });
+}
+
+QList<QUORColormap::ColorScaleListItem> QUORColormap::getScalesForDataType(int rawType) {
+    const int colorGroup = getColorGroupIdForDataType(rawType);
+    QUORSettingsReader reader(COLORS_FILE);
+    QList<ColorScaleListItem> scales;
+    const QStringList groups = reader.settings().childGroups();
+    for (const QString& group : groups) {
+        if (!group.startsWith(SCALE_GROUP)) {
+            continue;
+        }
+        reader.beginGroup(group);
+        if (reader.readInt(DATA_INDEX_KEY, 0) == colorGroup) {
+            scales.append({group.mid(ID_POSITION, ID_LENGTH).toInt(),
+                           reader.readText(NAME_KEY, QStringLiteral("default"))});
+        }
+        reader.endGroup();
+    }
+    return scales;
+}
+
+int QUORColormap::getColormapId(const QString& name, int rawType) {
+    const QList<ColorScaleListItem> scales = getScalesForDataType(rawType);
+    const auto found = std::find_if(scales.cbegin(), scales.cend(),
+                                    [&name](const ColorScaleListItem& item) { return item.name == name; });
+    if (found != scales.cend()) {
+        return found->id;
+    }
+    QUORLog::Instance().logWarning(QStringLiteral("COLORMAP NOT FOUND: mapname ") + name +
+                                   QStringLiteral(", type ") + QString::number(rawType));
+    return FALLBACK_SCALE;
+}
