@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+#include "QUOR3DSurfaces.h"
+
+#include "QUORColormap.h"
+#include "QUORDataType.h"
+#include "QUORLog.h"
+#include "QUORStyleGroup.h"
+
+#include <vtkActor.h>
+#include <vtkAssembly.h>
+#include <vtkFlyingEdges3D.h>
+#include <vtkLookupTable.h>
+#include <vtkPolyData.h>
+#include <vtkPolyDataMapper.h>
+#include <vtkProperty.h>
+#include <vtkShaderProperty.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+constexpr int TABLE_SIZE = 256;
+constexpr int OPAQUE = 100;
+
+constexpr std::array STYLE_ROWS{
+    QUORStyleGroup::Row{"ambient/color", QUORStyleGroup::Kind::Color, {0.55, 0.6, 0.65}}};
+
+/// One surface as it is drawn.
+struct Surface {
+    double isovalue = 0.0;
+    unsigned int raw = 0;
+    int opacity = OPAQUE;
+};
+
+std::vector<Surface> toRaw(const QUOR3DSurfaces::Surfaces& surfaces, const QUORDataType& dataType) {
+    std::vector<Surface> result;
+    for (auto entry = surfaces.cbegin(); entry != surfaces.cend(); ++entry) {
+        // The value below the smallest one means no data and has no surface.
+        const unsigned int raw =
+            std::max(dataType.displayToAbsoluteValue(entry.key()), dataType.getMinAbsValue());
+        result.push_back({entry.key(), raw, std::clamp(entry.value(), 0, OPAQUE)});
+    }
+    return result;
+}
+
+const Surface& nearest(const std::vector<Surface>& surfaces, double value) {
+    return *std::min_element(surfaces.begin(), surfaces.end(), [value](const Surface& a, const Surface& b) {
+        return std::abs(a.raw - value) < std::abs(b.raw - value);
+    });
+}
+
+/// The renderer's own ambient light has no effect in this version of the toolkit, and the property's
+/// ambient part is white: with the diffuse part it would bleach the surfaces.
+void tintAmbientLight(vtkActor* actor) {
+    QUORStyleGroup style("RENDERER", STYLE_ROWS);
+    style.load(false);
+    const QUORStyleGroup::Color& color = style.color("ambient/color");
+    const QString code = QStringLiteral("ambientColor *= vec3(%1, %2, %3);\n//VTK::Light::Impl\n")
+                             .arg(color[0], 0, 'f', 4)
+                             .arg(color[1], 0, 'f', 4)
+                             .arg(color[2], 0, 'f', 4);
+    actor->GetShaderProperty()->AddFragmentShaderReplacement("//VTK::Light::Impl", true, code.toStdString(),
+                                                             false);
+}
+
+vtkSmartPointer<vtkActor> makeActor(vtkPolyDataMapper* mapper) {
+    auto actor = vtkSmartPointer<vtkActor>::New();
+    actor->SetMapper(mapper);
+    vtkProperty* property = actor->GetProperty();
+    property->SetInterpolationToGouraud();
+    property->SetAmbient(0.7);
+    property->SetDiffuse(1.0);
+    property->SetSpecular(0.0);
+    property->SetSpecularPower(4.0);
+    property->SetColor(1.0, 1.0, 1.0);
+    tintAmbientLight(actor);
+    return actor;
+}
+
+} // namespace
+
+QUOR3DSurfaces::Part QUOR3DSurfaces::makePart(vtkAlgorithm* data) {
+    Part part;
+    part.filter = vtkSmartPointer<vtkFlyingEdges3D>::New();
+    part.filter->SetInputConnection(data->GetOutputPort());
+    part.filter->SetNumberOfContours(0);
+    part.mapper = vtkSmartPointer<vtkPolyDataMapper>::New();
+    part.actor = makeActor(part.mapper);
+    return part;
+}
+
+QUOR3DSurfaces::QUOR3DSurfaces(vtkAlgorithm* data)
+    : _opaque(makePart(data)), _translucent(makePart(data)), _assembly(vtkSmartPointer<vtkAssembly>::New()) {
+    _opaque.actor->ForceOpaqueOn();
+    _translucent.actor->ForceTranslucentOn();
+}
+
+QUOR3DSurfaces::~QUOR3DSurfaces() = default;
+
+void QUOR3DSurfaces::update(const Surfaces& surfaces, const QUORDataType& dataType,
+                            const QUORColormap& colormap) {
+    vtk_3D_surface_filter_update(_opaque.filter, _translucent.filter, surfaces, dataType);
+    const vtkSmartPointer<vtkLookupTable> table = vtk_lut_for_surfaces(surfaces, dataType, colormap);
+    for (const Part& part : {_opaque, _translucent}) {
+        part.mapper->SetLookupTable(table);
+        part.mapper->UseLookupTableScalarRangeOn();
+        // Scalars of one byte would else be taken for colours themselves.
+        part.mapper->SetColorModeToMapScalars();
+        part.mapper->ScalarVisibilityOn();
+    }
+}
+
+void QUOR3DSurfaces::run() {
+    for (const Part& part : {_opaque, _translucent}) {
+        if (part.filter->GetNumberOfContours() > 0) {
+            part.filter->Update();
+            part.mapper->SetInputData(part.filter->GetOutput());
+            _assembly->AddPart(part.actor);
+        }
+        part.filter->SetInputConnection(nullptr);
+    }
+}
+
+vtkSmartPointer<vtkProp> QUOR3DSurfaces::getProp() const {
+    return _assembly;
+}
+
+void vtk_3D_surface_filter_update(vtkFlyingEdges3D* opaque, vtkFlyingEdges3D* translucent,
+                                  const QUOR3DSurfaces::Surfaces& surfaces, const QUORDataType& dataType) {
+    QUORLog::Instance().logDebug(QStringLiteral("vtk_3D_surface_filter_update() called."));
+    opaque->SetNumberOfContours(0);
+    translucent->SetNumberOfContours(0);
+    int number = 0;
+    for (const Surface& surface : toRaw(surfaces, dataType)) {
+        QUORLog::Instance().logDebug(QStringLiteral("Surface #%1: iso=%2, opa=%3")
+                                         .arg(number++)
+                                         .arg(surface.isovalue)
+                                         .arg(surface.opacity));
+        vtkFlyingEdges3D* filter = surface.opacity == OPAQUE ? opaque : translucent;
+        filter->SetValue(int(filter->GetNumberOfContours()), surface.raw);
+    }
+    QUORLog::Instance().logDebug(QStringLiteral("vtk_3D_surface_filter_update() finished."));
+}
+
+vtkSmartPointer<vtkLookupTable> vtk_lut_for_surfaces(const QUOR3DSurfaces::Surfaces& surfaces,
+                                                     const QUORDataType& dataType,
+                                                     const QUORColormap& colormap) {
+    auto table = vtkSmartPointer<vtkLookupTable>::New();
+    table->SetNumberOfTableValues(TABLE_SIZE);
+    const std::vector<Surface> entries = toRaw(surfaces, dataType);
+    if (entries.empty()) {
+        table->Build();
+        return table;
+    }
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        QUORLog::Instance().logDebug(QStringLiteral("lutSurface #%1: iso_abs=%2, iso_disp=%3, opa=%4")
+                                         .arg(i)
+                                         .arg(entries[i].raw)
+                                         .arg(entries[i].isovalue)
+                                         .arg(entries[i].opacity));
+    }
+    const auto byRaw = [](const Surface& a, const Surface& b) { return a.raw < b.raw; };
+    const auto [lowest, highest] = std::minmax_element(entries.begin(), entries.end(), byRaw);
+    const double low = lowest->raw;
+    const double high = highest->raw;
+    table->SetTableRange(low, high);
+    for (int k = 0; k < TABLE_SIZE; ++k) {
+        const Surface& surface = nearest(entries, low + k * (high - low) / TABLE_SIZE);
+        const auto [red, green, blue] = colormap.getColor(surface.raw);
+        table->SetTableValue(k, red / 255.0, green / 255.0, blue / 255.0, double(surface.opacity) / OPAQUE);
+    }
+    table->Build();
+    return table;
+}
