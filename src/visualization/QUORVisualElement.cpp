@@ -1,9 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "QUORVisualElement.h"
 
+#include "QUOR3DOutlineElement.h"
+#include "QUOR3DVisualElement.h"
 #include "QUORAssert.h"
+#include "QUORDisplayState.h"
+#include "QUORLatLonGridElement.h"
+#include "QUORRadarRingsElement.h"
 
+#include <vtkAssembly.h>
 #include <vtkProp.h>
+#include <vtkProp3DCollection.h>
 
 #include <algorithm>
 #include <array>
@@ -12,29 +19,13 @@
 #include "QUOR2DVisualElement.h"
 #define HAS_2D
 #endif
-#if __has_include("QUOR3DOutlineElement.h")
-#include "QUOR3DOutlineElement.h"
-#define HAS_OUTLINE
-#endif
 #if __has_include("QUOR3DTerrainElement.h")
 #include "QUOR3DTerrainElement.h"
 #define HAS_TERRAIN
 #endif
-#if __has_include("QUOR3DVisualElement.h")
-#include "QUOR3DVisualElement.h"
-#define HAS_3D
-#endif
 #if __has_include("QUORGeoLabelsElement.h")
 #include "QUORGeoLabelsElement.h"
 #define HAS_LABELS
-#endif
-#if __has_include("QUORLatLonGridElement.h")
-#include "QUORLatLonGridElement.h"
-#define HAS_GRID
-#endif
-#if __has_include("QUORRadarRingsElement.h")
-#include "QUORRadarRingsElement.h"
-#define HAS_RINGS
 #endif
 
 namespace {
@@ -58,41 +49,25 @@ struct Kind {
 };
 
 constexpr std::array<Kind, 7> KINDS{{
-#ifdef HAS_OUTLINE
-    {11, &make<QUOR3DOutlineElement>},
-#else
-    {11, &make<EmptyElement>},
-#endif
-#ifdef HAS_3D
-    {12, &make<QUOR3DVisualElement>},
-#else
-    {12, &make<EmptyElement>},
-#endif
+    {QUORDisplayState::OUTLINE_LAYER, &make<QUOR3DOutlineElement>},
+    {QUORDisplayState::PRODUCT_3D_LAYER, &make<QUOR3DVisualElement>},
 #ifdef HAS_2D
-    {13, &make<QUOR2DVisualElement>},
+    {QUORDisplayState::PRODUCT_2D_LAYER, &make<QUOR2DVisualElement>},
 #else
-    {13, &make<EmptyElement>},
+    {QUORDisplayState::PRODUCT_2D_LAYER, &make<EmptyElement>},
 #endif
 #ifdef HAS_TERRAIN
-    {41, &make<QUOR3DTerrainElement>},
+    {QUORDisplayState::TERRAIN_LAYER, &make<QUOR3DTerrainElement>},
 #else
-    {41, &make<EmptyElement>},
+    {QUORDisplayState::TERRAIN_LAYER, &make<EmptyElement>},
 #endif
-#ifdef HAS_GRID
-    {42, &make<QUORLatLonGridElement>},
-#else
-    {42, &make<EmptyElement>},
-#endif
+    {QUORDisplayState::LAT_LON_GRID_LAYER, &make<QUORLatLonGridElement>},
 #ifdef HAS_LABELS
-    {43, &make<QUORGeoLabelsElement>},
+    {QUORDisplayState::GEO_LABELS_LAYER, &make<QUORGeoLabelsElement>},
 #else
-    {43, &make<EmptyElement>},
+    {QUORDisplayState::GEO_LABELS_LAYER, &make<EmptyElement>},
 #endif
-#ifdef HAS_RINGS
-    {44, &make<QUORRadarRingsElement>},
-#else
-    {44, &make<EmptyElement>},
-#endif
+    {QUORDisplayState::RANGE_RINGS_LAYER, &make<QUORRadarRingsElement>},
 }};
 
 } // namespace
@@ -108,6 +83,15 @@ QUORVisualElement::QUORVisualElement(QUORVisualGroup* group, int key) : _group(g
 
 vtkSmartPointer<vtkProp> QUORVisualElement::getProp() {
     return {};
+}
+
+bool QUORVisualElement::isEmpty() {
+    const vtkSmartPointer<vtkProp> prop = getProp();
+    if (prop && _key == QUORDisplayState::TERRAIN_LAYER) {
+        vtkAssembly* assembly = vtkAssembly::SafeDownCast(prop);
+        return assembly != nullptr && assembly->GetParts()->GetNumberOfItems() == 0;
+    }
+    return !prop;
 }
 
 void QUORVisualElement::moveTo(QUORVisualGroup* group) {

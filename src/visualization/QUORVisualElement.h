@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORLayerElement.h"
+
 #include <vtkSmartPointer.h>
 
 #include <memory>
@@ -13,7 +15,7 @@ class vtkProp;
 /// Owns the VTK objects of one layer and builds them from the layer's parameter record. Made on the
 /// controller's thread together with its pipeline item, used on the pipeline's worker thread afterwards;
 /// the item's in-use flag keeps the two apart. Every kind derives from QUORTypedVisualElement.
-class QUORVisualElement {
+class QUORVisualElement : public QUORLayerElement {
 public:
     using Ptr = std::shared_ptr<QUORVisualElement>;
     using CPtr = std::shared_ptr<const QUORVisualElement>;
@@ -22,7 +24,7 @@ public:
     /// programming error.
     static Ptr makeElement(QUORVisualGroup* group, int key);
 
-    virtual ~QUORVisualElement() = default;
+    ~QUORVisualElement() override = default;
     QUORVisualElement(const QUORVisualElement&) = delete;
     QUORVisualElement& operator=(const QUORVisualElement&) = delete;
 
@@ -32,7 +34,8 @@ public:
     virtual void update(std::shared_ptr<const QUORLayerParameters> params, bool visible,
                         const QUORAbortFlag& abort) = 0;
     /// Drops the VTK objects and the record; the next update with a record builds from scratch.
-    virtual void invalidate() {}
+    void invalidate() override {}
+    bool isEmpty() override;
 
     QUORVisualGroup* getGroup() const { return _group; }
     int getKey() const { return _key; }

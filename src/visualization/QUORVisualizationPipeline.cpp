@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "QUORVisualizationPipeline.h"
+
+#include "QUORLog.h"
+
+#include <QMutexLocker>
+
+#include <exception>
+#include <utility>
+
+namespace {
+
+void logDebug(const QString& text) {
+    QUORLog::Instance().logDebug(text);
+}
+
+/// False when memory or VTK failed it outside any element.
+bool build(QUORVisualizationPipelineItem& item, const QUORAbortFlag& abort) {
+    try {
+        item.update(abort);
+        if (!abort) {
+            item.readResults();
+        }
+        return !abort;
+    } catch (const std::exception& exception) {
+        QUORLog::Instance().logError(QStringLiteral("Building the scene failed: ") +
+                                     QString::fromLocal8Bit(exception.what()));
+    }
+    return false;
+}
+
+} // namespace
+
+QUORVisualizationPipeline::QUORVisualizationPipeline() {
+    const QUORLogScope scope("QUORVisualizationPipeline::QUORVisualizationPipeline");
+    start(QThread::InheritPriority);
+}
+
+QUORVisualizationPipeline::~QUORVisualizationPipeline() {
+    const QUORLogScope scope("QUORVisualizationPipeline::~QUORVisualizationPipeline");
+    stop();
+}
+
+void QUORVisualizationPipeline::addInput(const QUORVisualizationPipelineItem::Ptr& item) {
+    const QUORLogScope scope("QUORVisualizationPipeline::addInput");
+    const QMutexLocker lock(&_mutex);
+    if (_input.isEmpty()) {
+        _wake.wakeOne();
+    }
+    item->beginUse();
+    _input.enqueue(item);
+}
+
+void QUORVisualizationPipeline::addOutput(const QUORVisualizationPipelineItem::Ptr& item) {
+    const QMutexLocker lock(&_mutex);
+    _output.enqueue(item);
+}
+
+QUORVisualizationPipelineItem::Ptr QUORVisualizationPipeline::getResultItem() {
+    const QMutexLocker lock(&_mutex);
+    return _output.isEmpty() ? nullptr : _output.dequeue();
+}
+
+void QUORVisualizationPipeline::stop() {
+    const QUORLogScope scope("QUORVisualizationPipeline::stop");
+    _aborted.set();
+    {
+        const QMutexLocker lock(&_mutex);
+        _running = false;
+        _wake.wakeAll();
+    }
+    wait();
+}
+
+void QUORVisualizationPipeline::abort() {
+    const QUORLogScope scope("QUORVisualizationPipeline::abort");
+    _aborted.set();
+}
+
+void QUORVisualizationPipeline::run() {
+    const QUORLogScope scope("QUORVisualizationPipeline::run");
+    while (_running) {
+        if (QUORVisualizationPipelineItem::Ptr item = takeInput()) {
+            process(std::move(item));
+        }
+    }
+}
+
+QUORVisualizationPipelineItem::Ptr QUORVisualizationPipeline::takeInput() {
+    QMutexLocker lock(&_mutex);
+    if (!_input.isEmpty()) {
+        return _input.dequeue();
+    }
+    if (!_running) {
+        return {};
+    }
+    logDebug(QStringLiteral("QUORVisualizationPipeline::run(): Input queue empty, going to wait."));
+    _wake.wait(&_mutex);
+    lock.unlock();
+    logDebug(QStringLiteral("QUORVisualizationPipeline::run(): Woke up."));
+    return {};
+}
+
+void QUORVisualizationPipeline::process(QUORVisualizationPipelineItem::Ptr item) {
+    logDebug(QStringLiteral("QUORVisualizationPipeline::run(): New input data."));
+    logDebug(QStringLiteral("Update visualization-->"));
+    if (build(*item, _aborted)) {
+        addOutput(item);
+    }
+    logDebug(QStringLiteral("<--Update visualization"));
+    item->endUse();
+    // From here on the item may belong to the caller's thread, and must not die on this one.
+    item.reset();
+    logDebug(QStringLiteral("Signal: visualizationFinished"));
+    if (_aborted) {
+        logDebug(QStringLiteral("QUORVisualizationPipeline::run(): ABORTED!"));
+    }
+    Q_EMIT allDone();
+}
