@@ -34,7 +34,7 @@ namespace {
 constexpr int MAX_WORKERS = 8;
 constexpr auto RETRY_AFTER = std::chrono::hours(1);
 
-constexpr double AMBIENT = 0.3;
+constexpr double AMBIENT = 0.2;
 constexpr double DIFFUSE = 0.8;
 
 QString translated(const char* text) {
@@ -66,6 +66,8 @@ vtkSmartPointer<vtkActor> makeActor(const QUORTerrainBlock& block) {
     actor->GetProperty()->SetAmbient(AMBIENT);
     actor->GetProperty()->SetDiffuse(DIFFUSE);
     actor->GetProperty()->SetSpecular(0.0);
+    // Far slopes that turn away would shine through ridges where the depth cannot tell them apart.
+    actor->GetProperty()->BackfaceCullingOn();
     return actor;
 }
 
