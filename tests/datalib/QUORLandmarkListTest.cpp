@@ -58,7 +58,7 @@ TEST_F(LandmarkList, keepsValidEntriesInFileOrder) {
               "label=Huge|priority=4294967295|location\\lat=1|location\\lon=2"}));
     const QUORLandmarkList list;
     const QVector<QUORLandmark::Ptr>& landmarks = list.getLandmarks();
-    ASSERT_EQ(labels(landmarks), QStringList({"Åsvik", "Pole", "Orm, the old", "Minus", "Odd", "Huge"}));
+    ASSERT_EQ(labels(landmarks), QStringList({"Åsvik", "Pole", "Orm,the old", "Minus", "Odd", "Huge"}));
     EXPECT_EQ(landmarks[0]->getLocation(), QUORCoordinate(59.5, 10.25));
     EXPECT_EQ(landmarks[0]->getAlt(), 120.0);
     EXPECT_EQ(landmarks[0]->getR(), 1.0);

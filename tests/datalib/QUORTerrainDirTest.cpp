@@ -63,7 +63,7 @@ protected:
 
 TEST_F(TerrainDir, namesPlacesAndCacheFiles) {
     EXPECT_EQ(QUORTerrainDir::getLocString({47.0, 8.0}), QStringLiteral("N47E8"));
-    EXPECT_EQ(QUORTerrainDir::getFileKey({-7.5, -123.0625}), QStringLiteral("S7.5W123.062"));
+    EXPECT_EQ(QUORTerrainDir::getFileKey({-7.5, -123.0625}), QStringLiteral("S7.5W123.063"));
     EXPECT_EQ(QUORTerrainDir::getLocString({-0.0, 0.0}), QStringLiteral("N0E0"));
     EXPECT_EQ(QUORTerrainDir::getCacheKey(TerrainTiles::projection(60.0, 25.0), {47.0, 8.0}, "SRTM3"),
               QStringLiteral("TC04_SRTM3_aeqd_N60E25_N47E8"));
