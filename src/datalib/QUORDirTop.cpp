@@ -123,7 +123,7 @@ QUORDirTop::Result QUORDirTop::addValid(const QUORFile::CPtr& file, const QStrin
     QUORFileLeaf::Ptr present = insertOrFind(file, nullptr);
     if (present) {
         const QString name = present->getFile()->getName();
-        if (!leaving.contains(name) && QUORDirectoryListing::isRegularFile(present->getPath())) {
+        if (!leaving.contains(name) && !QUORDirectoryListing::hasVanished(present->getPath())) {
             logDebug(QStringLiteral("NOT ADDED: DATA FILE IS DUPLICATE ") + file->getPath());
             return ResultDuplicate;
         }

@@ -20,9 +20,12 @@ QUORDirectoryListing::Identity QUORDirectoryListing::identify(const QString& pat
     return {info.st_dev, info.st_ino};
 }
 
-bool QUORDirectoryListing::isRegularFile(const QString& path) {
+bool QUORDirectoryListing::hasVanished(const QString& path) {
     struct stat info {};
-    return ::lstat(QFile::encodeName(path).constData(), &info) == 0 && S_ISREG(info.st_mode);
+    if (::lstat(QFile::encodeName(path).constData(), &info) == 0) {
+        return !S_ISREG(info.st_mode);
+    }
+    return errno == ENOENT || errno == ENOTDIR;
 }
 
 QUORDirectoryListing::QUORDirectoryListing(const QString& path) {

@@ -18,8 +18,8 @@ public:
     };
     /// All zero when there is no directory under that path.
     static Identity identify(const QString& path);
-    /// Whether a regular file stands there; a link is none.
-    static bool isRegularFile(const QString& path);
+    /// No regular file stands there any more. A file that cannot be asked for has not vanished.
+    static bool hasVanished(const QString& path);
 
     /// Lists at once. An empty path is no directory.
     explicit QUORDirectoryListing(const QString& path);

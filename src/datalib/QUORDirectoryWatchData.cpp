@@ -1,0 +1,299 @@
+// SPDX-License-Identifier: MIT
+#include "QUORDirectoryWatchData.h"
+
+#include "QUOR2DTop.h"
+#include "QUOR3DTop.h"
+#include "QUORDirectoryListing.h"
+#include "QUORLog.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int MOST_RETRIES = 10;
+
+void logDebug(const QString& text) {
+    QUORLog::Instance().logDebug(text);
+}
+
+void logWarning(const QString& text) {
+    QUORLog::Instance().logWarning(text);
+}
+
+/// What the first list has and the second has not; both ascending.
+QStringList difference(const QStringList& first, const QStringList& second) {
+    QStringList result;
+    std::set_difference(first.begin(), first.end(), second.begin(), second.end(), std::back_inserter(result));
+    return result;
+}
+
+bool isUnfinished(QUORDirTop::Result result) {
+    return result == QUORDirTop::ResultNoData || result == QUORDirTop::ResultIncomplete;
+}
+
+} // namespace
+
+QUORDirectoryWatchData::QUORDirectoryWatchData(DirectoryType type, QUORWatchTiming timing)
+    : _type(type), _timing(timing) {}
+
+QUORDirectoryWatchData::~QUORDirectoryWatchData() = default;
+
+void QUORDirectoryWatchData::initialize(const QString& path) {
+    _path = path.isEmpty() ? path : QDir(path).absolutePath();
+    const QUORDirectoryListing listing(_path);
+    _snapshot = listing.getNames();
+    QStringList unfinished;
+    _tree = dirFactory(_snapshot, unfinished);
+    for (const QString& name : std::as_const(unfinished)) {
+        wait(name);
+    }
+    _gone = listing.isGone();
+    _valid = _tree && !_gone;
+    if (_valid) {
+        noteListing(listing);
+    } else if (!path.isEmpty()) {
+        QUORLog::Instance().logError(
+            QStringLiteral("QUORDirectoryWatchData::initialize(): Not a valid directory: ") + path);
+    }
+}
+
+QUORDirTop::Ptr QUORDirectoryWatchData::dirFactory(const QStringList& names, QStringList& unfinished) const {
+    switch (_type) {
+    case Directory3d:
+        return std::make_shared<QUOR3DTop>(_path, names, unfinished);
+    case Directory2d:
+        return std::make_shared<QUOR2DTop>(_path, names, unfinished);
+    }
+    return nullptr;
+}
+
+void QUORDirectoryWatchData::markDirty() {
+    ++_notifications;
+    _dirty = true;
+}
+
+void QUORDirectoryWatchData::markForCheck() {
+    _check = true;
+    _dirty = true;
+}
+
+bool QUORDirectoryWatchData::checkUpdates() {
+    // Taken before the listing: what arrives during it makes the directory dirty again.
+    bool dirty = _dirty.exchange(false);
+    bool retry = _retry.exchange(false);
+    const bool check = _check.exchange(false);
+    if (!revive()) {
+        return false;
+    }
+    dirty = dirty || (retry && _listingFailed);
+    retry = (check && reconsiderDiscarded()) || (retry && _waiting > 0);
+    if (dirty && isChanged()) {
+        logDebug(QStringLiteral("REFRESH DIRECTORY/NEW OR DELETED ITEMS"));
+        refresh();
+        _dirty = true;
+    } else if (retry) {
+        logDebug(QStringLiteral("REFRESH/RETRY"));
+        refresh();
+    }
+    return true;
+}
+
+bool QUORDirectoryWatchData::revive() {
+    if (!_valid && _tree && _tree->isValid()) {
+        _valid = true;
+    }
+    return _valid;
+}
+
+bool QUORDirectoryWatchData::isChanged() {
+    _addedNames.clear();
+    _removedNames.clear();
+    const QUORDirectoryListing listing(_path);
+    noteListing(listing);
+    if (!listing.isComplete() && !listing.isGone()) {
+        return false;
+    }
+    QStringList names = listing.getNames();
+    _addedNames = difference(names, _snapshot);
+    for (const QString& name : difference(_snapshot, names)) {
+        (QUORDirectoryListing::hasVanished(pathOf(name)) ? _removedNames : names).append(name);
+    }
+    std::sort(names.begin(), names.end());
+    _snapshot = names;
+    return !_addedNames.isEmpty() || !_removedNames.isEmpty();
+}
+
+void QUORDirectoryWatchData::noteListing(const QUORDirectoryListing& listing) {
+    const bool failed = !listing.isComplete() && !listing.isGone();
+    if (failed && !_listingFailed) {
+        logWarning(QStringLiteral("Directory cannot be listed (") +
+                   QString::fromLocal8Bit(std::strerror(listing.getError())) + QStringLiteral("): ") + _path);
+    }
+    _listingFailed = failed;
+    if (!failed && listing.isGone() != _gone) {
+        _gone = listing.isGone();
+        if (_gone) {
+            logWarning(QStringLiteral("Directory has gone: ") + _path);
+        } else {
+            QUORLog::Instance().logNotice(QStringLiteral("Directory is there: ") + _path);
+        }
+    }
+    if (listing.getUnreadableNames() > 0 && !_unreadableNamesLogged) {
+        _unreadableNamesLogged = true;
+        logWarning(QStringLiteral("File names that are not valid UTF-8 are ignored, number: ") +
+                   QString::number(listing.getUnreadableNames()) + QStringLiteral(", directory: ") + _path);
+    }
+}
+
+void QUORDirectoryWatchData::refresh() {
+    ++_refreshes;
+    logDebug(QString::number(_refreshes) + QStringLiteral(": directory ") + _path +
+             QStringLiteral(" has changed (") + QString::number(_notifications) + QLatin1Char(')'));
+    addFilesToDir();
+    removeFilesFromDir();
+    doRetries();
+}
+
+QUORDirTop::Result QUORDirectoryWatchData::addToTree(const QString& name) {
+    const Stamp stamp = stampOf(name);
+    QString replaced;
+    const QUORDirTop::Result result = _tree->addFile(name, _removedNames, &replaced);
+    if (!replaced.isEmpty()) {
+        _replaced.insert(replaced);
+    }
+    if (result == QUORDirTop::ResultInvalid) {
+        _discarded.insert(name, stamp);
+    }
+    return result;
+}
+
+void QUORDirectoryWatchData::addFilesToDir() {
+    QStringList added;
+    QStringList unfinished;
+    for (const QString& name : std::as_const(_addedNames)) {
+        logDebug(QStringLiteral("ADD: TRYING TO ADD ") + name);
+        const QUORDirTop::Result result = addToTree(name);
+        if (result == QUORDirTop::ResultOk) {
+            logDebug(QStringLiteral("ADD: ADDED TO DIRECTORY ") + name);
+            added.append(name);
+        } else if (isUnfinished(result)) {
+            logDebug(QStringLiteral("ADD: FILE IS NOT COMPLETE ") + name);
+            unfinished.append(name);
+        } else if (result == QUORDirTop::ResultDuplicate) {
+            logWarning(QStringLiteral("INCOMING FILE DISCARDED (DUPLICATE):  ") + name);
+        } else {
+            logWarning(QStringLiteral("INCOMING FILE DISCARDED: (INVALID OR NO PERMISSIONS): ") + name);
+        }
+    }
+    _addedNames = added;
+    for (const QString& name : std::as_const(unfinished)) {
+        wait(name);
+    }
+}
+
+void QUORDirectoryWatchData::removeFilesFromDir() {
+    QStringList removed;
+    for (const QString& name : std::as_const(_removedNames)) {
+        if (_replaced.remove(name) || _tree->removeFile(name) == QUORDirTop::ResultOk) {
+            logDebug(QStringLiteral("REMOVE: REMOVED FROM DIRECTORY ") + name);
+            removed.append(name);
+        } else {
+            QUORLog::Instance().logNotice(QStringLiteral("COULD NOT REMOVE FILE (NOT IN DIRECTORY) ") + name);
+        }
+        stopWaiting(name);
+        _discarded.remove(name);
+    }
+    _removedNames = removed;
+}
+
+void QUORDirectoryWatchData::doRetries() {
+    QList<QUORDirWatchRetryItem::Ptr> kept;
+    for (const QUORDirWatchRetryItem::Ptr& item : std::as_const(_retryItems)) {
+        // A file that was deleted while it waited leaves with the next listing.
+        if (QUORDirectoryListing::hasVanished(pathOf(item->getName())) || retryFile(*item)) {
+            kept.append(item);
+        }
+    }
+    setWaiting(kept);
+}
+
+/// False when the file need not wait any longer.
+bool QUORDirectoryWatchData::retryFile(QUORDirWatchRetryItem& item) {
+    const QString name = item.getName();
+    const Stamp stamp = stampOf(name);
+    logDebug(QStringLiteral("RETRY: ") + name + QStringLiteral(", size then: ") +
+             QString::number(item.getSize()) + QStringLiteral(", size now: ") + QString::number(stamp.size));
+    item.update(stamp.size, _timing.retry * 9 / 10);
+    const QString prefix = QStringLiteral("RETRY(") + QString::number(item.getRetries()) + QLatin1Char(')');
+    logDebug(prefix + QStringLiteral(" ADDING ") + name);
+    const QUORDirTop::Result result = addToTree(name);
+    if (result == QUORDirTop::ResultOk) {
+        logDebug(prefix + QStringLiteral(": ADDED TO DIRECTORY ") + name);
+        _addedNames.append(name);
+        return false;
+    }
+    const bool exhausted = item.getRetries() > MOST_RETRIES;
+    if (isUnfinished(result)) {
+        logDebug(prefix + QStringLiteral(": FILE STILL INCOMPLETE: ") + name);
+    } else {
+        logWarning(QStringLiteral("INCOMING FILE DISCARDED AFTER RETRIES (INVALID OR NO PERMISSIONS): ") +
+                   name);
+    }
+    if (exhausted) {
+        logWarning(QStringLiteral("TOO MANY RETRIES, FILE DISCARDED: ") + name);
+        _discarded.insert(name, stamp);
+    }
+    return isUnfinished(result) && !exhausted;
+}
+
+QString QUORDirectoryWatchData::pathOf(const QString& name) const {
+    return _path + QLatin1Char('/') + name;
+}
+
+QUORDirectoryWatchData::Stamp QUORDirectoryWatchData::stampOf(const QString& name) const {
+    struct stat info {};
+    if (::lstat(QFile::encodeName(pathOf(name)).constData(), &info) != 0) {
+        return {};
+    }
+    return {info.st_size, qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec};
+}
+
+void QUORDirectoryWatchData::wait(const QString& name) {
+    _retryItems.append(std::make_shared<QUORDirWatchRetryItem>(name, stampOf(name).size));
+    _waiting = int(_retryItems.size());
+}
+
+void QUORDirectoryWatchData::setWaiting(QList<QUORDirWatchRetryItem::Ptr> items) {
+    _retryItems = std::move(items);
+    _waiting = int(_retryItems.size());
+}
+
+void QUORDirectoryWatchData::stopWaiting(const QString& name) {
+    QList<QUORDirWatchRetryItem::Ptr> items = _retryItems;
+    const auto item =
+        std::find_if(items.begin(), items.end(), [&name](const auto& i) { return i->getName() == name; });
+    if (item != items.end()) {
+        items.erase(item);
+        setWaiting(items);
+    }
+}
+
+bool QUORDirectoryWatchData::reconsiderDiscarded() {
+    QStringList changed;
+    for (auto entry = _discarded.cbegin(); entry != _discarded.cend(); ++entry) {
+        if (stampOf(entry.key()) != entry.value()) {
+            changed.append(entry.key());
+        }
+    }
+    for (const QString& name : std::as_const(changed)) {
+        _discarded.remove(name);
+        wait(name);
+    }
+    return !changed.isEmpty();
+}

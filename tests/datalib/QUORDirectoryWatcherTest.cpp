@@ -1,0 +1,336 @@
+// SPDX-License-Identifier: MIT
+#include "QUORDirectoryWatcher.h"
+
+#include "LogCapture.h"
+#include "TestProduct.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Collects what a watcher announces, and how often.
+class Announced {
+public:
+    explicit Announced(QUORDirectoryWatcher& watcher) {
+        QObject::connect(
+            &watcher, &QUORDirectoryWatcher::newFiles, &watcher,
+            [this, &watcher] {
+                ++signalCount;
+                take(added, [&watcher] { return watcher.getAddedFile(); });
+                take(removed, [&watcher] { return watcher.getRemovedFile(); });
+            },
+            Qt::QueuedConnection);
+    }
+
+    QStringList added;
+    QStringList removed;
+    int signalCount = 0;
+
+private:
+    static void take(QStringList& names, const std::function<QString()>& next) {
+        for (QString path = next(); !path.isEmpty(); path = next()) {
+            names.append(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
+        }
+    }
+};
+
+bool waitUntil(const std::function<bool()>& reached, int milliseconds = 10000) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!reached()) {
+        if (timer.elapsed() > milliseconds) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        QThread::msleep(1);
+    }
+    return true;
+}
+
+class QUORDirectoryWatcherTest : public testing::Test {
+protected:
+    QUORDirectoryWatcherTest() { QDir().mkpath(folder()); }
+
+    QString folder() const { return _dir.path() + QStringLiteral("/products"); }
+    QString pathOf(const QString& name) const { return folder() + QLatin1Char('/') + name; }
+    static TestProduct product(int minute) {
+        TestProduct product;
+        product.time.setTime({12, minute});
+        return product;
+    }
+    QString write(int minute) const {
+        product(minute).write(folder());
+        return product(minute).fileName();
+    }
+    void append(const QString& name, const QByteArray& bytes) const {
+        QFile file(pathOf(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Append));
+        file.write(bytes);
+    }
+    std::unique_ptr<QUORDirectoryWatcher> watch(QUORWatchTiming timing = {}) const {
+        return std::make_unique<QUORDirectoryWatcher>(folder(), QUORDirectoryWatchData::Directory3d, timing);
+    }
+    /// The watcher has nothing left to do.
+    static bool isAsleep(const LogCapture& log) {
+        return log.waitFor(QStringLiteral("Directories clean - going to sleep"));
+    }
+
+    static constexpr QUORWatchTiming FAST{60000ms, 30ms};
+    static constexpr QUORWatchTiming OFTEN{100ms, 30ms};
+    QTemporaryDir _dir;
+};
+
+} // namespace
+
+TEST_F(QUORDirectoryWatcherTest, AnnouncesWhatArrivesAndWhatGoes) {
+    const LogCapture log;
+    const QString before = write(0);
+    const auto watcher = watch();
+    Announced announced(*watcher);
+    EXPECT_TRUE(watcher->getTree()->findLeaf(before));
+    EXPECT_EQ(watcher->getAddedFile(), QString());
+    ASSERT_TRUE(isAsleep(log));
+
+    product(1).write(_dir.path());
+    const QString name = product(1).fileName();
+    ASSERT_TRUE(QFile::rename(_dir.path() + QLatin1Char('/') + name, pathOf(name)));
+    ASSERT_TRUE(waitUntil([&] { return !announced.added.isEmpty(); }));
+    EXPECT_EQ(announced.added, QStringList{name});
+    EXPECT_EQ(announced.signalCount, 1);
+    EXPECT_TRUE(watcher->getTree()->findLeaf(name));
+
+    QFile::remove(pathOf(before));
+    ASSERT_TRUE(waitUntil([&] { return !announced.removed.isEmpty(); }));
+    EXPECT_EQ(announced.removed, QStringList{before});
+    EXPECT_EQ(announced.added, QStringList{name});
+    EXPECT_FALSE(watcher->getTree()->findLeaf(before));
+}
+
+TEST_F(QUORDirectoryWatcherTest, NothingIsLostWhileFilesKeepArriving) {
+    const auto watcher = watch();
+    Announced announced(*watcher);
+    constexpr int count = 300;
+    for (int i = 0; i < count; ++i) {
+        TestProduct late;
+        late.time = late.time.addSecs(i);
+        late.write(folder());
+        if (i % 10 == 0) {
+            QCoreApplication::processEvents();
+        }
+    }
+    EXPECT_TRUE(waitUntil([&] { return announced.added.size() == count; })) << announced.added.size();
+    announced.added.removeDuplicates();
+    EXPECT_EQ(announced.added.size(), count);
+}
+
+TEST_F(QUORDirectoryWatcherTest, WaitsForGrowingFiles) {
+    const QByteArray whole = product(0).bytes();
+    const QString name = product(0).fileName();
+    const LogCapture log;
+    const auto watcher = watch(FAST);
+    Announced announced(*watcher);
+    append(name, {});
+    ASSERT_TRUE(log.waitFor(QStringLiteral("ADD: FILE IS NOT COMPLETE ") + name));
+    for (const auto& [first, length] : {std::pair{0, 300}, {300, 380}}) {
+        append(name, whole.mid(first, length));
+        const QString size = QStringLiteral("size now: ") + QString::number(first + length);
+        ASSERT_TRUE(log.waitFor(size));
+    }
+    EXPECT_TRUE(announced.added.isEmpty());
+    append(name, whole.mid(680));
+    ASSERT_TRUE(waitUntil([&] { return !announced.added.isEmpty(); }));
+    EXPECT_EQ(announced.added, QStringList{name});
+    EXPECT_TRUE(watcher->getTree()->findLeaf(name));
+    EXPECT_TRUE(log.contains(QStringLiteral("ITEMS IN RETRY QUEUE - STARTING TIMER 1")));
+    EXPECT_TRUE(log.contains(QStringLiteral(": ADDED TO DIRECTORY ") + name));
+}
+
+TEST_F(QUORDirectoryWatcherTest, FilesUnfinishedAtStartAreAnnouncedWhenWhole) {
+    const QByteArray whole = product(0).bytes();
+    const QString name = product(0).fileName();
+    append(name, whole.left(100));
+    const auto watcher = watch(FAST);
+    Announced announced(*watcher);
+    EXPECT_FALSE(watcher->getTree()->findLeaf(name));
+    append(name, whole.mid(100));
+    EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList{name}; }));
+}
+
+TEST_F(QUORDirectoryWatcherTest, GivesUpWhatStopsGrowingButLooksAgainWhenItChanges) {
+    const QByteArray whole = product(0).bytes();
+    const QString name = product(0).fileName();
+    const LogCapture log;
+    const auto watcher = watch(OFTEN);
+    Announced announced(*watcher);
+    append(name, whole.left(650));
+    ASSERT_TRUE(log.waitFor(QStringLiteral("W: TOO MANY RETRIES, FILE DISCARDED: ") + name));
+    EXPECT_TRUE(log.contains(QStringLiteral("RETRY(10): FILE STILL INCOMPLETE: ") + name));
+    EXPECT_TRUE(log.contains(QStringLiteral("RETRY(11): FILE STILL INCOMPLETE: ") + name));
+    EXPECT_FALSE(log.contains(QStringLiteral("RETRY(12)")));
+    append(name, whole.mid(650));
+    EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList{name}; }));
+}
+
+TEST_F(QUORDirectoryWatcherTest, ABusyDirectoryDoesNotShortenTheRetries) {
+    const QString name = product(0).fileName();
+    append(name, product(0).bytes().left(650));
+    QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d, QUORWatchTiming{60000ms, 1000ms});
+    data.initialize(folder());
+    ASSERT_EQ(data.getWaiting(), 1);
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 30; ++i) {
+        data.doRetries();
+    }
+    if (timer.elapsed() < 900) {
+        EXPECT_EQ(data.getWaiting(), 1);
+    }
+}
+
+TEST_F(QUORDirectoryWatcherTest, DiscardsWhatIsNoNewProduct) {
+    const LogCapture log;
+    const QString first = write(0);
+    const auto watcher = watch();
+    Announced announced(*watcher);
+    const QString copy = first + QStringLiteral(".copy");
+    QFile::copy(pathOf(first), pathOf(copy));
+    EXPECT_TRUE(log.waitFor(QStringLiteral("W: INCOMING FILE DISCARDED (DUPLICATE):  ") + copy));
+    append(QStringLiteral("text"), QByteArray(1000, 'x'));
+    EXPECT_TRUE(log.waitFor(QStringLiteral("W: INCOMING FILE DISCARDED: (INVALID OR NO PERMISSIONS): text")));
+    append(QStringLiteral("waits"), {});
+    EXPECT_TRUE(log.waitFor(QStringLiteral("ADD: FILE IS NOT COMPLETE waits")));
+    QFile::remove(pathOf(QStringLiteral("waits")));
+    EXPECT_TRUE(log.waitFor(QStringLiteral("N: COULD NOT REMOVE FILE (NOT IN DIRECTORY) waits")));
+    const QString last = write(1);
+    ASSERT_TRUE(waitUntil([&] { return !announced.added.isEmpty(); }));
+    EXPECT_EQ(announced.added, QStringList{last});
+    EXPECT_TRUE(announced.removed.isEmpty());
+    EXPECT_FALSE(log.contains(QStringLiteral("TOO MANY RETRIES")));
+}
+
+TEST_F(QUORDirectoryWatcherTest, ARenameIntoPlaceKeepsTheProduct) {
+    const auto watcher = watch();
+    Announced announced(*watcher);
+    const QString name = product(0).fileName();
+    const QString temporary = name + QStringLiteral(".tmp");
+    product(0).writeTo(pathOf(temporary));
+    ASSERT_TRUE(waitUntil([&] { return announced.added.contains(temporary); }));
+    ASSERT_TRUE(QDir(folder()).rename(temporary, name));
+    ASSERT_TRUE(waitUntil([&] { return announced.added.contains(name); }));
+    EXPECT_TRUE(watcher->getTree()->findLeaf(name));
+    EXPECT_TRUE(waitUntil([&] { return announced.removed == QStringList{temporary}; }));
+    EXPECT_TRUE(watcher->getTree()->findLeaf(name));
+}
+
+TEST_F(QUORDirectoryWatcherTest, AVanishedDirectoryNeitherSpinsNorStaysLost) {
+    const LogCapture log;
+    const QString first = write(0);
+    const auto watcher = watch(OFTEN);
+    Announced announced(*watcher);
+    ASSERT_TRUE(QDir(folder()).removeRecursively());
+    ASSERT_TRUE(waitUntil([&] { return announced.removed == QStringList{first}; }));
+    ASSERT_TRUE(log.waitFor(QStringLiteral("W: Directory has gone: ") + folder()));
+    const int passes = log.count(QStringLiteral("--- WAKE UP --"));
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_TRUE(waitUntil([&] { return log.count(QStringLiteral("--- WAKE UP --")) >= passes + 3; }));
+    EXPECT_GE(timer.elapsed(), 190);
+
+    QDir().mkpath(folder());
+    const QString second = write(1);
+    EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList{second}; }));
+    EXPECT_EQ(log.count(QStringLiteral("Directory has gone: ")), 1);
+}
+
+TEST_F(QUORDirectoryWatcherTest, AReplacedDirectoryIsWatchedAnew) {
+    const LogCapture log;
+    const QString link = _dir.path() + QStringLiteral("/link");
+    const QString other = _dir.path() + QStringLiteral("/other");
+    QDir().mkpath(other);
+    const QString first = write(0);
+    product(1).write(other);
+    ASSERT_TRUE(QFile::link(folder(), link));
+    QUORDirectoryWatcher watcher(link, QUORDirectoryWatchData::Directory3d, OFTEN);
+    Announced announced(watcher);
+    ASSERT_TRUE(QFile::remove(link) && QFile::link(other, link));
+    ASSERT_TRUE(waitUntil([&] { return !announced.added.isEmpty() && !announced.removed.isEmpty(); }));
+    EXPECT_EQ(announced.added, QStringList{product(1).fileName()});
+    EXPECT_EQ(announced.removed, QStringList{first});
+
+    ASSERT_TRUE(isAsleep(log));
+    const int notifications = log.count(QStringLiteral("Changed directory: "));
+    product(2).write(other);
+    EXPECT_TRUE(waitUntil([&] { return announced.added.contains(product(2).fileName()); }));
+    EXPECT_TRUE(log.waitFor(QStringLiteral("Changed directory: ") + link));
+    EXPECT_GT(log.count(QStringLiteral("Changed directory: ")), notifications);
+}
+
+TEST_F(QUORDirectoryWatcherTest, ADirectoryThatComesLaterIsFound) {
+    const LogCapture log;
+    QDir().rmdir(folder());
+    const auto watcher = watch(OFTEN);
+    Announced announced(*watcher);
+    EXPECT_TRUE(log.contains(
+        QStringLiteral("E: QUORDirectoryWatchData::initialize(): Not a valid directory: ") + folder()));
+    ASSERT_TRUE(watcher->getTree());
+    EXPECT_FALSE(watcher->getTree()->isValid());
+    QDir().mkpath(folder());
+    const QString name = write(0);
+    EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList{name}; }));
+}
+
+TEST_F(QUORDirectoryWatcherTest, TheCheckMakesUpForLostNotifications) {
+    const auto watcher = watch(OFTEN);
+    const QString name = write(0);
+    QString found;
+    QElapsedTimer timer;
+    timer.start();
+    // No event is processed, so no notification comes through.
+    while (found.isEmpty() && timer.elapsed() < 10000) {
+        QThread::msleep(1);
+        found = watcher->getAddedFile();
+    }
+    EXPECT_EQ(found, pathOf(name));
+}
+
+TEST_F(QUORDirectoryWatcherTest, APathChangeDropsWhatTheOldDirectoryQueued) {
+    const LogCapture log;
+    const QString other = _dir.path() + QStringLiteral("/other");
+    QDir().mkpath(other);
+    product(5).write(other);
+    const auto watcher = watch();
+    write(0);
+    ASSERT_TRUE(waitUntil([&] { return log.contains(QStringLiteral("FILES QUEUED (1)")); }));
+    watcher->pathChanged(other);
+    EXPECT_EQ(watcher->getAddedFile(), QString());
+    EXPECT_TRUE(watcher->getTree()->findLeaf(product(5).fileName()));
+    Announced announced(*watcher);
+    product(6).write(other);
+    write(1);
+    EXPECT_TRUE(waitUntil([&] { return !announced.added.isEmpty(); }));
+    EXPECT_EQ(announced.added, QStringList{product(6).fileName()});
+}
+
+TEST_F(QUORDirectoryWatcherTest, StopsAtOnceAndSleepsWhenIdle) {
+    const LogCapture log;
+    auto watcher = watch();
+    ASSERT_TRUE(isAsleep(log));
+    QElapsedTimer timer;
+    timer.start();
+    waitUntil([&] { return timer.elapsed() > 300; });
+    EXPECT_EQ(log.count(QStringLiteral("--- WAKE UP --")), 0);
+    timer.restart();
+    watcher.reset();
+    EXPECT_LT(timer.elapsed(), 1000);
+    EXPECT_TRUE(log.contains(QStringLiteral("D: QUORDirectoryWatcher::~QUORDirectoryWatcher() finished.")));
+}

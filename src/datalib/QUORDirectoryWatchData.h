@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORDirTop.h"
+#include "QUORDirWatchRetryItem.h"
+
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QStringList>
+
+#include <atomic>
+#include <chrono>
+
+class QUORDirectoryListing;
+
+/// How often a watched directory is looked at without being asked to.
+struct QUORWatchTiming {
+    /// The whole directory, whatever the notifier says.
+    std::chrono::milliseconds check{60000};
+    /// Files that are still being written.
+    std::chrono::milliseconds retry{1000};
+};
+
+/// One watched directory: its tree, the names of the last listing and the files that wait to be complete.
+/// Names that were not in the last listing are new; what is in the directory when it is initialised is not
+/// announced, unless it is still being written.
+///
+/// `initialize` is called before the object is shared. Then the flags may be set and the tree and the path
+/// be read by any thread; everything else belongs to the watcher's thread.
+class QUORDirectoryWatchData {
+public:
+    using Ptr = std::shared_ptr<QUORDirectoryWatchData>;
+    using CPtr = std::shared_ptr<const QUORDirectoryWatchData>;
+
+    enum DirectoryType { Directory2d = 2, Directory3d = 3 };
+
+    explicit QUORDirectoryWatchData(DirectoryType type, QUORWatchTiming timing = {});
+    virtual ~QUORDirectoryWatchData();
+    QUORDirectoryWatchData(const QUORDirectoryWatchData&) = delete;
+    QUORDirectoryWatchData& operator=(const QUORDirectoryWatchData&) = delete;
+
+    /// One listing serves the tree and the later comparisons. A directory that does not exist is an error
+    /// line, an empty tree and not valid, until a check finds it.
+    void initialize(const QString& path);
+
+    /// A notification arrived.
+    void markDirty();
+    /// Files that wait are due.
+    void markRetry() { _retry = true; }
+    /// Time for a check of everything, notified or not.
+    void markForCheck();
+    bool isDirty() const { return _dirty; }
+    bool isRetry() const { return _retry; }
+    bool isValid() const { return _valid; }
+    /// Absolute; empty when there is none.
+    QString getPath() const { return _path; }
+    /// Null for an unknown type only.
+    QUORDirTop::Ptr getTree() const { return _tree; }
+    /// How many files wait to be complete.
+    int getWaiting() const { return _waiting; }
+    /// Something is to be looked at again after the retry interval.
+    bool needsRetry() const { return _waiting > 0 || _listingFailed; }
+
+    /// One pass: takes the flags, compares the directory with the last listing and brings the tree up to
+    /// date. After a change the directory stays dirty, for one more look. False when it does not exist.
+    bool checkUpdates();
+    /// Compares with the last listing; a listing that fails is no change.
+    bool isChanged();
+    void refresh();
+    void addFilesToDir();
+    void removeFilesFromDir();
+    void doRetries();
+    int getRefreshes() const { return _refreshes; }
+    /// The names added to the tree and removed from it, each handed out once.
+    QStringList takeAddedNames() { return std::exchange(_addedNames, {}); }
+    QStringList takeRemovedNames() { return std::exchange(_removedNames, {}); }
+
+private:
+    /// What tells whether a file has been written to or its rights have changed.
+    struct Stamp {
+        qint64 size = 0;
+        qint64 changed = 0; ///< nanoseconds
+        bool operator==(const Stamp&) const = default;
+    };
+
+    QUORDirTop::Ptr dirFactory(const QStringList& names, QStringList& unfinished) const;
+    bool revive();
+    void noteListing(const QUORDirectoryListing& listing);
+    QString pathOf(const QString& name) const;
+    Stamp stampOf(const QString& name) const;
+    QUORDirTop::Result addToTree(const QString& name);
+    bool retryFile(QUORDirWatchRetryItem& item);
+    void wait(const QString& name);
+    void setWaiting(QList<QUORDirWatchRetryItem::Ptr> items);
+    void stopWaiting(const QString& name);
+    bool reconsiderDiscarded();
+
+    const DirectoryType _type;
+    const QUORWatchTiming _timing;
+    std::atomic<bool> _valid{false};
+    std::atomic<bool> _dirty{false};
+    std::atomic<bool> _retry{false};
+    std::atomic<bool> _check{false};
+    QUORDirTop::Ptr _tree;
+    QString _path;
+    QStringList _snapshot;
+    QStringList _addedNames;
+    QStringList _removedNames;
+    QList<QUORDirWatchRetryItem::Ptr> _retryItems;
+    std::atomic<int> _waiting{0};
+    std::atomic<bool> _listingFailed{false};
+    /// Files whose place in the tree a duplicate took before their removal was seen.
+    QSet<QString> _replaced;
+    /// Unreadable or unfinished files that were given up, with what they were like then: when a check finds
+    /// them changed they wait again.
+    QHash<QString, Stamp> _discarded;
+    bool _gone = false;
+    bool _unreadableNamesLogged = false;
+    std::atomic<int> _notifications{0};
+    int _refreshes = 0;
+};
