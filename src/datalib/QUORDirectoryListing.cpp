@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "QUORDirectoryListing.h"
 
+#include <QByteArrayView>
 #include <QFile>
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <cerrno>
@@ -63,11 +63,10 @@ void QUORDirectoryListing::take(int directory, const char* name, unsigned char t
             return;
         }
     }
-    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decode(QByteArrayView(name, qsizetype(std::strlen(name))));
-    if (decode.hasError()) {
-        ++_unreadableNames;
+    const QByteArrayView bytes(name, qsizetype(std::strlen(name)));
+    if (bytes.isValidUtf8()) {
+        _names.append(QString::fromUtf8(bytes));
     } else {
-        _names.append(text);
+        ++_unreadableNames;
     }
 }
