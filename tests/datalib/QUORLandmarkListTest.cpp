@@ -123,9 +123,6 @@ TEST_F(LandmarkList, printsWhatItReadsBack) {
     const auto towns = LandmarkWriter::makeTowns(3, 42.0, 1.5);
     ASSERT_GE(towns.size(), 5U);
     ScratchHome::writeSettings(
-        FILE_NAME, LandmarkWriter::toText(towns) +
-                       entry(99, "label=\"A;b \\\"c\\\" \\\\d, =e\"|location\\lat=1|location\\lon=2"));
-    ScratchHome::writeSettings(
         FILE_NAME,
         LandmarkWriter::toText(towns).replace(QStringLiteral("size=%1").arg(towns.size()), "size=99") +
             entry(99, "label=\"A;b \\\"c\\\" \\\\d, =e\"|location\\lat=1|location\\lon=2"));

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "QUOR3DTerrainElement.h"
+
+#include "ElementFixture.h"
+#include "OffscreenScene.h"
+#include "QUORTerrainDir.h"
+#include "TerrainWriter.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <vtkAssembly.h>
+#include <vtkCamera.h>
+
+#include <cmath>
+
+class QUOR3DTerrainElementTest : public ElementFixture<QUOR3DTerrainElement, 41> {
+protected:
+    QUOR3DTerrainElementTest() {
+        QFile tile(tiles.filePath("N41E001.hgt"));
+        EXPECT_TRUE(tile.open(QIODevice::WriteOnly) && tile.resize(2LL * 1201 * 1201));
+        tile.close();
+        directory = std::make_unique<QUORTerrainDir>(tiles.path(), tiles.filePath("cache"));
+        directory->scanFiles();
+    }
+
+    QUORTerrainSet::Ptr makeSet(const QUORCoordinate& southWest, const QUORCoordinate& northEast) const {
+        return directory->getTerrainSet(
+            std::make_shared<QUORGeoProjection>("aeqd", QUORCoordinate(42.0, 1.5), 6378137.0, 298.257),
+            southWest, northEast);
+    }
+    void updateWith(const QUORTerrainSet::CPtr& set) {
+        QUORLayerParametersTerrain record;
+        record.setTerrainSet(set);
+        update(record);
+    }
+
+    QTemporaryDir tiles;
+    std::unique_ptr<QUORTerrainDir> directory;
+};
+
+TEST_F(QUOR3DTerrainElementTest, ShowsThePropOfItsSetAndLoadsItOnce) {
+    const QUORTerrainSet::Ptr set = makeSet({41.0, 1.0}, {42.0, 2.0});
+    updateWith(set);
+    ASSERT_NE(element.getProp(), nullptr);
+    EXPECT_EQ(element.getProp(), set->getProp());
+    updateWith(set);
+    EXPECT_EQ(log.count(QStringLiteral("QUOR3DTerrainElement::update(): No need to update.")), 1);
+    EXPECT_EQ(log.count(QStringLiteral("QUORTerrainSet::loadFiles() called.")), 1);
+
+    const QUORTerrainSet::Ptr nothing = makeSet({10.0, 1.0}, {11.0, 2.0});
+    updateWith(nothing);
+    EXPECT_EQ(vtkAssembly::SafeDownCast(element.getProp())->GetParts()->GetNumberOfItems(), 0);
+    element.invalidate();
+    EXPECT_EQ(element.getProp(), nullptr);
+}
+
+TEST_F(QUOR3DTerrainElementTest, StopsWhenAskedAndTriesAgain) {
+    const QUORTerrainSet::Ptr set = makeSet({41.0, 1.0}, {42.0, 2.0});
+    QUORLayerParametersTerrain record;
+    record.setTerrainSet(set);
+    const auto shared = std::make_shared<const QUORLayerParametersTerrain>(record);
+    QUORAbortFlag stop;
+    stop.set();
+    element.update(shared, true, stop);
+    EXPECT_TRUE(log.contains(QStringLiteral("QUOR3DTerrainElement::createVTK(): ABORTED!")));
+    EXPECT_TRUE(log.contains(QStringLiteral("QUOR3DTerrainElement::update(): ABORTED!")));
+    EXPECT_EQ(element.getProp(), nullptr);
+    element.update(shared, true, abort);
+    EXPECT_NE(element.getProp(), nullptr);
+}
+
+class TerrainPictureTest : public OffscreenScene {
+protected:
+    QTemporaryDir tiles;
+};
+
+/// Two tiles from above: land and sea are where they should be, and the background shows nowhere between.
+TEST_F(TerrainPictureTest, ShowsLandAndSeaInPlace) {
+    const TerrainWriter land(1, 42.0, 1.5);
+    for (const int lat : {41, 42}) {
+        QFile tile(tiles.filePath(TerrainWriter::fileName(lat, 1)));
+        ASSERT_TRUE(tile.open(QIODevice::WriteOnly) && tile.write(land.makeTile(lat, 1)) > 0);
+    }
+    QUORTerrainDir directory(tiles.path(), {});
+    directory.scanFiles();
+    const QUORTerrainSet::Ptr set = directory.getTerrainSet(
+        std::make_shared<QUORGeoProjection>("aeqd", QUORCoordinate(42.0, 1.5), 6378137.0, 298.257),
+        {41.0, 1.0}, {43.0, 2.0});
+    ASSERT_TRUE(set->loadFiles(QUORAbortFlag()));
+    renderer->AddViewProp(set->getProp());
+    renderer->SetBackground(1.0, 0.0, 1.0);
+    vtkCamera* camera = renderer->GetActiveCamera();
+    camera->ParallelProjectionOn();
+    camera->SetParallelScale(100000.0); // 500 m a pixel
+    camera->SetPosition(0, 0, 100000);
+    camera->SetFocalPoint(0, 0, 0);
+    camera->SetViewUp(0, 1, 0);
+    camera->SetClippingRange(100, 200000);
+    window->Render();
+
+    const auto isSea = [](const std::array<int, 3>& rgb) { return rgb[2] > rgb[0] + 20; };
+    constexpr int MIDDLE = SIDE / 2;
+    int wrong = 0;
+    int sea = 0;
+    int background = 0;
+    for (int y = 5; y < SIDE; y += 10) {
+        for (int x = MIDDLE - 75; x < MIDDLE + 75; x += 5) {
+            const std::array<int, 3> rgb = pixel(x, y);
+            const double north = (y - MIDDLE) * 500.0 / 111080.0;
+            const double east = (x - MIDDLE) * 500.0 / (111320.0 * std::cos((42.0 + north) * 0.0174533));
+            const int height = land.heightAt(42.0 + north, 1.5 + east);
+            wrong += isSea(rgb) != (height == 0) ? 1 : 0;
+            sea += height == 0 ? 1 : 0;
+            background += rgb == std::array<int, 3>{255, 0, 255} ? 1 : 0;
+        }
+    }
+    EXPECT_GT(sea, 100);
+    EXPECT_EQ(background, 0);
+    EXPECT_LE(wrong, 6); // of 1200: the coast itself is averaged
+    set->getProp()->ReleaseGraphicsResources(window);
+}
