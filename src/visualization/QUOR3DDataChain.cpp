@@ -70,11 +70,12 @@ int shiftOf(int factor) {
     return -(factor / 2);
 }
 
-/// The filter reads outside an axis that is shorter than its first whole block: such an axis stays.
+/// An axis that does not hold two whole blocks stays as it is: there is no surface in a single sample, and
+/// the filter would read outside an axis without any whole block.
 int usableFactor(int factor, int points) {
     const int first = (-shiftOf(factor) + factor - 1) / factor;
-    const int last = first * factor + shiftOf(factor) + factor - 1;
-    return last < points ? factor : 1;
+    const int endOfSecond = (first + 2) * factor + shiftOf(factor);
+    return endOfSecond <= points ? factor : 1;
 }
 
 vtkSmartPointer<vtkImageData> shrink(vtkImageData* image, const Factors& factors) {

@@ -9,6 +9,7 @@
 #include <vtkActor.h>
 #include <vtkAssembly.h>
 #include <vtkFlyingEdges3D.h>
+#include <vtkImageData.h>
 #include <vtkLookupTable.h>
 #include <vtkPolyData.h>
 #include <vtkPolyDataMapper.h>
@@ -66,6 +67,12 @@ void tintAmbientLight(vtkActor* actor) {
                                                              false);
 }
 
+/// Without it no surface is possible, and the filter fails.
+bool hasThickness(vtkFlyingEdges3D* filter) {
+    auto* image = vtkImageData::SafeDownCast(filter->GetInputDataObject(0, 0));
+    return image != nullptr && image->GetDataDimension() == 3;
+}
+
 vtkSmartPointer<vtkActor> makeActor(vtkPolyDataMapper* mapper) {
     auto actor = vtkSmartPointer<vtkActor>::New();
     actor->SetMapper(mapper);
@@ -115,7 +122,7 @@ void QUOR3DSurfaces::update(const Surfaces& surfaces, const QUORDataType& dataTy
 
 void QUOR3DSurfaces::run() {
     for (const Part& part : {_opaque, _translucent}) {
-        if (part.filter->GetNumberOfContours() > 0) {
+        if (part.filter->GetNumberOfContours() > 0 && hasThickness(part.filter)) {
             part.filter->Update();
             part.mapper->SetInputData(part.filter->GetOutput());
             _assembly->AddPart(part.actor);

@@ -11,6 +11,7 @@
 #include <vtkColorTransferFunction.h>
 #include <vtkFixedPointVolumeRayCastMapper.h>
 #include <vtkGPUVolumeRayCastMapper.h>
+#include <vtkImageData.h>
 #include <vtkNew.h>
 #include <vtkPiecewiseFunction.h>
 #include <vtkPointSource.h>
@@ -27,20 +28,27 @@ namespace {
 
 constexpr int RAMP_POINTS = 15;
 constexpr int RAMP_EXPONENT = 5;
-/// In voxels.
-constexpr float SAMPLE_DISTANCE = 1.0F;
 
 void logDebug(const QString& text) {
     QUORLog::Instance().logDebug(text);
 }
 
-vtkSmartPointer<vtkVolumeMapper> makeMapper(bool hardware) {
+/// Twice in each voxel of reduced data; what lies wider apart shows as bands.
+float sampleDistance(vtkImageData* image) {
+    return std::max(1.0F, float(0.5 * image->GetSpacing()[0]));
+}
+
+vtkSmartPointer<vtkVolumeMapper> makeMapper(vtkImageData* image, bool hardware) {
+    vtkSmartPointer<vtkVolumeMapper> mapper;
     if (hardware) {
-        return vtkSmartPointer<vtkGPUVolumeRayCastMapper>::New();
+        mapper = vtkSmartPointer<vtkGPUVolumeRayCastMapper>::New();
+    } else {
+        auto software = vtkSmartPointer<vtkFixedPointVolumeRayCastMapper>::New();
+        software->AutoAdjustSampleDistancesOff();
+        software->SetSampleDistance(sampleDistance(image));
+        mapper = software;
     }
-    auto mapper = vtkSmartPointer<vtkFixedPointVolumeRayCastMapper>::New();
-    mapper->AutoAdjustSampleDistancesOff();
-    mapper->SetSampleDistance(SAMPLE_DISTANCE);
+    mapper->SetInputData(image);
     return mapper;
 }
 
@@ -76,10 +84,9 @@ void addRampPoint(vtkPiecewiseFunction& ramp, int number, double x, double opaci
 } // namespace
 
 QUOR3DVolume::QUOR3DVolume(vtkAlgorithm* data, bool hardware)
-    : _mapper(makeMapper(hardware)),
+    : _mapper(makeMapper(vtkImageData::SafeDownCast(data->GetOutputDataObject(0)), hardware)),
       _volume(vtkSmartPointer<vtkVolume>::New()),
       _assembly(vtkSmartPointer<vtkAssembly>::New()) {
-    _mapper->SetInputDataObject(data->GetOutputDataObject(0));
     _volume->SetMapper(_mapper);
     _assembly->AddPart(_volume);
     _assembly->AddPart(makePointActor());
