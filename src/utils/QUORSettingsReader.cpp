@@ -5,6 +5,8 @@
 #include "QUORLogOnce.h"
 #include "QUORSystem.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -62,11 +64,34 @@ QUORSettingsReader::QUORSettingsReader(const QString& applicationName)
 }
 
 QUORSettingsReader::~QUORSettingsReader() {
-    // A format error shows only while a changed file is parsed, so it is said once for each change.
     if (_settings->status() == QSettings::FormatError) {
-        QUORLog::Instance().logWarning(QStringLiteral("Settings file ") + _settings->fileName() +
-                                       QStringLiteral(" holds lines that cannot be understood"));
+        reportFormat();
     }
+}
+
+// The status shows only while a changed file is parsed, so this is said once for each change.
+void QUORSettingsReader::reportFormat() const {
+    QFile file(_settings->fileName());
+    const int line = file.open(QIODevice::ReadOnly) ? findBadLine(file.readAll()) : 0;
+    if (line > 0) {
+        QUORLog::Instance().logWarning(QStringLiteral("Settings file ") + file.fileName() +
+                                       QStringLiteral(": line ") + QString::number(line) +
+                                       QStringLiteral(" is no comment, [section] or key=value"));
+    }
+}
+
+int QUORSettingsReader::findBadLine(const QByteArray& content) {
+    int number = 0;
+    for (const QByteArray& raw : content.split('\n')) {
+        ++number;
+        const QByteArray line = raw.trimmed();
+        const bool section = line.startsWith('[') && line.contains(']');
+        const bool comment = line.startsWith(';') || line.startsWith('#');
+        if (!line.isEmpty() && !section && !comment && (line.startsWith('[') || !line.contains('='))) {
+            return number;
+        }
+    }
+    return 0;
 }
 
 QStringList QUORSettingsReader::getGroupPrefixes(const QString& group) {

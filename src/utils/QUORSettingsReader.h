@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QSettings>
 #include <QString>
@@ -61,6 +62,10 @@ public:
     static std::optional<int> toInt(const QString& text);
     static std::optional<double> toDouble(const QString& text);
 
+    /// The number, from 1, of the first line of a settings file that is no comment (";" or "#"), section or
+    /// key with its value; 0 when there is none. The settings layer takes "#" for a format error.
+    static int findBadLine(const QByteArray& content);
+
     /// The prefixes under which the keys of a top-level group may stand, the first that has a key wins.
     static QStringList getGroupPrefixes(const QString& group);
 
@@ -78,6 +83,7 @@ private:
         bool inUserFile = false;
     };
 
+    void reportFormat() const;
     std::optional<Found> find(const QString& key) const;
     void reportRivals(const Found& found, const QString& key) const;
     /// The warning about a value, or its end once the value is good.

@@ -59,6 +59,13 @@ void makeNewerThan(const QString& file, const QFileInfo& previous) {
     }
 }
 
+// Comments are lost in a save in any case, and these would make a format error of the whole file.
+QByteArray withoutHashComments(const QByteArray& content) {
+    QList<QByteArray> lines = content.split('\n');
+    lines.removeIf([](const QByteArray& line) { return line.trimmed().startsWith('#'); });
+    return lines.join('\n');
+}
+
 QString copyInto(const QString& temporary, const QString& fileName) {
     QFile source(fileName);
     QFile target(temporary);
@@ -66,12 +73,16 @@ QString copyInto(const QString& temporary, const QString& fileName) {
     if (exists && !source.open(QIODevice::ReadOnly)) {
         return source.errorString();
     }
-    if (!target.open(QIODevice::WriteOnly) ||
-        !target.setPermissions(exists ? source.permissions() : QFile::Permissions(OWNER_ONLY))) {
-        return target.errorString();
-    }
     const QByteArray content = exists ? source.readAll() : QByteArray();
-    const bool whole = target.write(content) == content.size() && target.flush();
+    if (const int line = QUORSettingsReader::findBadLine(content); line > 0) {
+        return QStringLiteral("it is left as it is, because its line ") + QString::number(line) +
+               QStringLiteral(" cannot be understood");
+    }
+    const QByteArray copy = withoutHashComments(content);
+    const bool whole =
+        target.open(QIODevice::WriteOnly) &&
+        target.setPermissions(exists ? source.permissions() : QFile::Permissions(OWNER_ONLY)) &&
+        target.write(copy) == copy.size() && target.flush();
     return whole ? QString() : target.errorString();
 }
 
@@ -151,7 +162,7 @@ QString QUORSettingsWriter::stage(const QString& fileName) const {
         QSettings staged(temporary, QSettings::NativeFormat);
         staged.allKeys(); // has every section parsed, or the status would know of no format error yet
         if (staged.status() == QSettings::FormatError) {
-            return QStringLiteral("it holds lines that cannot be understood and is left as it is");
+            return QStringLiteral("it is left as it is, because it cannot be understood");
         }
         apply(staged);
         staged.sync();

@@ -114,13 +114,27 @@ TEST_F(QUORSettingsWriterTest, LeavesOneCopyOfTheGeneralGroup) {
 }
 
 TEST_F(QUORSettingsWriterTest, SparesFilesThatItDoesNotUnderstand) {
-    const QByteArray text = "[MINE]\nkey=1\na line of prose\n";
-    put(text);
+    const struct {
+        QByteArray text;
+        const char* line;
+    } rows[] = {{"[MINE]\nkey=1\na line of prose\n", "3"},
+                {"[MINE]\nkey=1\n; a\n[OPEN\n", "4"},
+                {"\xEF\xBB\xBF[MINE]\nkey=1\n", "1"}};
+    for (const auto& row : rows) {
+        put(row.text);
+        const LogCapture log;
+        EXPECT_FALSE(save(GROUP, KEY, 2));
+        EXPECT_FALSE(save(GROUP, KEY, 2));
+        EXPECT_EQ(content(), row.text);
+        const QString line = QString::fromLatin1(row.line);
+        EXPECT_EQ(log.count(QStringLiteral("because its line ") + line), 1);
+        EXPECT_EQ(log.count(path() + QStringLiteral(": line ") + line + QStringLiteral(" is no comment")), 1);
+    }
+    put("[MINE]\n# key=0 is off\n# how many\nkey=1\n");
     const LogCapture log;
-    EXPECT_FALSE(save(GROUP, KEY, 2));
-    EXPECT_FALSE(save(GROUP, KEY, 2));
-    EXPECT_EQ(content(), text);
-    EXPECT_EQ(log.count(QStringLiteral("Settings could not be saved to ") + path()), 1);
+    EXPECT_TRUE(save(GROUP, KEY, 2));
+    EXPECT_EQ(content(), "[MINE]\nkey=2\n");
+    EXPECT_FALSE(log.contains(QStringLiteral("W: ")));
 }
 
 TEST_F(QUORSettingsWriterTest, ForgetsAFailedSave) {
