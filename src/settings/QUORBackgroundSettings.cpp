@@ -13,11 +13,6 @@
 #include <QRegularExpression>
 #include <QSettings>
 
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
-
 const QString QUORBackgroundSettings::GROUP = QStringLiteral("BACKGROUND");
 const QString QUORBackgroundSettings::ACTIVATED = QStringLiteral("activated");
 const QString QUORBackgroundSettings::DIRECTORY = QStringLiteral("directory");
@@ -106,7 +101,6 @@ void QUORBackgroundSettings::reset() {
 }
 
 void QUORBackgroundSettings::load() {
-    checkReadable();
     QSettings settings(_fileName, QSettings::NativeFormat);
     QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
                                  QStringLiteral(", status: ") + QString::number(int(settings.status())));
@@ -143,21 +137,6 @@ void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
     } else {
         QUORLogOnce::forget(subject);
     }
-}
-
-// Asked of the system, because a folder that may not be searched makes a file look as if it were missing.
-void QUORBackgroundSettings::checkReadable() const {
-    const QString subject = QStringLiteral("read ") + _fileName;
-    const int fd = ::open(QFile::encodeName(_fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd >= 0) {
-        ::close(fd);
-    }
-    if (fd >= 0 || errno == ENOENT) {
-        QUORLogOnce::forget(subject);
-        return;
-    }
-    QUORLogOnce::logError(subject, QStringLiteral("Background settings cannot be read from ") + _fileName +
-                                       QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno)));
 }
 
 void QUORBackgroundSettings::save() const {

@@ -34,8 +34,6 @@ public:
     /// Finds the file and loads it.
     QUORBackgroundSettings();
 
-    /// A file that is there and cannot be read gives the defaults, with an error line: once, and again
-    /// when the reason changes.
     void load();
     void save() const;
     void reset();
@@ -80,7 +78,6 @@ public:
     QString getSettingsFileName() const { return _fileName; }
 
 private:
-    void checkReadable() const;
     void readFormat(const class QUORSettingsReader& reader);
 
     bool _activated = false;

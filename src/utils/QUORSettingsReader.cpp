@@ -8,8 +8,12 @@
 #include <QFile>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
+#include <fcntl.h>
 #include <limits>
+#include <unistd.h>
 
 namespace {
 
@@ -52,6 +56,7 @@ struct Number<double> {
 // `list\1\x` that stand before the first section: both constructors have all sections parsed at once.
 QUORSettingsReader::QUORSettingsReader(QSettings& settings)
     : _settings(&settings), _levels{Level{{QString()}, {}, true}} {
+    reportAccess();
     _settings->allKeys();
 }
 
@@ -60,6 +65,7 @@ QUORSettingsReader::QUORSettingsReader(const QString& applicationName)
                                          QUORSystem::ORGANIZATION_NAME, applicationName)),
       _settings(_owned.get()),
       _levels{Level{{QString()}, {}, true}} {
+    reportAccess();
     _settings->allKeys();
 }
 
@@ -67,6 +73,23 @@ QUORSettingsReader::~QUORSettingsReader() {
     if (_settings->status() == QSettings::FormatError) {
         reportFormat();
     }
+}
+
+// Asked of the system, because a folder that may not be searched makes a file look as if it were missing.
+void QUORSettingsReader::reportAccess() const {
+    const QString fileName = _settings->fileName();
+    const QString subject = QStringLiteral("read ") + fileName;
+    const int fd = ::open(QFile::encodeName(fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd >= 0) {
+        ::close(fd);
+    }
+    if (fd >= 0 || errno == ENOENT) {
+        QUORLogOnce::forget(subject);
+        return;
+    }
+    QUORLogOnce::logError(subject, QStringLiteral("Settings file ") + fileName +
+                                       QStringLiteral(" cannot be read: ") +
+                                       QString::fromLocal8Bit(std::strerror(errno)));
 }
 
 // The status shows only while a changed file is parsed, so this is said once for each change.

@@ -13,8 +13,9 @@
 
 /// Reads a settings file as its writer meant it. A value that cannot be read as its type logs one warning
 /// that names file and key (again only when the value changes) and takes the default; a text that a comma
-/// cut into a list is joined again; an array comes from one file, the user's where it has the size key.
-/// Used by one thread, for one load: a living settings object does not see another process's change.
+/// cut into a list is joined again; an array comes from one file, the user's where it has the size key. A
+/// file that is there and cannot be read is an error line, once, and again when the reason changes. Used by
+/// one thread, for one load: a living settings object does not see another process's change.
 ///
 /// The settings layer gives the section name "general" a meaning of its own: `[GENERAL]` is read as keys
 /// without a group, and what is saved as the group "GENERAL" comes back as "General". A group of that name
@@ -83,6 +84,7 @@ private:
         bool inUserFile = false;
     };
 
+    void reportAccess() const;
     void reportFormat() const;
     std::optional<Found> find(const QString& key) const;
     void reportRivals(const Found& found, const QString& key) const;

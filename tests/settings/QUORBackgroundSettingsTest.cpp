@@ -120,7 +120,7 @@ TEST_F(QUORBackgroundSettingsTest, ReportsItsFile) {
 TEST_F(QUORBackgroundSettingsTest, SaysOnceThatItsFileCannotBeRead) {
     ASSERT_TRUE(QFile::link(path(), path()));
     const LogCapture log;
-    const QString line = QStringLiteral("E: Background settings cannot be read from ") + path();
+    const QString line = QStringLiteral("E: Settings file ") + path() + QStringLiteral(" cannot be read: ");
     QUORBackgroundSettings settings;
     settings.load();
     EXPECT_EQ(log.count(line), 1);
