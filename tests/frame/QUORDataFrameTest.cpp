@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: MIT
+#include "QUORDataFrame.h"
+
+#include "LogCapture.h"
+#include "QUORGeoProjection.h"
+#include "QUORLandmarkSet.h"
+#include "QUORTerrainSet.h"
+#include "ScratchHome.h"
+#include "TestProduct.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+
+namespace {
+
+const QString SITE = QStringLiteral("TEST");
+const QString MOMENT = QStringLiteral("240601120000");
+const QString CAPPI = QStringLiteral("CAPPI");
+const QString Z = QStringLiteral("Z");
+const QString SRI = QStringLiteral("SRI");
+const QString RELOADED_3D = QStringLiteral("3D data not available or parameters changed");
+const QString RELOADED_2D = QStringLiteral("2D data not available or parameters changed");
+const QString RELOADED_TERRAIN = QStringLiteral("Terrain data not available or parameters changed");
+
+class QUORDataFrameTest : public testing::Test {
+protected:
+    QUORDataFrameTest() {
+        for (const QString& name : {QStringLiteral("3d"), QStringLiteral("2d"), QStringLiteral("geo")}) {
+            QDir().mkpath(_dir.filePath(name));
+        }
+    }
+
+    void write3d(const TestProduct& product) const { product.write(_dir.filePath(QStringLiteral("3d"))); }
+    void write2d(TestProduct product, const char* prefix, int code, int seconds) const {
+        product.prefix = QString::fromLatin1(prefix);
+        product.productCode = code;
+        product.time = product.time.addSecs(seconds);
+        product.write(_dir.filePath(QStringLiteral("2d")));
+    }
+    /// A store over what has been written.
+    QUORDataStore::Ptr makeStore() const {
+        const auto store = std::make_shared<QUORDataStore>(nullptr);
+        store->setDirectories(_dir.filePath(QStringLiteral("3d")), _dir.filePath(QStringLiteral("2d")),
+                              _dir.filePath(QStringLiteral("geo")), _dir.filePath(QStringLiteral("cache")));
+        return store;
+    }
+    static void request(QUORDataFrame& frame, const QString& moment = MOMENT, int window = 600) {
+        frame.setSite(SITE);
+        frame.setMoment(moment, window);
+        frame.setDataParams3d(CAPPI, Z);
+        frame.setDataParams2d(SRI);
+        frame.setDataParamsTerrain(100000.0);
+    }
+
+    ScratchHome _home;
+    QTemporaryDir _dir;
+};
+
+TEST_F(QUORDataFrameTest, LoadsWhatBelongsToAProduct) {
+    ScratchHome::writeSettings(QStringLiteral("QUOR3DLandmarks.conf"),
+                               QStringLiteral("[LANDMARKS]\nlandmarks/size=2\nlandmarks/1/label=In\n"
+                                              "landmarks/1/location/lat=61\nlandmarks/1/location/lon=24\n"
+                                              "landmarks/2/label=Out\nlandmarks/2/location/lat=50\n"
+                                              "landmarks/2/location/lon=24\n"));
+    write3d({});
+    write2d(TestProduct::sri(), "SRI", 32, 120);
+    const auto loaded = std::make_shared<QUORDataFrame>(makeStore());
+    QUORDataFrame& frame = *loaded;
+    request(frame);
+    ASSERT_TRUE(frame.updateData3d());
+    frame.updateDataRest();
+    EXPECT_EQ(frame.getData3d()->getTime(), MOMENT);
+    ASSERT_TRUE(frame.getData2d());
+    EXPECT_EQ(frame.getData2d()->getProduct(), SRI);
+    EXPECT_EQ(frame.getProductSettings()->getVolumeValueLow(), -31.5);
+    EXPECT_EQ(frame.getGeoProjection(), frame.getData3d()->getFile()->getGeoProjection());
+    EXPECT_EQ(frame.getLowerBound(), QUORCoordinate(56.0, 17.0));
+    EXPECT_EQ(frame.getUpperBound(), QUORCoordinate(64.0, 33.0));
+    EXPECT_EQ(frame.getTerrainSet()->getProjection(), frame.getGeoProjection());
+    ASSERT_EQ(frame.getLandmarkSet()->getLandmarks().size(), 1);
+    EXPECT_EQ(frame.getLandmarkSet()->getCentre(), frame.getGeoProjection()->getReferenceLocation());
+
+    const LogCapture log;
+    const QUORDataFrame copy(QUORDataFrame::CPtr{loaded});
+    EXPECT_TRUE(log.contains(QStringLiteral("D: (copy)")));
+    EXPECT_EQ(copy.getData3d(), frame.getData3d());
+    EXPECT_EQ(copy.getTerrainSet(), frame.getTerrainSet());
+    EXPECT_EQ(copy.getUpperBound(), frame.getUpperBound());
+    EXPECT_EQ(copy.getProduct2d(), SRI);
+    EXPECT_FALSE(copy.getProductSettings());
+}
+
+TEST_F(QUORDataFrameTest, LoadsAgainOnlyWhatChanged) {
+    TestProduct first;
+    TestProduct later;
+    later.time = later.time.addSecs(300);
+    write3d(first);
+    write3d(later);
+    write2d(TestProduct::sri(), "SRI", 32, 0);
+    QUORDataFrame frame(makeStore());
+    const struct {
+        const char* name;
+        std::function<void()> change;
+        bool volume;
+        bool flat;
+        bool terrain;
+    } rows[] = {
+        {"first", [&] { request(frame); }, true, true, true},
+        {"nothing", [] {}, false, false, false},
+        {"moment", [&] { frame.setMoment(QStringLiteral("240601120500"), 600); }, true, false, false},
+        {"window", [&] { frame.setMoment(QStringLiteral("240601120500"), 200); }, false, true, false},
+        {"2D product", [&] { frame.setDataParams2d(QStringLiteral("VIL")); }, false, true, false},
+        {"range", [&] { frame.setDataParamsTerrain(600000.0); }, false, true, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.change();
+        const LogCapture log;
+        EXPECT_TRUE(frame.updateData3d());
+        frame.updateDataRest();
+        EXPECT_EQ(log.contains(RELOADED_3D), row.volume);
+        EXPECT_EQ(log.contains(RELOADED_2D), row.flat);
+        EXPECT_EQ(log.contains(RELOADED_TERRAIN), row.terrain);
+    }
+    EXPECT_FALSE(frame.getData2d());
+    frame.resetFrame();
+    EXPECT_FALSE(frame.getData3d() || frame.getTerrainSet() || frame.getLandmarkSet() ||
+                 frame.getGeoProjection());
+    EXPECT_EQ(frame.getSite() + frame.getMoment() + frame.getProduct() + frame.getProduct2d(), QString());
+}
+
+TEST_F(QUORDataFrameTest, TakesTerrainOfTheSameMapOnly) {
+    TestProduct sphere;
+    TestProduct ellipsoid;
+    ellipsoid.time = ellipsoid.time.addSecs(60);
+    ellipsoid.earthRadius = 637813700;
+    ellipsoid.inverseFlattening = 298257223;
+    write3d(sphere);
+    write3d(ellipsoid);
+    QUORDataFrame frame(makeStore());
+    request(frame);
+    ASSERT_TRUE(frame.updateData3d());
+    frame.updateDataRest();
+    request(frame, QStringLiteral("240601120100"));
+    ASSERT_TRUE(frame.updateData3d());
+    frame.updateDataRest();
+    EXPECT_EQ(frame.getTerrainSet()->getProjection()->getInverseFlattening(),
+              frame.getGeoProjection()->getInverseFlattening());
+}
+
+TEST_F(QUORDataFrameTest, FindsTwoDimensionalDataWithinHalfTheWindow) {
+    TestProduct later;
+    later.time = later.time.addSecs(300);
+    TestProduct otherSite;
+    otherSite.site = "OTHER";
+    otherSite.prefix = QStringLiteral("CBZ");
+    write3d({});
+    write3d(later);
+    write3d(otherSite);
+    write2d(TestProduct::sri(), "SRI", 32, 400);
+    QUORDataFrame frame(makeStore());
+    request(frame);
+    ASSERT_TRUE(frame.updateData3d());
+    frame.updateDataRest();
+    EXPECT_FALSE(frame.getData2d()) << "400 s away, the search looks 300 s";
+    request(frame, QStringLiteral("240601120500"));
+    ASSERT_TRUE(frame.updateData3d());
+    frame.updateDataRest();
+    EXPECT_TRUE(frame.getData2d());
+    request(frame);
+    ASSERT_TRUE(frame.updateData3d());
+    frame.updateDataRest();
+    EXPECT_TRUE(frame.getData2d()) << "what is loaded is kept within the whole window";
+    frame.setSite(QStringLiteral("OTHER"));
+    ASSERT_TRUE(frame.updateData3d());
+    frame.updateDataRest();
+    EXPECT_FALSE(frame.getData2d()) << "of another site";
+}
+
+TEST_F(QUORDataFrameTest, LoadsInOneCall) {
+    TestProduct volume;
+    volume.xPoints = 241;
+    volume.yPoints = 241;
+    volume.zPoints = 2;
+    write3d(volume);
+    write2d(TestProduct::sri(), "SRI", 32, 0);
+    write2d(TestProduct::sri(), "MAX", 16, 60);
+    const auto store = makeStore();
+    const LogCapture log;
+    const QUORDataFrame frame(store, SITE, MOMENT, CAPPI, Z, {}, 600, 1.0);
+    EXPECT_EQ(frame.getProduct2d(), QStringLiteral("MAX")) << "the first in key order";
+    EXPECT_NEAR(
+        frame.getTerrainRange(),
+        std::hypot(frame.getData3d()->getFile()->getLengthM(), frame.getData3d()->getFile()->getWidthM()) / 2,
+        1.0);
+    for (const char* line :
+         {"2d product not selected -> using default.", "site: TEST", "moment: 240601120000 +/-600s",
+          "product2d: MAX", "QUORDataFrame::QUORDataFrame() finished."}) {
+        EXPECT_TRUE(log.contains(QStringLiteral("D: ") + QString::fromLatin1(line))) << line;
+    }
+    EXPECT_EQ(QUORDataFrame(store, SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0).getData2d()->getProduct(), SRI);
+
+    const QUORDataFrame failed(store, SITE, QStringLiteral("990101000000"), CAPPI, Z, {}, 600, 1.0);
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Loading 3d data failed.")));
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Loading data frame failed.")));
+    const auto settings = std::make_shared<const QUORGeneralSettings>();
+    EXPECT_EQ(failed.getLegend(settings), QStringList{QStringLiteral("Data not available")});
+    EXPECT_EQ(failed.getDataId(settings), QStringLiteral("(No data loaded)"));
+}
+
+TEST_F(QUORDataFrameTest, DescribesItsProduct) {
+    write3d({});
+    const QUORDataFrame frame(makeStore(), SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0);
+    const QUORFile& file = *frame.getData3d()->getFile();
+    for (const bool metric : {true, false}) {
+        const auto settings = std::make_shared<QUORGeneralSettings>();
+        settings->setMetricUnits(metric);
+        const auto km = [&](double metres) {
+            return QString::number(settings->getCorrectLengthBig(metres / 1000.0), 'f', 1);
+        };
+        const QStringList legend = frame.getLegend(settings);
+        ASSERT_EQ(legend.size(), 4);
+        EXPECT_EQ(legend.at(0), QStringLiteral("Reflectivity, dBZ"));
+        EXPECT_EQ(legend.at(1), settings->formattedTime(file.getDataTime()));
+        EXPECT_EQ(legend.at(2), km(file.getWidthM()) + QStringLiteral(" x ") + km(file.getLengthM()) +
+                                    QStringLiteral(" x ") + km(file.getHeightM()) +
+                                    (metric ? QStringLiteral(" km") : QStringLiteral(" NM")));
+        EXPECT_EQ(legend.at(3),
+                  QStringLiteral("TEST ") + file.getSiteCoordinates().toDecimalString(QUORCoordinate::Both) +
+                      (metric ? QStringLiteral(", 120 m ASL") : QStringLiteral(", 394 ft ASL")));
+        EXPECT_EQ(frame.getDataId(settings),
+                  QStringLiteral("TEST: ") + settings->formattedTime(file.getDataTime()));
+    }
+}
+
+TEST_F(QUORDataFrameTest, LivesWithoutDirectories) {
+    QUORDataFrame frame(std::make_shared<QUORDataStore>(nullptr));
+    request(frame);
+    EXPECT_FALSE(frame.updateData3d());
+    const LogCapture log;
+    frame.updateDataRest();
+    EXPECT_TRUE(log.contains(QStringLiteral("E: ASSERTION FAILED: _activeData3d")));
+}
+
+} // namespace
