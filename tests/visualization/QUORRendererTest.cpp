@@ -1,0 +1,322 @@
+// SPDX-License-Identifier: MIT
+#include "QUORRenderer.h"
+
+#include "LogCapture.h"
+#include "QUORCameraInteractor.h"
+#include "QUORCompassRepresentation.h"
+#include "QUORDepthRange.h"
+#include "QUORDisplayState.h"
+#include "QUORGeneralSettings.h"
+#include "RenderFixture.h"
+#include "ScratchHome.h"
+
+#include <vtkActor.h>
+#include <vtkCallbackCommand.h>
+#include <vtkCamera.h>
+#include <vtkCompassWidget.h>
+#include <vtkLight.h>
+#include <vtkLightCollection.h>
+#include <vtkObjectFactory.h>
+#include <vtkOpenGLActor.h>
+#include <vtkPlaneSource.h>
+#include <vtkPolyDataMapper.h>
+#include <vtkProperty.h>
+#include <vtkRenderer.h>
+#include <vtkSphereSource.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+using Item = QUORVisualizationPipelineItem;
+
+/// A flat, unlit, coloured square round the origin that counts how often its buffers are given back.
+class CountingActor : public vtkOpenGLActor {
+public:
+    static CountingActor* New();
+    vtkTypeMacro(CountingActor, vtkOpenGLActor)
+
+        void ReleaseGraphicsResources(vtkWindow* window) override {
+        ++releases;
+        this->Superclass::ReleaseGraphicsResources(window);
+    }
+
+    int releases = 0;
+};
+vtkStandardNewMacro(CountingActor)
+
+    vtkSmartPointer<CountingActor> square(double size, double height, double r, double g, double b) {
+    vtkNew<vtkPlaneSource> plane;
+    plane->SetOrigin(-size, -size, height);
+    plane->SetPoint1(size, -size, height);
+    plane->SetPoint2(-size, size, height);
+    vtkNew<vtkPolyDataMapper> mapper;
+    mapper->SetInputConnection(plane->GetOutputPort());
+    auto result = vtkSmartPointer<CountingActor>::New();
+    result->SetMapper(mapper);
+    result->GetProperty()->LightingOff();
+    result->GetProperty()->SetColor(r, g, b);
+    return result;
+}
+
+/// Shows one prop and builds nothing.
+class PropElement : public QUORVisualElement {
+public:
+    PropElement(QUORVisualGroup* group, int key, vtkProp* prop)
+        : QUORVisualElement(group, key), _prop(prop) {}
+    vtkSmartPointer<vtkProp> getProp() override { return _prop; }
+    void update(std::shared_ptr<const QUORLayerParameters>, bool, const QUORAbortFlag&) override {}
+
+private:
+    vtkSmartPointer<vtkProp> _prop;
+};
+
+/// A finished item that shows the given props in their layers.
+Item::Ptr finishedItem(const std::vector<std::pair<int, vtkProp*>>& props, const QString& site = {}) {
+    const auto item = std::make_shared<Item>(std::make_shared<QUORDisplayState>());
+    for (const auto& [key, prop] : props) {
+        for (const auto& group : item->getGroups()) {
+            const auto donor = QUORVisualGroup::makeGroup(group->getKey());
+            donor->addElement(std::make_shared<PropElement>(donor.get(), key, prop));
+            group->exchangeElement(*donor, key);
+        }
+    }
+    item->setSite(site, {0.0, 0.0, 0.0});
+    item->readResults();
+    return item;
+}
+
+class QUORRendererTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (_view.window == nullptr) {
+            GTEST_SKIP() << "no OpenGL here: " << qPrintable(_view.error);
+        }
+    }
+    void TearDown() override { ScratchHome::removeSettings(QStringLiteral("QUOR3DVisStyles.conf")); }
+
+    static void writeStyles() {
+        ScratchHome::writeSettings(
+            QStringLiteral("QUOR3DVisStyles.conf"),
+            QStringLiteral("[RENDERER_DAY]\nbackground\\color\\r=1.0\nbackground\\color\\g=0.5\n"
+                           "site\\marker\\radius=9000\nlegend\\text\\color\\r=1.0\n"
+                           "[RENDERER_NIGHT]\nlight\\color\\b=0.1\n"));
+    }
+    std::unique_ptr<QUORRenderer> makeRenderer(bool withoutInteraction = true) {
+        return std::make_unique<QUORRenderer>(_view.window, nullptr, nullptr, withoutInteraction);
+    }
+
+    TestWindow _view{400, 300};
+};
+
+} // namespace
+
+TEST_F(QUORRendererTest, StartsWithTheDefaultStyle) {
+    const LogCapture log;
+    const auto renderer = makeRenderer();
+    const double* background = renderer->getMainRenderer()->GetBackground();
+    EXPECT_DOUBLE_EQ(background[0], 0.15);
+    EXPECT_DOUBLE_EQ(background[2], 0.3);
+    EXPECT_DOUBLE_EQ(renderer->getColorScaleRenderer()->GetBackground()[1], 0.8);
+    auto* marker = renderer->getSiteMarker();
+    EXPECT_DOUBLE_EQ(marker->GetProperty()->GetColor()[0], 0.3);
+    EXPECT_NEAR(marker->GetBounds()[1], 5000.0, 150.0);
+    EXPECT_DOUBLE_EQ(renderer->getCameraInteractor()->getPosition().z, 2000000.0);
+    EXPECT_EQ(renderer->getPointWidget(), nullptr);
+    const QStringList expected{"D: QUORRenderer::QUORRenderer() called.",
+                               "D: creating VTK renderer..",
+                               "D: creating VTK color scale renderer..",
+                               "D: adding VTK renderer to render window..",
+                               "D: creating default camera..",
+                               "D: setting up lighting..",
+                               "D: QUORRenderer::loadStyle() called.",
+                               "D: QUORRenderer::loadStyle() finished.",
+                               "D: QUORRenderer::QUORRenderer() finished."};
+    int from = 0;
+    for (const QString& line : expected) {
+        from = int(log.lines().indexOf(line, from)) + 1;
+        EXPECT_GT(from, 0) << qPrintable(line);
+    }
+}
+
+TEST_F(QUORRendererTest, TakesColoursFromTheStylesFile) {
+    const auto renderer = makeRenderer();
+    writeStyles();
+    renderer->restart();
+    EXPECT_DOUBLE_EQ(renderer->getMainRenderer()->GetBackground()[0], 1.0);
+    EXPECT_DOUBLE_EQ(renderer->getMainRenderer()->GetBackground()[2], 0.3);
+    EXPECT_NEAR(renderer->getSiteMarker()->GetBounds()[1], 9000.0, 250.0);
+    auto* sun = vtkLight::SafeDownCast(renderer->getMainRenderer()->GetLights()->GetItemAsObject(0));
+    EXPECT_DOUBLE_EQ(sun->GetDiffuseColor()[2], 0.9);
+    renderer->render();
+    EXPECT_TRUE(isColor(_view.pixel(200, 20), 255, 128, 77));
+    renderer->setNight(true);
+    renderer->updateLights();
+    EXPECT_DOUBLE_EQ(renderer->getMainRenderer()->GetBackground()[0], 0.15);
+    EXPECT_DOUBLE_EQ(sun->GetDiffuseColor()[2], 0.1);
+    EXPECT_FALSE(renderer->getCompass()->isDay());
+}
+
+TEST_F(QUORRendererTest, ShowsAnItemAndItsDecorations) {
+    const LogCapture log;
+    const auto renderer = makeRenderer();
+    const auto show = [&](const Item::Ptr& item) {
+        renderer->setVisualization(item);
+        renderer->render();
+    };
+    const auto hasBar = [&] { return _view.window->HasRenderer(renderer->getColorScaleRenderer()); };
+    const auto low = square(400000.0, 0.0, 1.0, 0.0, 0.0);
+    show(finishedItem({{QUORDisplayState::PRODUCT_3D_LAYER, low}}, QStringLiteral("SITE")));
+    EXPECT_TRUE(isColor(_view.pixel(150, 150), 255, 0, 0)) << "the square";
+    EXPECT_FALSE(isColor(_view.pixel(200, 150), 255, 0, 0)) << "the site marker";
+    EXPECT_TRUE(hasBar());
+    EXPECT_TRUE(isColor(_view.pixel(10, 200), 204, 204, 204)) << "the colour bar's background";
+
+    renderer->toggleColorScale(false);
+    EXPECT_TRUE(hasBar());
+    show(finishedItem({{QUORDisplayState::PRODUCT_3D_LAYER, low}}));
+    EXPECT_FALSE(hasBar());
+    EXPECT_TRUE(isColor(_view.pixel(200, 150), 255, 0, 0)) << "no site name, no marker";
+    renderer->toggleColorScale(true);
+    renderer->toggleCompass(false);
+    show(finishedItem({}));
+    EXPECT_TRUE(hasBar());
+    EXPECT_TRUE(isColor(_view.pixel(200, 150), 38, 64, 77)) << "nothing but the background";
+    EXPECT_FALSE(renderer->getMainRenderer()->HasViewProp(renderer->getCompass()));
+    EXPECT_EQ(log.count(QStringLiteral("D: --- QUORRenderer: Color bar off")), 1);
+    EXPECT_EQ(log.count(QStringLiteral("D: --- QUORRenderer: Compass off")), 1);
+    EXPECT_EQ(log.count(QStringLiteral("D: ..rendering took ")), 3);
+
+    renderer->setVisualization(
+        finishedItem({{QUORDisplayState::PRODUCT_3D_LAYER, low}}, QStringLiteral("SITE")));
+    renderer->removeVisualization();
+    renderer->render();
+    EXPECT_TRUE(isColor(_view.pixel(150, 150), 38, 64, 77));
+    EXPECT_TRUE(renderer->getMainRenderer()->HasViewProp(renderer->getCompass()));
+}
+
+TEST_F(QUORRendererTest, KeepsTheBuffersOfWhatStays) {
+    const auto renderer = makeRenderer();
+    const auto terrain = square(600000.0, 0.0, 0.0, 0.5, 0.0);
+    const auto outline = square(300000.0, 1000.0, 0.0, 0.0, 1.0);
+    const auto product = square(100000.0, 2000.0, 1.0, 0.0, 0.0);
+    for (int image = 1; image <= 3; ++image) {
+        renderer->setVisualization(finishedItem({{QUORDisplayState::TERRAIN_LAYER, terrain},
+                                                 {QUORDisplayState::OUTLINE_LAYER, outline},
+                                                 {QUORDisplayState::PRODUCT_3D_LAYER, product}}));
+        renderer->render();
+        EXPECT_TRUE(isColor(_view.pixel(200, 150), 255, 0, 0));
+        EXPECT_TRUE(isColor(_view.pixel(160, 150), 0, 0, 255));
+        EXPECT_TRUE(isColor(_view.pixel(100, 150), 0, 128, 0));
+        renderer->removeVisualization();
+        EXPECT_EQ(product->releases, image);
+    }
+    EXPECT_EQ(terrain->releases + outline->releases, 0);
+    renderer->setVisualization(finishedItem({{QUORDisplayState::OUTLINE_LAYER, outline}}));
+    EXPECT_EQ(terrain->releases, 1);
+    EXPECT_EQ(outline->releases, 0);
+    renderer->render();
+    EXPECT_TRUE(isColor(_view.pixel(100, 150), 38, 64, 77));
+}
+
+TEST_F(QUORRendererTest, OneDrawingPerImage) {
+    const auto renderer = makeRenderer();
+    int drawings = 0;
+    vtkNew<vtkCallbackCommand> counter;
+    counter->SetClientData(&drawings);
+    counter->SetCallback([](vtkObject*, unsigned long, void* count, void*) { ++*static_cast<int*>(count); });
+    renderer->getMainRenderer()->AddObserver(vtkCommand::StartEvent, counter);
+    renderer->getCameraInteractor()->setView({-50000.0, 0.0, 50000.0}, {1.0, 0.0, -1.0});
+    renderer->getCameraInteractor()->applyCamera(true);
+    renderer->render();
+    EXPECT_EQ(drawings, 1);
+    EXPECT_NEAR(renderer->getCompass()->GetHeading(), 0.25, 1e-6);
+    const double* stated = renderer->getMainRenderer()->GetActiveCamera()->GetClippingRange();
+    EXPECT_DOUBLE_EQ(stated[0], 100.0);
+    EXPECT_DOUBLE_EQ(stated[1], 8000000.0);
+    renderer->renderWindow();
+    EXPECT_EQ(drawings, 3);
+}
+
+TEST_F(QUORRendererTest, LegendAndColourBarTellOfTheProduct) {
+    const LogCapture log;
+    const TestStore store;
+    TestProduct product;
+    product.site = "HELSINKI";
+    const QUORDataFrame::Ptr frame = store.frame(product);
+    ASSERT_TRUE(frame);
+    const auto renderer = makeRenderer();
+    renderer->setInfoData(frame, std::make_shared<QUORGeneralSettings>());
+    EXPECT_EQ(renderer->getLegendLines().size(), 4);
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Legend 0 Reflectivity, dBZ")));
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Legend 3 HELSINKI ")));
+    const auto darkest = [&](int left, int right, int bottom, int top) {
+        int least = 255;
+        for (int x = left; x < right; ++x) {
+            for (int y = bottom; y < top; ++y) {
+                least = std::min(least, _view.pixel(x, y).green());
+            }
+        }
+        return least;
+    };
+    renderer->setVisualization(finishedItem({}));
+    renderer->render();
+    EXPECT_LT(darkest(8, 130, 6, 50), 50) << "dark text";
+    EXPECT_GT(_view.pixel(130, 45).green(), 120) << "on a light veil";
+    EXPECT_LT(darkest(5, 19, 280, 296), 60) << "the bar's title";
+    renderer->toggleLegend(false);
+    renderer->setVisualization(finishedItem({}));
+    renderer->render();
+    EXPECT_GE(darkest(8, 130, 6, 50), 60);
+}
+
+TEST_F(QUORRendererTest, PointWidgetAndCompassServeAnInteractiveView) {
+    const LogCapture log;
+    const auto renderer = makeRenderer(false);
+    ASSERT_NE(renderer->getPointWidget(), nullptr);
+    EXPECT_TRUE(log.contains(QStringLiteral("D: setting up interactions..")));
+    renderer->togglePointWidget(true, false);
+    renderer->togglePointWidget(true, false);
+    EXPECT_EQ(log.count(QStringLiteral("D: QUORRenderer::togglePointWidget(): enabled.")), 1);
+    renderer->togglePointWidget(true, true);
+    EXPECT_EQ(log.count(QStringLiteral("D: QUORRenderer::togglePointWidget(): enabled.")), 2);
+    renderer->togglePointWidget(false, false);
+    EXPECT_EQ(log.count(QStringLiteral("D: QUORRenderer::togglePointWidget(): disabled.")), 1);
+    const auto offscreen = makeRenderer();
+    offscreen->togglePointWidget(true, true);
+    EXPECT_EQ(log.count(QStringLiteral("togglePointWidget(): enabled.")), 2);
+}
+
+TEST(QUORDepthRangeTest, FitsWhatTheViewCanShow) {
+    struct Row {
+        const char* name;
+        double height;
+        double pitch; ///< degrees, down
+        double nearest;
+        double farthest;
+    };
+    const double half = std::tan(15.0 * 3.14159265358979 / 180.0);
+    const std::vector<Row> rows{
+        {"straight down", 1000000.0, 90.0, 0.95 * 850000.0, 1.05 * 1002500.0},
+        {"oblique", 300000.0, 45.0, 0.95 * 150000.0 / ((1.0 + half) / std::sqrt(2.0)),
+         1.05 * 302500.0 / ((1.0 - half) / std::sqrt(2.0))},
+        {"horizon in view", 300000.0, 10.0,
+         0.95 * 150000.0 / (std::sin(0.1745329) + half * std::cos(0.1745329)), 8000000.0},
+        {"inside the scene", 50000.0, 45.0, 500.0, 1.05 * 52500.0 / ((1.0 - half) / std::sqrt(2.0))},
+        {"on the floor", 2000.0, 0.0, 100.0, 8000000.0},
+    };
+    for (const Row& row : rows) {
+        vtkNew<vtkCamera> camera;
+        const double pitch = row.pitch * 3.14159265358979 / 180.0;
+        camera->SetPosition(0.0, 0.0, row.height);
+        camera->SetFocalPoint(0.0, std::cos(pitch) + 1e-6, row.height - std::sin(pitch));
+        camera->SetViewUp(0.0, 0.0, 1.0);
+        camera->OrthogonalizeViewUp();
+        camera->SetViewAngle(30.0);
+        camera->SetClippingRange(100.0, 8000000.0);
+        const auto [nearest, farthest] = QUORDepthRange::fit(camera, -2500.0, 150000.0);
+        EXPECT_NEAR(nearest, row.nearest, row.nearest * 1e-3) << row.name;
+        EXPECT_NEAR(farthest, row.farthest, row.farthest * 1e-3) << row.name;
+    }
+}

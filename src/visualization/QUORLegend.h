@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORStyleGroup.h"
+
+#include <vtkSmartPointer.h>
+
+#include <QStringList>
+
+class vtkLegendBoxActor;
+
+/// The box of text lines in the lower left corner of a picture.
+namespace QUORLegend {
+
+/// Lines in order from the top. Each is also logged, as "Legend " with its index and the text.
+vtkSmartPointer<vtkLegendBoxActor> make(const QStringList& lines);
+
+/// Text colour, and what lies under the text so that it can be read on any scene: light text stands on the
+/// legend's black box, dark text on a light veil.
+void setColors(vtkLegendBoxActor* legend, const QUORStyleGroup::Color& text,
+               const QUORStyleGroup::Color& veil);
+
+} // namespace QUORLegend

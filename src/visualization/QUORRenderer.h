@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORStyleGroup.h"
+#include "QUORVisualizationPipelineItem.h"
+
+#include <vtkSmartPointer.h>
+
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+class QUORCameraInteractor;
+class QUORCameraInteractorObserver;
+class QUORCompassRepresentation;
+class QUORDataFrame;
+class QUORGeneralSettings;
+class QUORPointWidget;
+class QUORPointWidgetObserver;
+class QUORStaticSnapshot;
+class vtkActor;
+class vtkCompassWidget;
+class vtkLegendBoxActor;
+class vtkLight;
+class vtkPropAssembly;
+class vtkRenderWindow;
+class vtkRenderer;
+class vtkScalarBarActor;
+class vtkSphereSource;
+
+/// The VTK scene of one render window: the main renderer with the props of a finished visualization, the
+/// site marker, the compass and the legend, and a small renderer with the colour bar. It owns the camera
+/// interactor and takes its colours from the styles file.
+///
+/// One renderer lives as long as its window, because taking a prop out of a VTK renderer throws its
+/// buffers away: the props of a visualization are parts of assemblies that stay, and what a new
+/// visualization shares with the last one keeps its buffers. Terrain has a renderer of its own under the
+/// main one, whose picture is kept while it does not change.
+///
+/// Belongs to the thread that owns the window, and so does the death of everything that it was given to
+/// draw.
+class QUORRenderer : public QObject {
+    Q_OBJECT
+
+public:
+    /// The window, with its interactor, and the observers must outlive the renderer; the observers may be
+    /// null. `withoutInteraction`: no point widget and no wiring of mouse and keyboard.
+    QUORRenderer(vtkRenderWindow* window, QUORCameraInteractorObserver* cameraObserver,
+                 QUORPointWidgetObserver* pointObserver, bool withoutInteraction);
+    ~QUORRenderer() override;
+
+    /// For the next picture in the same window: the camera where a new renderer has it, and the styles
+    /// file read again.
+    void restart();
+
+    /// Reads the RENDERER group of the styles file into the style values.
+    void loadStyle(bool night);
+    /// Loads the style for day or night and applies it.
+    void updateLights();
+    void setNight(bool night) { _night = night; }
+
+    /// Legend lines and colour bar of the frame, which must have 3D data.
+    void setInfoData(const std::shared_ptr<const QUORDataFrame>& frame,
+                     const std::shared_ptr<const QUORGeneralSettings>& settings);
+    /// Shows a finished item: it must have results.
+    void setVisualization(const QUORVisualizationPipelineItem::Ptr& item);
+    /// Shows nothing of the visualization any more and gives back the graphics buffers of its products;
+    /// terrain and what else the next picture probably shows again keeps its own.
+    void removeVisualization();
+
+    /// These take effect at the next `setVisualization`.
+    void toggleCompass(bool on);
+    void toggleColorScale(bool on);
+    void toggleLegend(bool on);
+    void togglePointWidget(bool on, bool force);
+
+    void resetCamera();
+    /// Draws once.
+    void render();
+    /// Draws through the interactor and once more through the window.
+    void renderWindow();
+
+    QUORCameraInteractor* getCameraInteractor() const;
+    vtkRenderer* getMainRenderer() const;
+    vtkRenderer* getColorScaleRenderer() const;
+    vtkRenderer* getTerrainRenderer() const;
+    vtkActor* getSiteMarker() const;
+    /// Null while there are no legend lines.
+    vtkLegendBoxActor* getLegend() const;
+    QStringList getLegendLines() const { return _legendLines; }
+    QUORCompassRepresentation* getCompass() const;
+    QUORPointWidget* getPointWidget() const;
+
+private:
+    /// A prop of the visualization and what it is a part of.
+    struct Part {
+        int layerKey;
+        vtkSmartPointer<vtkProp> prop;
+    };
+
+    void createRenderers();
+    void createCamera();
+    void createCompass();
+    void createInteractions();
+    void createLights();
+    void createSiteMarker();
+    void resetModel();
+    void swapParts(const std::vector<QUORVisualizationPipelineItem::ResultPart>& results);
+    void placeSiteMarker();
+    void setShown(vtkProp* prop, bool shown);
+    void updateSceneHeights(const QUORDataFrame& frame, double verticalScale);
+    void drawFitted();
+
+    vtkRenderWindow* _window;
+    QUORCameraInteractorObserver* _cameraObserver;
+    QUORPointWidgetObserver* _pointObserver;
+    bool _withoutInteraction;
+    vtkSmartPointer<vtkRenderer> _mainRenderer;
+    vtkSmartPointer<QUORCameraInteractor> _cameraInteractor;
+    QUORVisualizationPipelineItem::Ptr _currentVisualization;
+    bool _night = false;
+    bool _compassOn = true;
+    bool _colorBarOn = true;
+    bool _legendOn = true;
+    vtkSmartPointer<vtkCompassWidget> _compassWidget;
+    vtkSmartPointer<QUORCompassRepresentation> _compass;
+    vtkSmartPointer<QUORPointWidget> _pointWidget;
+    bool _pointWidgetOn = false;
+    QStringList _legendLines;
+    vtkSmartPointer<vtkLegendBoxActor> _legend;
+    vtkSmartPointer<vtkRenderer> _colorScaleRenderer;
+    vtkSmartPointer<vtkScalarBarActor> _colorBar;
+    vtkSmartPointer<vtkSphereSource> _siteSphere;
+    vtkSmartPointer<vtkActor> _siteMarker;
+    QUORStyleGroup _style;
+
+    vtkSmartPointer<vtkRenderer> _terrainRenderer;
+    vtkSmartPointer<vtkPropAssembly> _terrainParts;
+    vtkSmartPointer<vtkPropAssembly> _parts;
+    std::vector<Part> _shown;
+    std::unique_ptr<QUORStaticSnapshot> _snapshot;
+    /// Heights between which everything of the scene lies, in scene units.
+    double _lowestHeight;
+    double _greatestHeight;
+};
