@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "QUORVisualElement.h"
 
+#include "QUOR2DVisualElement.h"
 #include "QUOR3DOutlineElement.h"
+#include "QUOR3DTerrainElement.h"
 #include "QUOR3DVisualElement.h"
 #include "QUORAssert.h"
 #include "QUORDisplayState.h"
+#include "QUORGeoLabelsElement.h"
 #include "QUORLatLonGridElement.h"
 #include "QUORRadarRingsElement.h"
 
@@ -15,28 +18,7 @@
 #include <algorithm>
 #include <array>
 
-#if __has_include("QUOR2DVisualElement.h")
-#include "QUOR2DVisualElement.h"
-#define HAS_2D
-#endif
-#if __has_include("QUOR3DTerrainElement.h")
-#include "QUOR3DTerrainElement.h"
-#define HAS_TERRAIN
-#endif
-#if __has_include("QUORGeoLabelsElement.h")
-#include "QUORGeoLabelsElement.h"
-#define HAS_LABELS
-#endif
-
 namespace {
-
-/// Stands in for a kind that has not been written yet.
-class EmptyElement : public QUORVisualElement {
-public:
-    EmptyElement(QUORVisualGroup* group, int key) : QUORVisualElement(group, key) {}
-    void update(std::shared_ptr<const QUORLayerParameters> /*params*/, bool /*visible*/,
-                const QUORAbortFlag& /*abort*/) override {}
-};
 
 template <class Element>
 QUORVisualElement::Ptr make(QUORVisualGroup* group, int key) {
@@ -51,22 +33,10 @@ struct Kind {
 constexpr std::array<Kind, 7> KINDS{{
     {QUORDisplayState::OUTLINE_LAYER, &make<QUOR3DOutlineElement>},
     {QUORDisplayState::PRODUCT_3D_LAYER, &make<QUOR3DVisualElement>},
-#ifdef HAS_2D
     {QUORDisplayState::PRODUCT_2D_LAYER, &make<QUOR2DVisualElement>},
-#else
-    {QUORDisplayState::PRODUCT_2D_LAYER, &make<EmptyElement>},
-#endif
-#ifdef HAS_TERRAIN
     {QUORDisplayState::TERRAIN_LAYER, &make<QUOR3DTerrainElement>},
-#else
-    {QUORDisplayState::TERRAIN_LAYER, &make<EmptyElement>},
-#endif
     {QUORDisplayState::LAT_LON_GRID_LAYER, &make<QUORLatLonGridElement>},
-#ifdef HAS_LABELS
     {QUORDisplayState::GEO_LABELS_LAYER, &make<QUORGeoLabelsElement>},
-#else
-    {QUORDisplayState::GEO_LABELS_LAYER, &make<EmptyElement>},
-#endif
     {QUORDisplayState::RANGE_RINGS_LAYER, &make<QUORRadarRingsElement>},
 }};
 

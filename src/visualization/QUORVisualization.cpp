@@ -1,0 +1,365 @@
+// SPDX-License-Identifier: MIT
+#include "QUORVisualization.h"
+
+#include "QUORAssert.h"
+#include "QUORFileLeaf.h"
+#include "QUORLog.h"
+#include "QUORProductSettings.h"
+#include "QUORVisualizationObserver.h"
+
+#include <vtkDataSet.h>
+#include <vtkProp3D.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double METRIC_TICKS = 2500.0;
+constexpr double TEN_THOUSAND_FEET = 3048.0;
+constexpr double KILOMETRES_PER_NAUTICAL_MILE = 1.853184;
+/// The outer ring lies at a multiple of this, in metres or thousandths of a nautical mile.
+constexpr double RING_STEP = 20000.0;
+constexpr double GRID_FACTOR = 1.5;
+/// The data image's distance between levels.
+constexpr double LEVEL_SPACING = 5.0;
+
+void logDebug(const QString& text) {
+    QUORLog::Instance().logDebug(text);
+}
+
+/// Scene metres for one step of the grid.
+double stepOf(double extent, int points) {
+    return points > 1 ? extent / (points - 1) : 1.0;
+}
+
+QUORPoint3D radarPosition(const QUORFile& file, double verticalScale) {
+    const auto offset = [](int scale, int radar, int points) {
+        return scale * (radar * 0.001 - 0.5 * points) * 0.01;
+    };
+    return {offset(file.getXScale(), file.getXRadar(), file.getXPoints()),
+            offset(file.getYScale(), file.getYRadar(), file.getYPoints()),
+            (file.getRadarElevation() + file.getZRadar() * 0.001) * verticalScale};
+}
+
+/// A header may be well formed and yet describe nothing that could be drawn around: its product is refused
+/// by the product's own element.
+bool isDrawable(const QUORDataFrame& frame) {
+    return frame.getData3d() && frame.getData3d()->getFile()->getGridError().isEmpty();
+}
+
+/// Along x and y; 1 along z.
+std::array<double, 3> gridScale(const QUORFile& file) {
+    return {stepOf(file.getLengthM(), file.getXPoints()), stepOf(file.getWidthM(), file.getYPoints()), 1.0};
+}
+
+/// Puts the middle of the grid at the origin.
+std::array<double, 3> gridPosition(const QUORFile& file, const std::array<double, 3>& scale,
+                                   double altitude) {
+    return {-0.5 * file.getXPoints() * scale[0], -0.5 * file.getYPoints() * scale[1], altitude};
+}
+
+void logGrid(const QString& kind, const QUORFile& file) {
+    logDebug(kind + QStringLiteral(" points: %1 %2 %3")
+                        .arg(file.getZPoints())
+                        .arg(file.getYPoints())
+                        .arg(file.getXPoints()));
+    logDebug(kind + QStringLiteral(" dimensions: %1 %2 %3")
+                        .arg(file.getHeightM())
+                        .arg(file.getWidthM())
+                        .arg(file.getLengthM()));
+}
+
+} // namespace
+
+QUORVisualization::QUORVisualization(QUORVisualizationObserver* observer) : _observer(observer) {
+    const QUORLogScope scope("QUORVisualization::QUORVisualization");
+    _pipeline = std::make_shared<QUORVisualizationPipeline>();
+    connect(_pipeline.get(), &QUORVisualizationPipeline::allDone, this,
+            &QUORVisualization::onPipelineFinished, Qt::QueuedConnection);
+}
+
+QUORVisualization::~QUORVisualization() {
+    const QUORLogScope scope("QUORVisualization::~QUORVisualization");
+    _pipeline->stop();
+    resetVisualization();
+}
+
+void QUORVisualization::setSourceData(const QUORDataFrame::CPtr& frame) {
+    const QUORLogScope scope("QUORVisualization::setSourceData");
+    QUOR_ASSERT(frame && frame->getData3d());
+    if (frame == _params.dataFrame && _pipelineItem && !_pipelineItem->isInUse()) {
+        logDebug(QStringLiteral("Reusing previous pipeline item.."));
+    } else {
+        createPipelineItem(frame);
+    }
+    setParameters(_observer->getVisualizationGeneralSettings(), frame->getProductSettings());
+}
+
+void QUORVisualization::createPipelineItem(const QUORDataFrame::CPtr& frame) {
+    logDebug(QStringLiteral("Creating a new pipeline item.."));
+    if (frame != _params.dataFrame) {
+        logDebug(QStringLiteral(" -Different frame!"));
+    }
+    if (!_pipelineItem) {
+        logDebug(QStringLiteral("- No pipeline item!"));
+    } else if (_pipelineItem->isInUse()) {
+        logDebug(QStringLiteral("- Pipeline item in use!"));
+    }
+    _params.dataFrame = frame;
+    if (_pipelineItem) {
+        _retired.push_back(_pipelineItem);
+    }
+    _pipelineItem =
+        std::make_shared<QUORVisualizationPipelineItem>(_observer->getVisualizationDisplayState());
+}
+
+void QUORVisualization::updateVisualization(bool force) {
+    const QUORLogScope scope("QUORVisualization::updateVisualization");
+    QUOR_ASSERT(_pipelineItem);
+    _watch.restart();
+    const bool busy = _generating || _pipelineItem->isInUse();
+    if (!busy) {
+        _pipelineItem->getDisplayState()->copyState(*_observer->getVisualizationDisplayState());
+    }
+    if (!force && _appliedItem == _pipelineItem && _params.isSame(_appliedParams)) {
+        logDebug(QStringLiteral("No changes!"));
+    } else {
+        logDebug(QStringLiteral("Updating visualization.."));
+        if (busy) {
+            logDebug(QStringLiteral("Already generating visualization! -> return."));
+            _dirty = true;
+            return;
+        }
+        _generating = true;
+        logDebug(QStringLiteral("---(generating)--->"));
+        updateLayers(force);
+    }
+    logDebug(QStringLiteral("Passing input item to visualization pipeline.."));
+    _pipeline->addInput(_pipelineItem);
+    _dirty = false;
+}
+
+void QUORVisualization::onPipelineFinished() {
+    const QUORLogScope scope("QUORVisualization::onPipelineFinished");
+    if (_aborted) {
+        return;
+    }
+    _visualizationResult = _pipeline->getResultItem();
+    if (_visualizationResult) {
+        updateLayerTranformations();
+    } else {
+        QUORLog::Instance().logError(QStringLiteral("The scene could not be built."));
+    }
+    logDebug(QStringLiteral("<---(generating)---"));
+    logDebug(QStringLiteral("..data visualized in ") + _watch.seconds() + QStringLiteral(" seconds."));
+    _generating = false;
+    dropRetired();
+    if (_dirty) {
+        logDebug(QStringLiteral("Visualization dirty -> generate again!"));
+        updateVisualization(true);
+    } else {
+        _observer->visualizationFinished(this);
+    }
+}
+
+void QUORVisualization::dropRetired() {
+    const auto isIdle = [](const QUORVisualizationPipelineItem::Ptr& item) { return !item->isInUse(); };
+    _retired.erase(std::remove_if(_retired.begin(), _retired.end(), isIdle), _retired.end());
+    if (_pipelineItem && isIdle(_pipelineItem)) {
+        _pipelineItem->dropRetired();
+    }
+}
+
+void QUORVisualization::abort() {
+    const QUORLogScope scope("QUORVisualization::abort");
+    _aborted = true;
+    _pipeline->stop();
+}
+
+void QUORVisualization::resetVisualization() {
+    const QUORLogScope scope("QUORVisualization::resetVisualization");
+    _generating = false;
+    _dirty = false;
+    _params = {};
+    _appliedParams = {};
+}
+
+void QUORVisualization::resetLayers() {
+    const QUORLogScope scope("QUORVisualization::resetLayers");
+    logDebug(QStringLiteral("Reseting all groups, layers, and visual elements.."));
+    _pipelineItem->retireProps();
+    _pipelineItem->getDisplayState()->resetParameters();
+}
+
+vtkSmartPointer<vtkDataSet> QUORVisualization::getVTKDataSet() const {
+    return _pipelineItem ? _pipelineItem->getVTKDataSet() : nullptr;
+}
+
+void QUORVisualization::setParameters(const QUORGeneralSettings::CPtr& generalSettings,
+                                      const QUORProductSettings::CPtr& productSettings) {
+    const QUORLogScope scope("QUORVisualization::setParameters");
+    QUOR_ASSERT(_params.dataFrame && _params.dataFrame->getData3d());
+    QUOR_ASSERT(generalSettings && productSettings);
+    const QUORFileLeaf::CPtr leaf = _params.dataFrame->getData3d();
+    const QUORFile& file = *leaf->getFile();
+    const bool metric = generalSettings->isMetricUnits();
+
+    setProduct3dParameters(*generalSettings, *productSettings);
+    _params.verticalScale = generalSettings->getVerticalScale();
+    _params.labels.setVerticalScale(_params.verticalScale);
+    _params.outline.setSiteAltitude(file.getRadarElevation());
+    _params.outline.setDataHeight(file.getHeightM());
+    _params.outline.setTickInterval(metric ? METRIC_TICKS : TEN_THOUSAND_FEET);
+    if (_pipelineItem) {
+        _pipelineItem->setSite(leaf->getSite(), radarPosition(file, _params.verticalScale));
+    }
+    _params.grid.setGeoProjection(file.getGeoProjection());
+    _params.labels.setGeoProjection(file.getGeoProjection());
+    const double halfDiagonal = 0.5 * std::hypot(file.getLengthM(), file.getWidthM());
+    _params.grid.setRange(GRID_FACTOR * halfDiagonal);
+    setRingsParameters(file, halfDiagonal, metric);
+}
+
+void QUORVisualization::setProduct3dParameters(const QUORGeneralSettings& generalSettings,
+                                               const QUORProductSettings& productSettings) {
+    QUORLayerParameters3d& record = _params.product3d;
+    record.setDataShrinkH(generalSettings.getHorizontalDataShrink());
+    record.setDataShrinkV(generalSettings.getVerticalDataShrink());
+    record.setDataSmooth(generalSettings.getDataSmoothing());
+    record.setRenderingType(productSettings.getRenderingType());
+    record.setColorScaleName(productSettings.getColorMapName());
+    record.setSurfacePars(productSettings.getSurfaces());
+    record.setVolumeValueLow(productSettings.getVolumeValueLow());
+    record.setVolumeOpacityLow(productSettings.getVolumeOpacityLow());
+    record.setVolumeValueHigh(productSettings.getVolumeValueHigh());
+    record.setVolumeOpacityHigh(productSettings.getVolumeOpacityHigh());
+}
+
+void QUORVisualization::setRingsParameters(const QUORFile& file, double halfDiagonal, bool metric) {
+    const double unit = metric ? 1.0 : KILOMETRES_PER_NAUTICAL_MILE;
+    const double radius = std::ceil(halfDiagonal / unit / RING_STEP) * RING_STEP;
+    logDebug((metric ? QStringLiteral("radius(km)=") : QStringLiteral("radius(NM)=")) +
+             QString::number(radius / 1000.0, 'g', 6));
+    _params.rings.setSiteLocation(file.getSiteCoordinates());
+    _params.rings.setRange(radius);
+    _params.rings.setMetricUnits(metric);
+}
+
+void QUORVisualization::updateLayers(bool force) {
+    const QUORLogScope scope("QUORVisualization::updateLayers");
+    QUOR_ASSERT(_pipelineItem);
+    if (force) {
+        logDebug(QStringLiteral("Force enabled -> reset layers first!"));
+        resetLayers();
+    }
+    logDebug(QStringLiteral("Updating groups and layers.."));
+    QUOR_ASSERT(_params.dataFrame);
+    completeParameters();
+    _appliedParams = _params;
+    if (_appliedItem && _appliedItem != _pipelineItem) {
+        _pipelineItem->adoptElements(*_appliedItem);
+        _retired.push_back(_appliedItem);
+    }
+    _appliedItem = _pipelineItem;
+    updateRadarLayers();
+    updateGeoLayers();
+}
+
+void QUORVisualization::completeParameters() {
+    const QUORDataFrame& frame = *_params.dataFrame;
+    if (frame.getData3d()) {
+        _params.product3d.setDataFile(frame.getData3d()->getFile());
+    }
+    if (frame.getData2d()) {
+        _params.product2d.setDataFile(frame.getData2d()->getFile());
+    }
+    _params.terrain.setTerrainSet(frame.getTerrainSet());
+    _params.labels.setLandmarks(frame.getLandmarkSet());
+}
+
+template <class Record>
+void QUORVisualization::give(int key, const Record& record) {
+    const QUORDisplayLayer::Ptr layer = _pipelineItem->getDisplayState()->getLayer(key);
+    QUOR_ASSERT(layer);
+    layer->setParameters(std::make_shared<Record>(record));
+}
+
+void QUORVisualization::updateRadarLayers() {
+    if (!_appliedParams.dataFrame->getData3d()) {
+        logDebug(QStringLiteral("No 3d data available. Reseting layers.."));
+        for (const int key : {QUORDisplayState::RADAR_GROUP, QUORDisplayState::OUTLINE_LAYER,
+                              QUORDisplayState::PRODUCT_3D_LAYER, QUORDisplayState::PRODUCT_2D_LAYER}) {
+            give(key, QUORLayerParameters());
+        }
+        return;
+    }
+    logDebug(QStringLiteral("Updating radar layers.."));
+    give(QUORDisplayState::RADAR_GROUP, QUORLayerParameters());
+    if (isDrawable(*_appliedParams.dataFrame)) {
+        give(QUORDisplayState::OUTLINE_LAYER, _appliedParams.outline);
+    } else {
+        give(QUORDisplayState::OUTLINE_LAYER, QUORLayerParameters());
+    }
+    give(QUORDisplayState::PRODUCT_3D_LAYER, _appliedParams.product3d);
+    if (_appliedParams.dataFrame->getData2d()) {
+        give(QUORDisplayState::PRODUCT_2D_LAYER, _appliedParams.product2d);
+    }
+}
+
+void QUORVisualization::updateGeoLayers() {
+    const QUORDataFrame& frame = *_appliedParams.dataFrame;
+    if (!frame.getTerrainSet() || !frame.getLandmarkSet() || !isDrawable(frame)) {
+        return;
+    }
+    logDebug(QStringLiteral("Updating geo layers.."));
+    give(QUORDisplayState::GEO_GROUP, QUORLayerParameters());
+    give(QUORDisplayState::TERRAIN_LAYER, _appliedParams.terrain);
+    give(QUORDisplayState::LAT_LON_GRID_LAYER, _appliedParams.grid);
+    give(QUORDisplayState::RANGE_RINGS_LAYER, _appliedParams.rings);
+    give(QUORDisplayState::GEO_LABELS_LAYER, _appliedParams.labels);
+}
+
+void QUORVisualization::updateLayerTranformations() {
+    const QUORLogScope scope("QUORVisualization::updateLayerTranformations");
+    QUOR_ASSERT(_pipelineItem);
+    const QUORDataFrame::CPtr frame = _appliedParams.dataFrame;
+    if (!frame || !frame->getData3d()) {
+        return;
+    }
+    const QUORFile& file = *frame->getData3d()->getFile();
+    const double vertical = _appliedParams.verticalScale;
+    const double altitude = file.getRadarElevation() * vertical;
+
+    logGrid(QStringLiteral("3d"), file);
+    const Vector scale = gridScale(file);
+    place(QUORDisplayState::PRODUCT_3D_LAYER,
+          {scale[0], scale[1], stepOf(file.getHeightM() * vertical, file.getZPoints()) / LEVEL_SPACING},
+          gridPosition(file, scale, altitude));
+    place(QUORDisplayState::OUTLINE_LAYER,
+          {file.getLengthM(), file.getWidthM(), file.getHeightM() * vertical}, Vector{0.0, 0.0, altitude});
+    if (const QUORFileLeaf::CPtr leaf2d = frame->getData2d()) {
+        const QUORFile& file2d = *leaf2d->getFile();
+        logGrid(QStringLiteral("2d"), file2d);
+        const Vector scale2d = gridScale(file2d);
+        place(QUORDisplayState::PRODUCT_2D_LAYER, scale2d,
+              gridPosition(file2d, scale2d, file2d.getRadarElevation() * vertical));
+    }
+    place(QUORDisplayState::RANGE_RINGS_LAYER, {1.0, 1.0, 1.0}, Vector{0.0, 0.0, altitude});
+    place(QUORDisplayState::LAT_LON_GRID_LAYER, {1.0, 1.0, 1.0}, Vector{0.0, 0.0, 0.0});
+    place(QUORDisplayState::TERRAIN_LAYER, {1.0, 1.0, vertical});
+}
+
+void QUORVisualization::place(int layerKey, const Vector& scale, const std::optional<Vector>& position) {
+    const QUORVisualizationPipelineItem& item = _visualizationResult ? *_visualizationResult : *_pipelineItem;
+    const QUORVisualElement::Ptr element = item.getElement(layerKey);
+    const vtkSmartPointer<vtkProp> prop = element ? element->getProp() : nullptr;
+    vtkProp3D* prop3d = vtkProp3D::SafeDownCast(prop);
+    if (prop3d == nullptr) {
+        return;
+    }
+    prop3d->SetScale(scale[0], scale[1], scale[2]);
+    if (position) {
+        prop3d->SetPosition((*position)[0], (*position)[1], (*position)[2]);
+    }
+}
