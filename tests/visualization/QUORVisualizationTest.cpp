@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: MIT
+#include "QUORVisualization.h"
+
+#include "LogCapture.h"
+#include "QUORDataStore.h"
+#include "QUORVisualizationObserver.h"
+#include "ScratchHome.h"
+#include "TestProduct.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <vtkProp3D.h>
+
+#include <cmath>
+#include <map>
+
+namespace {
+
+constexpr int DEADLINE = 20000;
+const QString SETTINGS_FILE = QStringLiteral("QUOR3D.conf");
+
+using State = QUORDisplayState;
+
+/// A site's volumes at 12:00 and 12:05 with a 2D product, and a controller over them.
+class QUORVisualizationTest : public testing::Test, public QUORVisualizationObserver {
+protected:
+    void SetUp() override {
+        ScratchHome::removeSettings(SETTINGS_FILE);
+        for (const QString& folder : {QStringLiteral("3d"), QStringLiteral("2d"), QStringLiteral("geo")}) {
+            ASSERT_TRUE(QDir().mkpath(path(folder)));
+        }
+        _volume.fill = [](int x, int, int) { return unsigned(60 + 20 * x); };
+        _volume.xRadar = 2000;
+        _volume.zRadar = 3000;
+        writeVolume();
+        TestProduct::sri().write(path(QStringLiteral("2d")));
+        _volume.time = _volume.time.addSecs(300);
+        writeVolume();
+    }
+
+    void visualizationFinished(QUORVisualization*) override { ++_finished; }
+    QUORGeneralSettings::CPtr getVisualizationGeneralSettings() override { return _settings; }
+    QUORDisplayState::CPtr getVisualizationDisplayState() override { return _state; }
+
+    QString path(const QString& folder) const { return _dir.filePath(folder); }
+    void writeVolume() { _volume.write(path(QStringLiteral("3d"))); }
+
+    /// Of the store as it is by then.
+    std::shared_ptr<QUORDataFrame> makeFrame(const char* moment, const QString& product2d = {}) {
+        if (!_store) {
+            _store = std::make_shared<QUORDataStore>(nullptr);
+            _store->setDirectories(path(QStringLiteral("3d")), path(QStringLiteral("2d")),
+                                   path(QStringLiteral("geo")), path(QStringLiteral("cache")));
+        }
+        auto frame = std::make_shared<QUORDataFrame>(_store, QStringLiteral("TEST"), QLatin1String(moment),
+                                                     QStringLiteral("CAPPI"), QStringLiteral("Z"), product2d,
+                                                     180, 1.0);
+        EXPECT_TRUE(frame->getData3d());
+        return frame;
+    }
+    std::shared_ptr<QUORDataFrame> makeFrame() { return makeFrame("240601120000"); }
+
+    void build(const QUORDataFrame::CPtr& frame, bool force = true) {
+        _visualization.setSourceData(frame);
+        _visualization.updateVisualization(force);
+        waitForFinished(_finished + 1);
+    }
+    void waitForFinished(int count) {
+        QElapsedTimer timer;
+        timer.start();
+        while (_finished < count && timer.elapsed() < DEADLINE) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        }
+        EXPECT_EQ(_finished, count);
+    }
+    template <class Record>
+    std::shared_ptr<Record> recordOf(int key) {
+        return std::dynamic_pointer_cast<Record>(
+            _visualization.getPipelineItem()->getDisplayState()->getLayer(key)->getParameters());
+    }
+    vtkSmartPointer<vtkProp3D> propOf(int key) {
+        return vtkProp3D::SafeDownCast(_visualization.getVisualizationResult()->getElement(key)->getProp());
+    }
+
+    QTemporaryDir _dir;
+    LogCapture _log;
+    TestProduct _volume;
+    QUORDataStore::Ptr _store;
+    std::shared_ptr<QUORGeneralSettings> _settings = std::make_shared<QUORGeneralSettings>();
+    std::shared_ptr<QUORDisplayState> _state = std::make_shared<QUORDisplayState>();
+    int _finished = 0;
+    QUORVisualization _visualization{this};
+};
+
+TEST_F(QUORVisualizationTest, itemsAreReusedForTheSameFrameOnly) {
+    const auto frame = makeFrame();
+    build(frame);
+    const auto item = _visualization.getPipelineItem();
+    EXPECT_EQ(_visualization.getVisualizationResult(), item);
+    EXPECT_EQ(item->getSite(), QStringLiteral("TEST"));
+    EXPECT_TRUE(_log.contains(QStringLiteral("D: - No pipeline item!")));
+    _visualization.setSourceData(frame);
+    EXPECT_EQ(_visualization.getPipelineItem(), item);
+    EXPECT_EQ(_log.count(QStringLiteral("D: Reusing previous pipeline item..")), 1);
+
+    item->beginUse();
+    _visualization.setSourceData(frame);
+    EXPECT_NE(_visualization.getPipelineItem(), item);
+    EXPECT_TRUE(_log.contains(QStringLiteral("D: - Pipeline item in use!")));
+    item->endUse();
+    EXPECT_EQ(_log.count(QStringLiteral("D:  -Different frame!")), 1);
+    _visualization.setSourceData(makeFrame("240601120500"));
+    EXPECT_EQ(_log.count(QStringLiteral("D:  -Different frame!")), 2);
+}
+
+TEST_F(QUORVisualizationTest, anUnchangedRequestIsPassedOnAndBuildsNothing) {
+    const auto frame = makeFrame();
+    build(frame, false);
+    EXPECT_EQ(_log.count(QStringLiteral("vtk_3D_data_create() called.")), 1);
+    build(frame, false);
+    EXPECT_EQ(_log.count(QStringLiteral("D: No changes!")), 1);
+    EXPECT_EQ(_log.count(QStringLiteral("vtk_3D_data_create() called.")), 1);
+
+    _settings->setMetricUnits(false);
+    build(frame, false);
+    EXPECT_EQ(_log.count(QStringLiteral("D: No changes!")), 1);
+    build(frame, true);
+    EXPECT_EQ(_log.count(QStringLiteral("vtk_3D_data_create() called.")), 2);
+    // Another frame of the same data has an item of its own, which must be given its layers.
+    build(makeFrame(), false);
+    EXPECT_TRUE(propOf(State::PRODUCT_3D_LAYER));
+}
+
+TEST_F(QUORVisualizationTest, requestsDuringABuildAreServedByOneMore) {
+    _visualization.setSourceData(makeFrame());
+    _visualization.updateVisualization(false);
+    _state->getLayer(State::PRODUCT_3D_LAYER)->setVisible(false);
+    _visualization.updateVisualization(true);
+    _visualization.updateVisualization(true);
+    waitForFinished(1);
+    EXPECT_EQ(_log.count(QStringLiteral("D: Already generating visualization! -> return.")), 2);
+    EXPECT_EQ(_log.count(QStringLiteral("D: Visualization dirty -> generate again!")), 1);
+    EXPECT_EQ(_log.count(QStringLiteral("D: Update visualization-->")), 2);
+    for (const auto& part : _visualization.getVisualizationResult()->getResultParts()) {
+        EXPECT_NE(part.layerKey, State::PRODUCT_3D_LAYER);
+    }
+}
+
+TEST_F(QUORVisualizationTest, theRingsFollowTheHalfDiagonal) {
+    const struct {
+        int length; ///< of the grid, metres
+        int width;
+        bool metric;
+        double radius;
+        const char* line;
+    } rows[] = {{120000, 22000, true, 80000, "D: radius(km)=80"},
+                {24000, 32000, true, 20000, "D: radius(km)=20"},
+                {24001, 32000, true, 40000, "D: radius(km)=40"},
+                {120000, 22000, false, 40000, "D: radius(NM)=40"}};
+    _volume.xPoints = 2;
+    _volume.yPoints = 2;
+    for (const auto& row : rows) {
+        _volume.time = _volume.time.addSecs(1);
+        _volume.xStep = row.length * 100;
+        _volume.yStep = row.width * 100;
+        writeVolume();
+    }
+    int second = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        _log.clear();
+        _settings->setMetricUnits(row.metric);
+        _visualization.setSourceData(makeFrame(qPrintable(QStringLiteral("24060112050%1").arg(++second))));
+        const QUORVisualizationParameters& parameters = _visualization.getParameters();
+        EXPECT_DOUBLE_EQ(parameters.rings.getRange(), row.radius);
+        EXPECT_EQ(parameters.rings.isMetricUnits(), row.metric);
+        EXPECT_NEAR(parameters.grid.getRange(), 0.75 * std::hypot(row.length, row.width), 1e-6);
+        EXPECT_DOUBLE_EQ(parameters.outline.getTickInterval(), row.metric ? 2500.0 : 3048.0);
+        EXPECT_TRUE(_log.contains(QLatin1String(row.line)));
+    }
+}
+
+TEST_F(QUORVisualizationTest, layersReceiveTheirRecordsAndPlaces) {
+    const auto frame = makeFrame();
+    build(frame);
+    const auto product = recordOf<QUORLayerParameters3d>(State::PRODUCT_3D_LAYER);
+    ASSERT_TRUE(product);
+    EXPECT_EQ(product->getDataFile(), frame->getData3d()->getFile());
+    EXPECT_EQ(product->getDataShrinkH(), 4);
+    EXPECT_EQ(product->getSurfacePars(), frame->getProductSettings()->getSurfaces());
+    EXPECT_EQ(product->getVolumeValueHigh(), frame->getProductSettings()->getVolumeValueHigh());
+    const auto outline = recordOf<QUORLayerParameters3dOutline>(State::OUTLINE_LAYER);
+    EXPECT_DOUBLE_EQ(outline->getSiteAltitude(), 120.0);
+    EXPECT_DOUBLE_EQ(outline->getDataHeight(), 1000.0);
+    EXPECT_EQ(recordOf<QUORLayerParameters2d>(State::PRODUCT_2D_LAYER)->getDataFile(),
+              frame->getData2d()->getFile());
+    EXPECT_DOUBLE_EQ(recordOf<QUORLayerParametersGeoLabels>(State::GEO_LABELS_LAYER)->getVerticalScale(),
+                     5.0);
+    EXPECT_EQ(recordOf<QUORLayerParametersTerrain>(State::TERRAIN_LAYER)->getTerrainSet(),
+              frame->getTerrainSet());
+    const QUORPoint3D radar{0.0, -500.0, (120 + 3) * 5.0};
+    EXPECT_EQ(_visualization.getPipelineItem()->getRadarPosition(), radar);
+
+    const struct {
+        int key;
+        std::array<double, 3> scale;
+        std::array<double, 3> position;
+    } rows[] = {{State::PRODUCT_3D_LAYER, {1000, 1000, 500}, {-2000, -2000, 600}},
+                {State::OUTLINE_LAYER, {3000, 3000, 5000}, {0, 0, 600}},
+                {State::PRODUCT_2D_LAYER, {1000, 1000, 1}, {-2000, -2000, 600}},
+                {State::RANGE_RINGS_LAYER, {1, 1, 1}, {0, 0, 600}},
+                {State::LAT_LON_GRID_LAYER, {1, 1, 1}, {0, 0, 0}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.key);
+        const vtkSmartPointer<vtkProp3D> prop = propOf(row.key);
+        ASSERT_TRUE(prop);
+        for (int axis = 0; axis < 3; ++axis) {
+            EXPECT_DOUBLE_EQ(prop->GetScale()[axis], row.scale[axis]) << axis;
+            EXPECT_DOUBLE_EQ(prop->GetPosition()[axis], row.position[axis]) << axis;
+        }
+    }
+}
+
+TEST_F(QUORVisualizationTest, theNextFrameOfASiteKeepsWhatDoesNotChange) {
+    build(makeFrame());
+    std::map<int, vtkSmartPointer<vtkProp3D>> before;
+    for (const int key : {11, 12, 42, 44}) {
+        before[key] = propOf(key);
+    }
+    const std::weak_ptr<QUORVisualizationPipelineItem> first = _visualization.getPipelineItem();
+    _log.clear();
+    build(makeFrame("240601120500"));
+    for (const int key : {11, 42, 44}) {
+        EXPECT_EQ(propOf(key), before[key]) << key;
+    }
+    EXPECT_NE(propOf(State::PRODUCT_3D_LAYER), before[State::PRODUCT_3D_LAYER]);
+    EXPECT_TRUE(_log.contains(QStringLiteral("D: QUOR3DTerrainElement::update(): No need to update.")));
+    EXPECT_TRUE(first.expired());
+
+    // The forced rebuild of the same frame keeps nothing.
+    build(makeFrame("240601120500"));
+    _visualization.updateVisualization(true);
+    waitForFinished(_finished + 1);
+    EXPECT_NE(propOf(State::OUTLINE_LAYER), before[State::OUTLINE_LAYER]);
+}
+
+TEST_F(QUORVisualizationTest, whatTheFrameLacksLeavesItsLayersAlone) {
+    _store = std::make_shared<QUORDataStore>(nullptr);
+    _store->setDirectories(path(QStringLiteral("3d")), {}, {}, {});
+    auto frame = makeFrame();
+    if (frame->getTerrainSet()) {
+        frame = std::make_shared<QUORDataFrame>(_store);
+        frame->setSite(QStringLiteral("TEST"));
+        frame->setMoment(QStringLiteral("240601120000"), 180);
+        frame->setDataParams3d(QStringLiteral("CAPPI"), QStringLiteral("Z"));
+        ASSERT_TRUE(frame->updateData3d());
+    }
+    build(frame);
+    EXPECT_FALSE(_log.contains(QStringLiteral("Updating geo layers..")));
+    EXPECT_FALSE(recordOf<QUORLayerParameters>(State::GEO_GROUP));
+    EXPECT_FALSE(recordOf<QUORLayerParameters>(State::TERRAIN_LAYER));
+    EXPECT_FALSE(recordOf<QUORLayerParameters>(State::PRODUCT_2D_LAYER));
+    EXPECT_TRUE(propOf(State::PRODUCT_3D_LAYER));
+}
+
+TEST_F(QUORVisualizationTest, aProductThatCannotBeDrawnDrawsNothing) {
+    _volume.time = _volume.time.addSecs(1);
+    _volume.zStep = 0;
+    writeVolume();
+    build(makeFrame("240601120501"));
+    EXPECT_EQ(_log.count(QStringLiteral("E: Tried to load invalid 3D data file: ")), 1);
+    for (const auto& part : _visualization.getVisualizationResult()->getResultParts()) {
+        EXPECT_EQ(part.layerKey, State::PRODUCT_2D_LAYER);
+    }
+}
+
+TEST_F(QUORVisualizationTest, anAbortedControllerTellsNothingMore) {
+    _visualization.setSourceData(makeFrame());
+    _visualization.updateVisualization(true);
+    _visualization.abort();
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(_finished, 0);
+    EXPECT_TRUE(_log.contains(QStringLiteral("D: QUORVisualizationPipeline::run() finished.")));
+}
+
+} // namespace
