@@ -152,14 +152,15 @@ QUORFileLeaf::Ptr QUORDirTop::insertOrFind(const QUORFile::CPtr& file, const QUO
 }
 
 QUORDirTop::Result QUORDirTop::removeFile(const QString& name) {
-    std::unique_lock lock(_lock);
+    const std::unique_lock lock(_lock);
     const QUORFileLeaf::Ptr leaf = leafNamed(name);
-    if (leaf) {
-        remove(leaf);
+    if (!leaf) {
+        logDebug(QStringLiteral("NOTHING TO REMOVE ") + name);
+        return ResultInvalid;
     }
-    lock.unlock();
-    logDebug((leaf ? QStringLiteral("REMOVING ") : QStringLiteral("NOTHING TO REMOVE ")) + name);
-    return leaf ? ResultOk : ResultInvalid;
+    logDebug(QStringLiteral("REMOVING ") + name);
+    remove(leaf);
+    return ResultOk;
 }
 
 void QUORDirTop::addToAllLevels(QUORFile::CPtr file) {

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: MIT
+#include "QUOROffscreenVisualizer.h"
+
+#include "QUOR3DVisualElement.h"
+#include "QUORAssert.h"
+#include "QUORCameraInteractor.h"
+#include "QUORConfig.h"
+#include "QUORDataFrame.h"
+#include "QUORFile.h"
+#include "QUORFileLeaf.h"
+#include "QUORImageWriter.h"
+#include "QUORLog.h"
+#include "QUORLogOnce.h"
+#include "QUORRenderWindowFactory.h"
+#include "QUORRenderer.h"
+#include "QUORStopwatch.h"
+#include "QUORVisualization.h"
+
+#include <vtkGenericRenderWindowInteractor.h>
+#include <vtkImageData.h>
+#include <vtkImageWriter.h>
+#include <vtkNew.h>
+#include <vtkOpenGLRenderWindow.h>
+#include <vtkWindowToImageFilter.h>
+
+#include <algorithm>
+#include <exception>
+
+namespace {
+
+/// How far the default view looks down from, in lengths of the data.
+constexpr double DEFAULT_HEIGHT = 2.82;
+
+void logDebug(const QString& text) {
+    QUORLog::Instance().logDebug(text);
+}
+
+/// Index of a preset in the list of names that begins with the built-in default, which is also what a name
+/// stands for that the list does not hold.
+int findPreset(const QString& kind, const QStringList& names, const QString& name) {
+    const int index = int(names.indexOf(name));
+    if (index >= 0 || name == QUORConfig::VALUE_DEFAULT) {
+        QUORLogOnce::forget(kind);
+    } else {
+        QUORLogOnce::logWarning(kind, QStringLiteral("There is no ") + kind + QStringLiteral(" \"") + name +
+                                          QStringLiteral("\": the default is used"));
+    }
+    const int found = std::max(index, 0);
+    logDebug(QStringLiteral("Use ") + kind + QStringLiteral(": (") + QString::number(found) +
+             QStringLiteral(") ") + name);
+    return found;
+}
+
+} // namespace
+
+QUOROffscreenVisualizer::QUOROffscreenVisualizer() {
+    const QUORLogScope scope("QUOROffscreenVisualizer::QUOROffscreenVisualizer");
+    _visualization = std::make_shared<QUORVisualization>(this);
+    provideWindow();
+}
+
+QUOROffscreenVisualizer::~QUOROffscreenVisualizer() {
+    const QUORLogScope scope("QUOROffscreenVisualizer::~QUOROffscreenVisualizer");
+    _visualization.reset();
+    _renderer.reset();
+    _interactor = nullptr;
+    _window = nullptr;
+}
+
+void QUOROffscreenVisualizer::initVisualization() {
+    _generalSettings = std::make_shared<QUORGeneralSettings>();
+    _backgroundSettings = std::make_shared<QUORBackgroundSettings>();
+    _displayState = std::make_shared<QUORDisplayState>();
+    applyPresetDisplayState();
+}
+
+bool QUOROffscreenVisualizer::canVisualize(const std::shared_ptr<QUORDataFrame>& frame,
+                                           bool require2d) const {
+    if (_displayState->has2DEnabled()) {
+        logDebug(QStringLiteral("2d layer is enabled"));
+        if (!frame->getData2d()) {
+            logDebug(QStringLiteral("Data frame does not have required 2d data"));
+            return false;
+        }
+        return true;
+    }
+    if (require2d) {
+        logDebug(QStringLiteral("Don't want to visualize without 2D data"));
+    }
+    return !require2d;
+}
+
+void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataFrame>& frame,
+                                                 const QString& outputFile) {
+    const QUORLogScope scope("QUOROffscreenVisualizer::startVisualization");
+    _gate.acquire();
+    _outputFile = outputFile;
+    _visualization->setSourceData(frame);
+    _visualization->updateVisualization(true);
+}
+
+void QUOROffscreenVisualizer::waitUntilReady() {
+    _gate.acquire();
+    _gate.release();
+}
+
+QUORGeneralSettings::CPtr QUOROffscreenVisualizer::getVisualizationGeneralSettings() {
+    return _generalSettings;
+}
+
+QUORDisplayState::CPtr QUOROffscreenVisualizer::getVisualizationDisplayState() {
+    return _displayState;
+}
+
+void QUOROffscreenVisualizer::applyPresetDisplayState() {
+    const QUORLogScope scope("QUOROffscreenVisualizer::applyPresetDisplayState");
+    _generalSettings->loadDisplayStates(_displayState);
+    const auto& presets = _generalSettings->getDisplayStatePresets();
+    logDebug(QStringLiteral("Loaded ") + QString::number(presets.size()) +
+             QStringLiteral(" display state presets"));
+    const int index =
+        findPreset(QStringLiteral("display state preset"), _generalSettings->getDisplayStateNames(),
+                   _backgroundSettings->getDisplayStateName());
+    const auto preset = index == 0 ? std::make_shared<QUORDisplayState>() : presets[index - 1];
+    _displayState->copyState(*preset);
+    logDebug(QStringLiteral("Applied display state:"));
+    logDebug(QStringLiteral("---"));
+    _displayState->printDisplayState();
+    logDebug(QStringLiteral("---"));
+}
+
+void QUOROffscreenVisualizer::applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle) {
+    const QUORLogScope scope("QUOROffscreenVisualizer::applyPresetViewAngle");
+    QUOR_ASSERT(_visualization.get() && _visualization->getDataFrame().get());
+    _generalSettings->loadViewAngles(viewAngle);
+    const auto& presets = _generalSettings->getViewAnglePresets();
+    logDebug(QStringLiteral("Loaded ") + QString::number(presets.size()) +
+             QStringLiteral(" view angle presets"));
+    const int index = findPreset(QStringLiteral("view angle preset"), _generalSettings->getViewAngleNames(),
+                                 _backgroundSettings->getViewAngleName());
+    if (index == 0) {
+        const double length = _visualization->getDataFrame()->getData3d()->getFile()->getLengthM();
+        viewAngle->setCameraPosition({0.0, 0.0, DEFAULT_HEIGHT * length});
+        viewAngle->setCameraDirection({0.0, 0.000001, -1.0});
+    } else {
+        viewAngle->setCameraPosition(presets[index - 1]->getCameraPosition());
+        viewAngle->setCameraDirection(presets[index - 1]->getCameraDirection());
+    }
+    logDebug(QStringLiteral("Applied view angle:"));
+    logDebug(QStringLiteral("---"));
+    viewAngle->printViewAngle();
+    logDebug(QStringLiteral("---"));
+}
+
+vtkSmartPointer<vtkImageWriter> QUOROffscreenVisualizer::createWriter(int outputFormat) {
+    return QUORImageWriter::createWriter(outputFormat);
+}
+
+bool QUOROffscreenVisualizer::provideWindow() {
+    if (_window != nullptr) {
+        return true;
+    }
+    QString error;
+    _window = QUORRenderWindowFactory::create(error);
+    if (_window == nullptr) {
+        QUORLog::Instance().logError(QStringLiteral("No image can be rendered, OpenGL is not usable: ") +
+                                     error);
+        return false;
+    }
+    QUOR3DVisualElement::setHardwareRendering(_window->IsDirect() != 0);
+    _windowDescription = QUORRenderWindowFactory::describe(_window);
+    _interactor = vtkSmartPointer<vtkGenericRenderWindowInteractor>::New();
+    _interactor->SetRenderWindow(_window);
+    // Initialising draws once by itself, and without it nothing is ever drawn.
+    _interactor->EnableRenderOff();
+    _interactor->Initialize();
+    _interactor->EnableRenderOn();
+    return true;
+}
+
+void QUOROffscreenVisualizer::visualizationFinished(QUORVisualization* visualization) {
+    // The last act, when everything that was drawn is gone again: the job goes on at once.
+    struct GateOpener {
+        QSemaphore& gate;
+        ~GateOpener() { gate.release(); }
+    };
+    const GateOpener opener{_gate};
+    const QUORLogScope scope("QUOROffscreenVisualizer::visualizationFinished");
+    try {
+        renderImage(*visualization);
+    } catch (const std::exception& e) {
+        QUORLog::Instance().logError(QStringLiteral("Rendering failed: ") + _outputFile +
+                                     QStringLiteral(": ") + QString::fromLocal8Bit(e.what()));
+    }
+    if (_renderer != nullptr) {
+        _renderer->removeVisualization();
+    }
+    visualization->resetVisualization();
+}
+
+void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
+    logDebug(QStringLiteral("Creating offscreen render window.."));
+    if (!provideWindow() || !visualization.getVisualizationResult() || !visualization.getDataFrame()) {
+        QUORLog::Instance().logError(QStringLiteral("Not rendered: ") + _outputFile);
+        return;
+    }
+    prepareWindow();
+    prepareRenderer(visualization);
+    logDebug(QStringLiteral("Rendering visualization.."));
+    _renderer->render();
+    writeImage();
+}
+
+void QUOROffscreenVisualizer::prepareWindow() {
+    const int width = _backgroundSettings->getWidth();
+    const int height = _backgroundSettings->getHeight();
+    if (_window->GetSize()[0] != width || _window->GetSize()[1] != height) {
+        _window->SetSize(width, height);
+        _interactor->SetSize(width, height);
+    }
+    logDebug(QStringLiteral("Hardware acceleration: ") + QString::number(_window->IsDirect()));
+    logDebug(QStringLiteral("OpenGL extension manager ") + _windowDescription);
+}
+
+void QUOROffscreenVisualizer::prepareRenderer(QUORVisualization& visualization) {
+    logDebug(QStringLiteral("Creating renderer.."));
+    if (_renderer == nullptr) {
+        _renderer = std::make_unique<QUORRenderer>(_window, nullptr, nullptr, true);
+    } else {
+        _renderer->restart();
+    }
+    _renderer->setInfoData(visualization.getDataFrame(), _generalSettings);
+    _renderer->toggleLegend(true);
+    _renderer->toggleColorScale(true);
+    logDebug(QStringLiteral("Setting visualization.."));
+    _renderer->setVisualization(visualization.getVisualizationResult());
+    _renderer->resetCamera();
+    const auto viewAngle = std::make_shared<QUORViewAngle>();
+    applyPresetViewAngle(viewAngle);
+    QUORCameraInteractor* camera = _renderer->getCameraInteractor();
+    camera->setView(viewAngle->getCameraPosition(), viewAngle->getCameraDirection());
+    camera->applyCamera(false);
+}
+
+void QUOROffscreenVisualizer::writeImage() {
+    QUORImageWriter writer(_outputFile);
+    const QUORStopwatch watch;
+    bool written = writer.canOpen();
+    if (written) {
+        vtkNew<vtkWindowToImageFilter> reader;
+        reader->SetInput(_window);
+        reader->ReadFrontBufferOff();
+        reader->ShouldRerenderOff();
+        reader->Update();
+        logDebug(QStringLiteral("..reading back took ") + watch.seconds() + QStringLiteral(" seconds."));
+        const QUORStopwatch encoding;
+        written = writer.write(reader->GetOutput(), _backgroundSettings->getOutputFormat());
+        logDebug(QStringLiteral("..writing took ") + encoding.seconds() + QStringLiteral(" seconds."));
+    }
+    if (!written) {
+        QUORLog::Instance().logError(QStringLiteral("Writing output failed: ") + _outputFile);
+        QUORLog::Instance().logWarning(_outputFile + QStringLiteral(": ") + writer.getError());
+        return;
+    }
+    logDebug(QStringLiteral("Wrote output file:"));
+    logDebug(_outputFile);
+}

@@ -22,6 +22,7 @@
 
 #include <vtkActor.h>
 #include <vtkCamera.h>
+#include <vtkColorTransferFunction.h>
 #include <vtkCompassWidget.h>
 #include <vtkLegendBoxActor.h>
 #include <vtkLight.h>
@@ -81,6 +82,23 @@ vtkSmartPointer<vtkLight> makeLight(double y, double z) {
     light->SetFocalPoint(0.0, 0.0, 0.0);
     light->SetPosition(0.0, y, z);
     return light;
+}
+
+/// A map has a node at the lower seam of each colour, so that its range ends where the last colour begins:
+/// the bar's range goes on to that colour's upper seam, or its labels would not fit its colours.
+void showLastColor(vtkScalarBarActor* bar, const QUORColormap& colormap) {
+    const QVector<double>& seams = colormap.getScale();
+    const int last = colormap.getNSeamsInUse() - 1;
+    vtkColorTransferFunction* map = colormap.getMap();
+    if (map == nullptr || last < 1 || last >= seams.size() || seams[last] <= map->GetRange()[1]) {
+        return;
+    }
+    vtkNew<vtkColorTransferFunction> whole;
+    whole->DeepCopy(map);
+    std::array<double, 6> node{};
+    map->GetNodeValue(map->GetSize() - 1, node.data());
+    whole->AddRGBPoint(seams[last], node[1], node[2], node[3], node[4], node[5]);
+    bar->SetLookupTable(whole);
 }
 
 bool isProduct(int layerKey) {
@@ -275,6 +293,7 @@ void QUORRenderer::setInfoData(const std::shared_ptr<const QUORDataFrame>& dataF
     const QUORColormap colormap(dataFrame->getProductSettings()->getColorMapName(),
                                 dataFrame->getData3d()->getFile()->getDataType(), QUORColormap::Display);
     _colorBar = colormap.makeBar(colormap.getDataUnits(), 0.1, 0.05, 0.8, 0.95);
+    showLastColor(_colorBar, colormap);
     // Else the title touches the first label in small pictures.
     _colorBar->SetVerticalTitleSeparation(8);
     _colorScaleRenderer->RemoveAllViewProps();

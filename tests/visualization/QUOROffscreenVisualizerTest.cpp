@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: MIT
+#include "QUOROffscreenVisualizer.h"
+
+#include "ImageComparer.h"
+#include "LogCapture.h"
+#include "QUORImageWriter.h"
+#include "QUORVisualization.h"
+#include "RenderFixture.h"
+#include "ScratchHome.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QRegularExpression>
+
+#include <vtkImageWriter.h>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+/// A dense ball of echoes 20 km wide around the site, reaching from the ground to 6 km.
+TestProduct ball() {
+    TestProduct product;
+    product.xPoints = product.yPoints = 41;
+    product.zPoints = 13;
+    product.xRadar = product.yRadar = 20000;
+    product.fill = [](int x, int y, int z) {
+        const double r = std::hypot((x - 20) / 10.0, (y - 20) / 10.0, (z - 6) / 6.0);
+        return r < 1.0 ? unsigned(100.0 + 80.0 * (1.0 - r)) : 0U;
+    };
+    return product;
+}
+
+class QUOROffscreenVisualizerTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const TestWindow probe(16, 16);
+        if (probe.window == nullptr) {
+            GTEST_SKIP() << "no OpenGL here: " << qPrintable(probe.error);
+        }
+        qputenv("QUOR3D_BG_SETTINGS", QFile::encodeName(ScratchHome::settingsDirectory() + "/bg.conf"));
+    }
+    void TearDown() override {
+        for (const char* name : {"bg.conf", "QUOR3D.conf", "QUOR3DVisStyles.conf", "QUOR3DColors.conf"}) {
+            ScratchHome::removeSettings(QLatin1String(name));
+        }
+        qunsetenv("QUOR3D_BG_SETTINGS");
+    }
+
+    /// A small picture, and what else the background settings shall hold.
+    static void writeBackground(const QString& more, int width = 480, int height = 360) {
+        ScratchHome::writeSettings(
+            QStringLiteral("bg.conf"),
+            QStringLiteral("[BACKGROUND]\nwidth=%1\nheight=%2\n").arg(width).arg(height) + more);
+    }
+
+    QString output(const char* name) const { return _store.folder(name); }
+
+    /// Runs one job as the live data thread does. False when it was refused or did not end in time.
+    bool render(QUOROffscreenVisualizer& visualizer, const QUORDataFrame::Ptr& frame,
+                const QString& path) const {
+        std::atomic<int> result{-1};
+        std::thread job([&] {
+            visualizer.initVisualization();
+            const bool wanted = visualizer.canVisualize(frame, false);
+            if (wanted) {
+                visualizer.startVisualization(frame, path);
+                visualizer.waitUntilReady();
+            }
+            result = wanted ? 1 : 0;
+        });
+        QElapsedTimer timer;
+        timer.start();
+        while (result < 0 && timer.elapsed() < 60000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            QThread::usleep(200);
+        }
+        EXPECT_GE(result, 0) << "the job hangs";
+        job.join();
+        return result == 1;
+    }
+
+    TestStore _store;
+};
+
+const QString NO_2D = QStringLiteral("displaystate=Data\n");
+
+/// A display state "Data" with the 3D product and its outline alone, two view angles, and two surfaces.
+void writeScene() {
+    QString text = QStringLiteral(R"([PRODUCT%20CAPPI%20Z]
+rendering=surface
+colormap=Default
+surface\size=2
+surface\1\isovalue=20
+surface\1\opacity=40
+surface\2\isovalue=45
+surface\2\opacity=100
+
+[VIEWANGLE]
+VIEWANGLES\size=3
+VIEWANGLES\1\viewAngleName=Custom
+VIEWANGLES\2\viewAngleName=North
+VIEWANGLES\2\viewAngleCamPosZ=90000
+VIEWANGLES\3\viewAngleName=South
+VIEWANGLES\3\viewAngleCamPosX=-20000
+VIEWANGLES\3\viewAngleCamPosY=-90000
+VIEWANGLES\3\viewAngleCamPosZ=60000
+VIEWANGLES\3\viewAngleCamDirX=0.2
+VIEWANGLES\3\viewAngleCamDirY=0.9
+VIEWANGLES\3\viewAngleCamDirZ=-0.45
+
+[DISPLAYSTATE]
+DISPLAYSTATES\size=2
+DISPLAYSTATES\1\displayStateName=Custom
+DISPLAYSTATES\2\displayStateName=Data
+)");
+    for (const int key : {10, 11, 12}) {
+        text += QStringLiteral("DISPLAYSTATES\\2\\displayStateLayerVisible%1=true\n").arg(key);
+    }
+    ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"), text);
+}
+
+void writeColors() {
+    QString text =
+        QStringLiteral("[COLORSCALE%201]\nname=Default\ncolorset_index=1\ndata_units=dBZ\npoints\\size=5\n");
+    for (int i = 0; i < 5; ++i) {
+        text += QStringLiteral("points\\%1\\seam=%2\n").arg(i + 1).arg(i * 15);
+    }
+    constexpr int COLORS[4][3] = {{60, 120, 220}, {40, 170, 60}, {240, 220, 40}, {230, 50, 30}};
+    text += QStringLiteral("[COLORSET%201]\nname=Storm\npoints\\size=4\n");
+    for (int i = 0; i < 4; ++i) {
+        for (const char* end : {"lower", "upper"}) {
+            for (int c = 0; c < 3; ++c) {
+                text += QStringLiteral("points\\%1\\%2\\%3=%4\n")
+                            .arg(i + 1)
+                            .arg(QLatin1String(end))
+                            .arg(QLatin1Char("rgb"[c]))
+                            .arg(COLORS[i][c]);
+            }
+        }
+    }
+    ScratchHome::writeSettings(QStringLiteral("QUOR3DColors.conf"), text);
+}
+
+} // namespace
+
+TEST_F(QUOROffscreenVisualizerTest, WritesTheImageInTheChosenFormatAndSize) {
+    writeScene();
+    const QUORDataFrame::Ptr frame = _store.frame(ball());
+    ASSERT_TRUE(frame);
+    QUOROffscreenVisualizer visualizer;
+    struct Row {
+        const char* format;
+        const char* name;
+        const char* magic;
+        QSize size;
+    };
+    for (const Row& row :
+         {Row{"PNG", "a.png", "\x89PNG", {480, 360}}, Row{"TIFF", "a.tiff", "II*", {200, 100}},
+          Row{"JPEG", "a.jpg", "\xff\xd8", {300, 400}}, Row{"png", "a.", "\x89PNG", {64, 64}}}) {
+        writeBackground(NO_2D + QStringLiteral("outputformat=%1\n").arg(QLatin1String(row.format)),
+                        row.size.width(), row.size.height());
+        ASSERT_TRUE(render(visualizer, frame, output(row.name))) << row.name;
+        QFile file(output(row.name));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << row.name;
+        EXPECT_TRUE(file.read(4).startsWith(row.magic)) << row.name;
+        const QImage image(output(row.name));
+        if (!image.isNull()) {
+            EXPECT_EQ(image.size(), row.size) << row.name;
+        }
+    }
+}
+
+TEST_F(QUOROffscreenVisualizerTest, LogsAJobInItsOrder) {
+    writeScene();
+    writeBackground(NO_2D + QStringLiteral("outputformat=PNG\nviewangle=South\n"));
+    const QUORDataFrame::Ptr frame = _store.frame(ball());
+    const LogCapture log;
+    {
+        QUOROffscreenVisualizer visualizer;
+        for (int image = 0; image < 2; ++image) {
+            ASSERT_TRUE(render(visualizer, frame, output("a.png")));
+        }
+    }
+    const QStringList lines = log.lines();
+    const auto& expected = {"QUOROffscreenVisualizer::QUOROffscreenVisualizer() called.",
+                            "QUOROffscreenVisualizer::QUOROffscreenVisualizer() finished.",
+                            "QUOROffscreenVisualizer::applyPresetDisplayState() called.",
+                            "Loaded 1 display state presets",
+                            "Use display state preset: (1) Data",
+                            "Applied display state:",
+                            "QUOROffscreenVisualizer::applyPresetDisplayState() finished.",
+                            "QUOROffscreenVisualizer::startVisualization() called.",
+                            "QUOROffscreenVisualizer::visualizationFinished() called.",
+                            "Creating offscreen render window..",
+                            "Hardware acceleration: ",
+                            "OpenGL extension manager OpenGL vendor string:",
+                            "Creating renderer..",
+                            "Setting visualization..",
+                            "QUOROffscreenVisualizer::applyPresetViewAngle() called.",
+                            "Loaded 2 view angle presets",
+                            "Use view angle preset: (2) South",
+                            "campos=-20000, -90000, 60000",
+                            "QUOROffscreenVisualizer::applyPresetViewAngle() finished.",
+                            "Rendering visualization..",
+                            "..rendering took 0.",
+                            "..writing took 0.",
+                            "Wrote output file:",
+                            "a.png",
+                            "QUOROffscreenVisualizer::visualizationFinished() finished."};
+    int at = 0;
+    for (const char* text : expected) {
+        const int found = int(lines.indexOf(
+            QRegularExpression(QStringLiteral(".*") + QRegularExpression::escape(QLatin1String(text)) +
+                               QStringLiteral(".*")),
+            at));
+        EXPECT_GE(found, 0) << text;
+        at = std::max(found, at);
+    }
+    EXPECT_EQ(log.count(QStringLiteral("D: Creating offscreen render window..")), 2);
+    EXPECT_EQ(log.count(QStringLiteral("D: QUOROffscreenVisualizer::~QUOROffscreenVisualizer() finished.")),
+              1);
+}
+
+TEST_F(QUOROffscreenVisualizerTest, PresetsThatAreMissingGiveTheDefault) {
+    writeScene();
+    writeBackground(QStringLiteral("displaystate=Gone\nviewangle=Lost\n"));
+    const LogCapture log;
+    QUOROffscreenVisualizer visualizer;
+    visualizer.initVisualization();
+    visualizer.initVisualization();
+    EXPECT_EQ(log.count(QStringLiteral("D: Use display state preset: (0) ")), 2);
+    EXPECT_EQ(log.count(QStringLiteral("W: There is no display state preset \"Gone\"")), 1);
+    EXPECT_TRUE(visualizer.getVisualizationDisplayState()->has2DEnabled());
+    writeBackground(QStringLiteral("displaystate=Default\n"));
+    visualizer.initVisualization();
+    EXPECT_EQ(log.count(QStringLiteral("W: ")), 1);
+}
+
+TEST_F(QUOROffscreenVisualizerTest, The2DRule) {
+    writeScene();
+    const QUORDataFrame::Ptr without2d = _store.frame(ball());
+    const LogCapture log;
+    QUOROffscreenVisualizer visualizer;
+    writeBackground({});
+    visualizer.initVisualization();
+    EXPECT_FALSE(visualizer.canVisualize(without2d, false));
+    EXPECT_TRUE(log.contains(QStringLiteral("D: 2d layer is enabled")));
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Data frame does not have required 2d data")));
+    writeBackground(NO_2D, 480, 361);
+    visualizer.initVisualization();
+    EXPECT_TRUE(visualizer.canVisualize(without2d, false));
+    EXPECT_FALSE(visualizer.canVisualize(without2d, true));
+    EXPECT_TRUE(log.contains(QStringLiteral("D: Don't want to visualize without 2D data")));
+}
+
+TEST_F(QUOROffscreenVisualizerTest, FailuresAreSaidAndTheNextImageComes) {
+    writeScene();
+    writeBackground(NO_2D + QStringLiteral("outputformat=PNG\n"));
+    const QUORDataFrame::Ptr frame = _store.frame(ball());
+    const LogCapture log;
+    QUOROffscreenVisualizer visualizer;
+    EXPECT_TRUE(render(visualizer, frame, output("missing/a.png")));
+    EXPECT_EQ(log.count(QStringLiteral("E: Writing output failed: ") + output("missing/a.png")), 1);
+    EXPECT_FALSE(QFileInfo::exists(output("missing")));
+    EXPECT_TRUE(render(visualizer, frame, output("a.png")));
+    EXPECT_TRUE(QFileInfo::exists(output("a.png")));
+    // A file that has changed since its header was read is refused when the scene is built.
+    QFile::remove(frame->getData3d()->getPath());
+    EXPECT_TRUE(render(visualizer, frame, output("b.png")));
+    EXPECT_TRUE(render(visualizer, _store.frame(ball()), output("c.png")));
+    EXPECT_TRUE(QFileInfo::exists(output("c.png")));
+}
+
+TEST_F(QUOROffscreenVisualizerTest, ThePictureIsTheExpectedOne) {
+    writeScene();
+    writeColors();
+    writeBackground(NO_2D + QStringLiteral("outputformat=PNG\nviewangle=South\n"));
+    QUOROffscreenVisualizer visualizer;
+    ASSERT_TRUE(render(visualizer, _store.frame(ball()), output("a.png")));
+    const QImage image(output("a.png"));
+    EXPECT_TRUE(ImageComparer::matchesBaseline(image, QStringLiteral("offscreen-ball")));
+    EXPECT_TRUE(isColor(image.pixelColor(9, 35), 230, 50, 30)) << "the bar's highest colour";
+    EXPECT_TRUE(isColor(image.pixelColor(9, 120), 60, 120, 220)) << "its lowest";
+    EXPECT_TRUE(isColor(image.pixelColor(240, 10), 38, 64, 77)) << "the background";
+}
+
+TEST_F(QUOROffscreenVisualizerTest, MemoryStaysFlat) {
+    writeScene();
+    writeBackground(NO_2D + QStringLiteral("outputformat=JPEG\n"), 320, 240);
+    const QUORDataFrame::Ptr frame = _store.frame(ball());
+    QUOROffscreenVisualizer visualizer;
+    const auto residentPages = [] {
+        QFile file(QStringLiteral("/proc/self/statm"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').at(1).toLongLong() : 0;
+    };
+    for (int image = 0; image < 20; ++image) {
+        ASSERT_TRUE(render(visualizer, frame, output("a.jpg")));
+    }
+    const auto before = residentPages();
+    for (int image = 0; image < 60; ++image) {
+        ASSERT_TRUE(render(visualizer, frame, output("a.jpg")));
+    }
+    EXPECT_LT(residentPages() - before, 1500) << "pages of 4 KiB for 60 images";
+}

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORBackgroundSettings.h"
+#include "QUORDisplayState.h"
+#include "QUORGeneralSettings.h"
+#include "QUORViewAngle.h"
+#include "QUORVisualizationObserver.h"
+
+#include <QSemaphore>
+#include <QString>
+
+#include <vtkSmartPointer.h>
+
+#include <memory>
+
+class QUORDataFrame;
+class QUORRenderer;
+class QUORVisualization;
+class vtkGenericRenderWindowInteractor;
+class vtkImageWriter;
+class vtkOpenGLRenderWindow;
+
+/// Turns one data frame into one image file without any window on screen. A job on another thread calls
+/// `initVisualization`, `canVisualize` and, only if that allows it, `startVisualization` and
+/// `waitUntilReady`; the scene is built by the controller's pipeline, and the image is rendered and written
+/// on the main thread, where the controller calls back.
+///
+/// Made and destroyed on the main thread, which also owns the one window and the one renderer of the
+/// process. The settings of a job are replaced by its `initVisualization` only, while no scene is being
+/// built; the gate orders the two threads.
+class QUOROffscreenVisualizer : public QUORVisualizationObserver {
+public:
+    using Ptr = std::shared_ptr<QUOROffscreenVisualizer>;
+    using CPtr = std::shared_ptr<const QUOROffscreenVisualizer>;
+
+    /// Opens the window. Where no OpenGL is usable that is said now and again on every image; the process
+    /// goes on and tries again.
+    QUOROffscreenVisualizer();
+    ~QUOROffscreenVisualizer() override;
+    QUOROffscreenVisualizer(const QUOROffscreenVisualizer&) = delete;
+    QUOROffscreenVisualizer& operator=(const QUOROffscreenVisualizer&) = delete;
+
+    /// Reads the settings of the next job and applies its display-state preset.
+    void initVisualization();
+    /// Whether the frame has the 2D data that the display state shows or the caller requires.
+    bool canVisualize(const std::shared_ptr<QUORDataFrame>& frame, bool require2d) const;
+    /// Closes the gate and has the scene of the frame built; the image goes to `outputFile`, an absolute
+    /// path.
+    void startVisualization(const std::shared_ptr<QUORDataFrame>& frame, const QString& outputFile);
+    /// Returns when the image is on disk, or the reason why it is not is in the log. The main thread must
+    /// be delivering events meanwhile.
+    void waitUntilReady();
+
+    /// Renders and writes the image; opens the gate on every way out.
+    void visualizationFinished(QUORVisualization* visualization) override;
+    QUORGeneralSettings::CPtr getVisualizationGeneralSettings() override;
+    QUORDisplayState::CPtr getVisualizationDisplayState() override;
+
+    void applyPresetDisplayState();
+    void applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle);
+    /// TIFF for 0, JPEG for 2, PNG for every other value.
+    static vtkSmartPointer<vtkImageWriter> createWriter(int outputFormat);
+
+    /// The record that the present job's image is named, sized and encoded by.
+    QUORBackgroundSettings::CPtr getBackgroundSettings() const { return _backgroundSettings; }
+
+private:
+    bool provideWindow();
+    void renderImage(QUORVisualization& visualization);
+    void prepareWindow();
+    void prepareRenderer(QUORVisualization& visualization);
+    void writeImage();
+
+    QSemaphore _gate{1};
+    std::shared_ptr<QUORVisualization> _visualization;
+    QUORGeneralSettings::Ptr _generalSettings;
+    QUORBackgroundSettings::Ptr _backgroundSettings;
+    QUORDisplayState::Ptr _displayState;
+    QString _outputFile;
+
+    vtkSmartPointer<vtkOpenGLRenderWindow> _window;
+    vtkSmartPointer<vtkGenericRenderWindowInteractor> _interactor;
+    std::unique_ptr<QUORRenderer> _renderer;
+    QString _windowDescription;
+};
