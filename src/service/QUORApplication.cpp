@@ -119,8 +119,7 @@ QString QUORApplication::serviceCommand;
 int QUORApplication::sighupFd[2] = {-1, -1};
 int QUORApplication::sigtermFd[2] = {-1, -1};
 
-QUORApplication::QUORApplication(int& argc, char** argv)
-    : QApplication(toolkitArgumentCount(argc), argv), _startDirectory(QDir::currentPath()) {
+QUORApplication::QUORApplication(int& argc, char** argv) : QApplication(toolkitArgumentCount(argc), argv) {
     QUORProcessSetup::afterToolkit();
     QStringList given;
     for (int i = 0; i < argc; ++i) {
@@ -293,7 +292,7 @@ void QUORApplication::updatePIDFile() {
         return;
     }
     log.logDebug(QStringLiteral("Writing pidfile: ") + _pidFilePath);
-    const QByteArray path = QFile::encodeName(QDir(_startDirectory).absoluteFilePath(_pidFilePath));
+    const QByteArray path = QFile::encodeName(_pidFilePath);
     const int file =
         ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
     if (file < 0) {

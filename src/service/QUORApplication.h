@@ -92,7 +92,6 @@ private:
     QString _version;
     /// Open in a daemon child as long as its parent waits.
     int _parentPipe = -1;
-    QString _startDirectory;
     QUORCommandLine _commandLine;
     QSocketNotifier* _hupNotifier = nullptr;
     QSocketNotifier* _termNotifier = nullptr;

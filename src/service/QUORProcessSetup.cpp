@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "QUORProcessSetup.h"
 
+#include "QUORBackgroundSettings.h"
 #include "QUORSystem.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <clocale>
@@ -42,6 +44,16 @@ void fillHome() {
     }
 }
 
+// A daemon changes its working directory.
+void resolvePaths() {
+    for (const char* variable : {"PIDFILE", QUORBackgroundSettings::FILE_VARIABLE, SHADER_CACHE_VARIABLE}) {
+        if (!qEnvironmentVariableIsEmpty(variable)) {
+            const QString path = QDir::current().absoluteFilePath(QFile::decodeName(qgetenv(variable)));
+            qputenv(variable, QFile::encodeName(path));
+        }
+    }
+}
+
 // Where it cannot be made, its user says so.
 void provideDirectory(const char* variable, const char* name, mode_t mode) {
     if (qEnvironmentVariableIsEmpty(variable)) {
@@ -62,6 +74,7 @@ void beforeToolkit() {
     // A desktop's theme would open its display.
     qunsetenv("QT_QPA_PLATFORMTHEME");
     qunsetenv("QT_STYLE_OVERRIDE");
+    resolvePaths();
     provideDirectory(RUNTIME_VARIABLE, "/run", 0700);
     provideDirectory(SHADER_CACHE_VARIABLE, "/cache", 0755);
 }

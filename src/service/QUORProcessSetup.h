@@ -6,8 +6,8 @@
 namespace QUORProcessSetup {
 
 /// Descriptors 0 to 2 are open, HOME is set, the toolkit needs no display and has a runtime directory of
-/// its own, and compiled shaders are kept in the user's cache. To be called before the toolkit's
-/// application object is made.
+/// its own, compiled shaders are kept in the user's cache, and paths in the environment are absolute. To be
+/// called before the toolkit's application object is made.
 void beforeToolkit();
 
 /// The decimal point of the C library is "." whatever the user's locale says. The toolkit's application

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <vtkLogger.h>
 #include <vtkNew.h>
 #include <vtkObjectFactory.h>
 #include <vtkOutputWindow.h>
@@ -77,6 +78,7 @@ void install() {
     proj_log_func(nullptr, nullptr, takeProjectionMessage);
     const vtkNew<LogOutputWindow> window;
     vtkOutputWindow::SetInstance(window);
+    vtkLogger::SetStderrVerbosity(vtkLogger::VERBOSITY_OFF);
 }
 
 } // namespace QUORToolMessages

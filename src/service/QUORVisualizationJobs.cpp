@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "QUORVisualizationJobs.h"
+
+#include "QUORDataFrame.h"
+#include "QUORDataStore.h"
+#include "QUORLog.h"
+#include "QUORLogOnce.h"
+#include "QUOROffscreenVisualizer.h"
+#include "QUORStopwatch.h"
+#include "QUORSystem.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace {
+
+constexpr int RULE_LENGTH = 73;
+constexpr double TERRAIN_FACTOR = 0.75;
+
+void logRule() {
+    QUORLog::Instance().logDebug(QString(RULE_LENGTH, QLatin1Char('=')));
+}
+
+void logGone(const QString& path) {
+    QUORLog::Instance().logWarning(QStringLiteral("Data not available anymore: ") + path);
+}
+
+// A name of one file, neither hidden nor a way out of its directory.
+QString toFileName(QString name) {
+    for (QChar& c : name) {
+        if (c == QLatin1Char('/') || c.category() == QChar::Other_Control) {
+            c = QLatin1Char('_');
+        }
+    }
+    name.replace(QStringLiteral(".."), QStringLiteral("__"));
+    if (name.startsWith(QLatin1Char('.'))) {
+        name[0] = QLatin1Char('_');
+    }
+    return name;
+}
+
+QString fileNameOf(const QString& path) {
+    return QFileInfo(path).fileName();
+}
+
+// Many sites have no 2D products and wonder where their images are.
+void explainMissing2D(const QUORFileLeaf& leaf, const QString& product2d) {
+    const QString images = leaf.getSite() + QLatin1Char(' ') + leaf.getConfiguration();
+    QUORLogOnce::logError(
+        QStringLiteral("2D product of ") + images,
+        QStringLiteral("No image of ") + images + QStringLiteral(" before its 2D product ") + product2d +
+            QStringLiteral(" arrives: the 2D layer is shown. To do without, set the 2D product of ") +
+            leaf.getConfiguration() +
+            QStringLiteral(" to (none) or use a display state without the 2D layer"));
+}
+
+} // namespace
+
+QUORVisualizationJobs::QUORVisualizationJobs(std::shared_ptr<QUORDataStore> store,
+                                             QUORGeneralSettings::CPtr generalSettings,
+                                             QUORBackgroundSettings::CPtr backgroundSettings,
+                                             std::shared_ptr<QUOROffscreenVisualizer> visualizer,
+                                             const std::atomic<bool>& stopRequested)
+    : _dataStore(std::move(store)),
+      _generalSettings(std::move(generalSettings)),
+      _backgroundSettings(std::move(backgroundSettings)),
+      _visualizer(std::move(visualizer)),
+      _stopRequested(stopRequested) {}
+
+QUORVisualizationJobs::~QUORVisualizationJobs() = default;
+
+void QUORVisualizationJobs::visualize(const QString& path, bool required2D) {
+    logRule();
+    QUORLog& log = QUORLog::Instance();
+    log.logDebug(QStringLiteral("Visualize:"));
+    log.logDebug(path);
+    logRule();
+    const QUORStopwatch stopwatch;
+    const bool visualized = render(path, required2D);
+    const QString seconds = stopwatch.seconds();
+    logRule();
+    log.logNotice(visualized ? QStringLiteral("File visualized in ") + seconds + QStringLiteral(" seconds.")
+                             : QStringLiteral("File visualization ignored."));
+    logRule();
+    log.logDebug({});
+}
+
+bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
+    const QUORDirTop::Ptr top = _dataStore->get3DTop();
+    const QUORFileLeaf::CPtr leaf = top ? top->findLeaf(fileNameOf(path)) : nullptr;
+    if (!leaf || !leaf->getFile()) {
+        logGone(path);
+        return false;
+    }
+    // From here on one record of the background settings serves the whole job.
+    _visualizer->initVisualization();
+    const QUORBackgroundSettings::CPtr settings = _visualizer->getBackgroundSettings();
+    const QString product2d = settings->get2DProduct(leaf->getConfiguration());
+    const auto frame = makeFrame(*leaf, product2d);
+    if (!frame) {
+        logGone(path);
+        return false;
+    }
+    if (!isWanted(frame, *leaf, product2d, required2D)) {
+        return false;
+    }
+    _visualizer->startVisualization(frame, getOutputFile(*leaf, *settings));
+    _visualizer->waitUntilReady();
+    return true;
+}
+
+std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf& leaf,
+                                                                const QString& product2d) const {
+    const auto frame = std::make_shared<QUORDataFrame>(_dataStore);
+    frame->setSite(leaf.getSite());
+    frame->setMoment(leaf.getTime(), _generalSettings->getTimeWindow());
+    frame->setDataParams3d(leaf.getProduct(), leaf.getConfiguration());
+    frame->setDataParams2d(product2d);
+    const QUORFile::CPtr file = leaf.getFile();
+    frame->setDataParamsTerrain(TERRAIN_FACTOR * std::hypot(file->getLengthM(), file->getWidthM()));
+    if (!frame->updateData3d()) {
+        return nullptr;
+    }
+    frame->updateDataRest();
+    return frame;
+}
+
+bool QUORVisualizationJobs::isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf& leaf,
+                                     const QString& product2d, bool required2D) const {
+    if (_visualizer->canVisualize(frame, required2D) || QUORBackgroundSettings::isNoProduct(product2d)) {
+        return true;
+    }
+    if (!required2D) {
+        explainMissing2D(leaf, product2d);
+    }
+    return false;
+}
+
+QString QUORVisualizationJobs::getOutputFile(const QUORFileLeaf& leaf,
+                                             const QUORBackgroundSettings& settings) {
+    const QString name =
+        leaf.getSite() + QLatin1Char('_') + leaf.getConfiguration() + QLatin1Char('_') + leaf.getTime();
+    const QDir directory(QUORSystem::expandHome(settings.getDirectory()));
+    return directory.absoluteFilePath(toFileName(name) + settings.getOutputFileExtension());
+}
+
+void QUORVisualizationJobs::visualize2D(const QString& path) {
+    const QUORDirTop::Ptr top2d = _dataStore->get2DTop();
+    const QUORFileLeaf::CPtr leaf2d = top2d ? top2d->findLeaf(fileNameOf(path)) : nullptr;
+    if (!leaf2d) {
+        logGone(path);
+        return;
+    }
+    const int timeWindow = _generalSettings->getTimeWindow();
+    for (const QString& configuration : QUORBackgroundSettings::getAllConfigurations()) {
+        const auto top3d = _dataStore->get3DTop();
+        if (_stopRequested || !top3d ||
+            _backgroundSettings->get2DProduct(configuration) != leaf2d->getProduct()) {
+            continue;
+        }
+        const QUORFileLeaf::CPtr leaf3d = top3d->find3DFileMatching2DFile(leaf2d, configuration, timeWindow);
+        if (leaf3d && leaf3d->getFile()) {
+            QUORLog::Instance().logNotice(QStringLiteral("Found ") + configuration +
+                                          QStringLiteral(" file matching 2d product ") + path);
+            visualize(leaf3d->getPath(), true);
+        }
+    }
+}

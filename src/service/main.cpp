@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QUORApplication.h"
+#include "QUORLiveDataThread.h"
 #include "QUORLog.h"
 
 #include <QDir>
@@ -16,5 +17,6 @@ int main(int argc, char** argv) {
     QUORLog& log = QUORLog::Instance();
     log.logDebug(QStringLiteral("Daemon home directory: ") + QDir::homePath());
     log.logDebug(QStringLiteral("Daemon working directory: ") + QDir::currentPath());
+    const QUORLiveDataThread thread;
     return QCoreApplication::exec();
 }

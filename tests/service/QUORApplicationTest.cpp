@@ -2,9 +2,12 @@
 #include "QUORApplication.h"
 
 #include "LogCapture.h"
+#include "QUORToolMessages.h"
 
 #include <QFile>
 #include <QTemporaryDir>
+
+#include <vtkOutputWindow.h>
 
 #include <gtest/gtest.h>
 
@@ -47,4 +50,15 @@ TEST(QUORApplicationTest, AServiceRunsWhenItsStatusSaysSo) {
     EXPECT_EQ(log.count(QStringLiteral("D: Service command is: ") + command), 1);
     EXPECT_TRUE(log.contains(QStringLiteral("D: Service status check: quor3dd -> 0")));
     EXPECT_TRUE(log.contains(QStringLiteral("D: Service status check: other -> 3")));
+}
+
+TEST(QUORApplicationTest, WhatTheLibrariesPrintIsLogged) {
+    const LogCapture log;
+    QUORToolMessages::install();
+    qWarning("first\nsecond");
+    vtkOutputWindowDisplayErrorText("ERROR: In x.cxx, line 1\nbroken\n\n");
+    qInstallMessageHandler(nullptr);
+    vtkOutputWindow::SetInstance(nullptr);
+    EXPECT_EQ(log.lines(), (QStringList{QStringLiteral("W: Qt: first second"),
+                                        QStringLiteral("E: VTK: ERROR: In x.cxx, line 1 broken")}));
 }

@@ -14,6 +14,12 @@
 
 namespace {
 
+// What other programs left behind falls to us as well.
+void reapStrangers() {
+    while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+}
+
 qint64 findChild() {
     const QString self = QString::number(::getpid());
     QFile file(QStringLiteral("/proc/") + self + QStringLiteral("/task/") + self +
@@ -76,6 +82,7 @@ ServiceProcess::Result ServiceProcess::run(const QStringList& arguments, const Q
 }
 
 bool ServiceProcess::startDaemon(const QStringList& arguments, const QString& redirections) {
+    reapStrangers();
     run(QStringList{QStringLiteral("--daemon"), QStringLiteral("--logfile=") + path(QStringLiteral("log"))} +
             arguments,
         redirections);

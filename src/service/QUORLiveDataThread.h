@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORBackgroundSettings.h"
+#include "QUORDataStoreObserver.h"
+#include "QUORGeneralSettings.h"
+
+#include <QMutex>
+#include <QStringList>
+#include <QThread>
+#include <QWaitCondition>
+
+#include <atomic>
+#include <memory>
+
+class QUORDataStore;
+class QUOROffscreenVisualizer;
+class QUORVisualizationJobs;
+
+/// The heart of the service: queues the product files that the data store reports and renders them one by
+/// one, in the order of their arrival, on a thread of its own.
+///
+/// Made, stopped and destroyed on the main thread, which has to run its event loop: images are drawn there.
+/// The settings records and the jobs belong to the live data thread once it runs. One mutex guards the
+/// queues, the flags and the wake-up; no lock is held while a job runs.
+class QUORLiveDataThread : public QThread, public QUORDataStoreObserver {
+    Q_OBJECT
+
+public:
+    /// Loads the settings, opens the data directories and starts the thread.
+    QUORLiveDataThread();
+    /// Stops the thread and waits for it.
+    ~QUORLiveDataThread() override;
+
+    /// Ends the thread after the image that it is working on, and delivers posted events while it waits:
+    /// that image needs the main thread.
+    void stop();
+
+    /// Copies the switch; a warning when rendering has just been switched off.
+    bool checkActive(const QUORBackgroundSettings::CPtr& settings);
+
+    void dataStoreNewDataAvailable3d(QUORDataStore* store, const QStringList& added,
+                                     const QStringList& removed) override;
+    void dataStoreNewDataAvailable2d(QUORDataStore* store, const QStringList& added,
+                                     const QStringList& removed) override;
+
+    /// The jobs, see QUORVisualizationJobs. On the live data thread only.
+    void visualize(const QString& file, bool required2D);
+    void visualize2D(const QString& file);
+
+public Q_SLOTS:
+    /// Follows a change of the configured 3D or 2D directory.
+    void updateDataDirectory();
+
+protected:
+    void run() override;
+
+private:
+    void init();
+    void append(QStringList& queue, const QStringList& files);
+    bool waitForWork();
+    QString takeFirst(QStringList& queue);
+    void runPass();
+
+    std::atomic<bool> _stopRequested{false};
+    QMutex _mutex;
+    QWaitCondition _wakeUp;
+    QStringList _queue3d;
+    QStringList _queue2d;
+    bool _active = true;
+    std::shared_ptr<QUORDataStore> _dataStore;
+    QUORGeneralSettings::Ptr _generalSettings;
+    QUORBackgroundSettings::Ptr _backgroundSettings;
+    std::shared_ptr<QUOROffscreenVisualizer> _visualizer;
+    std::unique_ptr<QUORVisualizationJobs> _jobs;
+};

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+#include "ServiceFolders.h"
+#include "ServiceProcess.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr const char* WITHOUT_2D = "products\\size=4\n"
+                                   "products\\1\\product=(none)\nproducts\\2\\product=(none)\n"
+                                   "products\\3\\product=(none)\nproducts\\4\\product=(none)\n";
+const QString FIRST_IMAGE = QStringLiteral("TEST_Z_240601120000.png");
+const QString SECOND_IMAGE = QStringLiteral("TEST_Z_240601120500.png");
+const QString IGNORED = QStringLiteral("N: File visualization ignored.");
+const QString VISUALIZED = QStringLiteral("N: File visualized in ");
+
+} // namespace
+
+/// Product files in, images out, by the real daemon.
+class ServiceImagesTest : public testing::Test {
+protected:
+    ServiceImagesTest() : _folders(_service.path(QStringLiteral("data"))) {
+        _service.environment().insert(QStringLiteral("QUOR3D_BG_SETTINGS"),
+                                      _service.path(QStringLiteral("bg.conf")));
+    }
+
+    /// With `background` in the background settings; returns when the service waits for files.
+    void start(const QByteArray& background, int logLevel = 3) {
+        _service.write(QStringLiteral(".config/QUOR/QUOR3D.conf"), _folders.mainSettings());
+        configure(background);
+        ASSERT_TRUE(_service.startDaemon({QStringLiteral("--loglevel=") + QString::number(logLevel)}));
+        if (logLevel == 3) {
+            ASSERT_TRUE(_service.waitForLog(QStringLiteral("--- GOING TO SLEEP ---")));
+        }
+    }
+    void configure(const QByteArray& background) {
+        _service.write(QStringLiteral("bg.conf"), _folders.backgroundSettings(background));
+    }
+    bool waitForImage(const QString& name) const {
+        return ServiceProcess::waitFor([&] { return QFile::exists(_folders.image(name)); });
+    }
+    qsizetype count(const QString& text) const { return _service.log().count(text); }
+    bool waitForCount(const QString& text, qsizetype wanted) const {
+        return ServiceProcess::waitFor([&] { return count(text) >= wanted; });
+    }
+    QStringList images() const {
+        return QDir(_folders.path(QStringLiteral("out"))).entryList(QDir::Files | QDir::Hidden);
+    }
+
+    ServiceProcess _service;
+    ServiceFolders _folders;
+};
+
+TEST_F(ServiceImagesTest, ADroppedFileBecomesAnImage) {
+    start(WITHOUT_2D);
+    const QString file = _folders.drop(ServiceFolders::storm());
+    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    EXPECT_EQ(QImage(_folders.image(FIRST_IMAGE)).size(), QSize(160, 120));
+    EXPECT_EQ(QFile::permissions(_folders.image(FIRST_IMAGE)) & 0x777, QFile::Permissions(0x644));
+    EXPECT_TRUE(_service.waitForLog(QStringLiteral("N: QUORLiveDataThread: new 3D file arrived ") + file));
+    EXPECT_TRUE(_service.log().contains(
+        QRegularExpression(QStringLiteral("File visualized in \\d+\\.\\d{3} seconds\\."))));
+    EXPECT_EQ(_service.terminate(), 0);
+    EXPECT_EQ(images(), QStringList{FIRST_IMAGE});
+}
+
+TEST_F(ServiceImagesTest, AGrowingFileIsRenderedOnceWhenItIsComplete) {
+    start(WITHOUT_2D);
+    const QByteArray content = ServiceFolders::storm().bytes();
+    QFile file(_folders.path(QStringLiteral("3d/")) + ServiceFolders::storm().fileName());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    file.write(content.first(300));
+    ASSERT_TRUE(_service.waitForLog(QStringLiteral("FILE IS NOT COMPLETE")));
+    file.write(content.sliced(300, 600));
+    ASSERT_TRUE(_service.waitForLog(QStringLiteral("FILE STILL INCOMPLETE")));
+    EXPECT_TRUE(images().isEmpty());
+    file.write(content.sliced(900));
+    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    EXPECT_EQ(_service.terminate(), 0);
+    EXPECT_EQ(count(VISUALIZED), 1);
+}
+
+TEST_F(ServiceImagesTest, ABurstIsWorkedOffInOrder) {
+    start(WITHOUT_2D);
+    constexpr int files = 6;
+    QStringList expected;
+    for (int i = 0; i < files; ++i) {
+        expected.append(_folders.drop(ServiceFolders::storm(i)));
+    }
+    ASSERT_TRUE(waitForCount(VISUALIZED, files));
+    QStringList arrived;
+    static const QRegularExpression line(QStringLiteral("new 3D file arrived (\\S+)"));
+    for (const QRegularExpressionMatch& match : line.globalMatch(_service.log())) {
+        arrived.append(match.captured(1));
+    }
+    EXPECT_EQ(arrived, expected);
+    EXPECT_EQ(images().size(), files);
+}
+
+TEST_F(ServiceImagesTest, TerminationDuringAJobEndsAfterItsImage) {
+    start(WITHOUT_2D);
+    _folders.drop(ServiceFolders::storm(0));
+    _folders.drop(ServiceFolders::storm(5));
+    ASSERT_TRUE(_service.waitForLog(QStringLiteral("QUOROffscreenVisualizer::startVisualization() called.")));
+    EXPECT_EQ(_service.terminate(), 0);
+    EXPECT_TRUE(QImage(_folders.image(FIRST_IMAGE)).isNull() == false);
+    EXPECT_TRUE(
+        _service.log().contains(QStringLiteral("QUORLiveDataThread::~QUORLiveDataThread() finished.")));
+}
+
+TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
+    start(WITHOUT_2D);
+    _service.write(QStringLiteral("data/3d/CAZ240601110000.cap"), QByteArray(2000, 'x'));
+    TestProduct flat = ServiceFolders::rain();
+    flat.prefix = QStringLiteral("FLT");
+    const QString wrongKind = _folders.drop(flat);
+    TestProduct empty = ServiceFolders::storm(-30);
+    empty.xPoints = 0;
+    _folders.drop(empty);
+    QDir().mkpath(_folders.path(QStringLiteral("3d/folder")));
+    _folders.drop(ServiceFolders::storm());
+    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    EXPECT_EQ(_service.terminate(), 0);
+    static const QRegularExpression complaint(QStringLiteral(" [WE]: [^\\n]*"));
+    QStringList complaints;
+    for (const QRegularExpressionMatch& match : complaint.globalMatch(_service.log())) {
+        complaints.append(match.captured());
+    }
+    for (const QString& name :
+         {QStringLiteral("CAZ240601110000.cap"), QFileInfo(wrongKind).fileName(), empty.fileName()}) {
+        EXPECT_EQ(complaints.filter(name).size(), 1) << qPrintable(name) << '\n'
+                                                     << qPrintable(complaints.join('\n'));
+    }
+    EXPECT_TRUE(complaints.filter(QStringLiteral("folder")).isEmpty());
+}
+
+TEST_F(ServiceImagesTest, SiteNamesStayInsideTheOutputDirectory) {
+    start(WITHOUT_2D);
+    const struct {
+        const char* site;
+        const char* image;
+    } rows[] = {{"A/B", "A_B_Z_240601120000.png"},
+                {"../../X", "______X_Z_240601120100.png"},
+                {".HIDDEN", "_HIDDEN_Z_240601120200.png"},
+                {"N\x01/\x7fT", "N___T_Z_240601120300.png"}};
+    int minutes = 0;
+    for (const auto& row : rows) {
+        TestProduct product = ServiceFolders::storm(minutes++);
+        product.site = row.site;
+        _folders.drop(product);
+        EXPECT_TRUE(waitForImage(QString::fromLatin1(row.image)))
+            << row.image << images().join(' ').toStdString();
+    }
+    EXPECT_EQ(images().size(), std::ssize(rows));
+}
+
+TEST_F(ServiceImagesTest, AnImageThatCannotBeWrittenIsAnErrorAndNothingElse) {
+    start(WITHOUT_2D);
+    const QString out = _folders.path(QStringLiteral("out"));
+    ASSERT_TRUE(QDir().rmdir(out));
+    _folders.drop(ServiceFolders::storm(0));
+    ASSERT_TRUE(
+        _service.waitForLog(QStringLiteral("E: Writing output failed: ") + _folders.image(FIRST_IMAGE)));
+    ASSERT_TRUE(QDir().mkdir(out));
+    _folders.drop(ServiceFolders::storm(5));
+    EXPECT_TRUE(waitForImage(SECOND_IMAGE));
+    EXPECT_EQ(images(), QStringList{SECOND_IMAGE});
+}
+
+TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceAtTheDefaultLevel) {
+    start({}, 0);
+    _folders.drop(ServiceFolders::storm(0));
+    ASSERT_TRUE(
+        _service.waitForLog(QStringLiteral("E: No image of TEST Z before its 2D product SRI arrives")));
+    _folders.drop(ServiceFolders::storm(5));
+    _folders.drop(ServiceFolders::rain(5), QStringLiteral("2d"));
+    ASSERT_TRUE(waitForImage(SECOND_IMAGE));
+    EXPECT_EQ(_service.terminate(), 0);
+    EXPECT_EQ(count(QStringLiteral(" E: ")), 1) << qPrintable(_service.log());
+    EXPECT_EQ(images(), QStringList{SECOND_IMAGE});
+}
+
+TEST_F(ServiceImagesTest, A2DFileRendersTheFilesItCompletes) {
+    start("products\\size=4\nproducts\\1\\product=VIL\n");
+    TestProduct width = ServiceFolders::storm();
+    width.dataType = 4;
+    width.prefix = QStringLiteral("CAW");
+    _folders.drop(ServiceFolders::storm());
+    _folders.drop(width);
+    ASSERT_TRUE(waitForCount(IGNORED, 2));
+    const QString rain = _folders.drop(ServiceFolders::rain(), QStringLiteral("2d"));
+    ASSERT_TRUE(waitForCount(VISUALIZED, 2));
+    const qsizetype widthLine =
+        _service.log().indexOf(QStringLiteral("N: Found W file matching 2d product ") + rain);
+    EXPECT_GT(widthLine, 0);
+    EXPECT_GT(_service.log().indexOf(QStringLiteral("N: Found Z file matching 2d product ") + rain),
+              widthLine);
+    EXPECT_EQ(images(), (QStringList{QStringLiteral("TEST_W_240601120000.png"), FIRST_IMAGE}));
+
+    TestProduct unused = ServiceFolders::rain(1);
+    unused.productCode = 16;
+    unused.prefix = QStringLiteral("MAX");
+    _folders.drop(unused, QStringLiteral("2d"));
+    ASSERT_TRUE(_service.waitForLog(QStringLiteral("new 2D file arrived ") +
+                                    _folders.path(QStringLiteral("2d/MAX"))));
+    EXPECT_EQ(_service.terminate(), 0);
+    EXPECT_EQ(count(VISUALIZED), 2);
+}
+
+TEST_F(ServiceImagesTest, SettingsAreReadForEveryImage) {
+    start(WITHOUT_2D);
+    _folders.drop(ServiceFolders::storm(0));
+    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    configure(QByteArray(WITHOUT_2D) + "outputformat=JPEG\nwidth=200\n");
+    _folders.drop(ServiceFolders::storm(5));
+    const QString jpeg = QStringLiteral("TEST_Z_240601120500.jpg");
+    ASSERT_TRUE(waitForImage(jpeg));
+    EXPECT_EQ(QImage(_folders.image(jpeg)).size(), QSize(200, 120));
+}
+
+TEST_F(ServiceImagesTest, ADecimalCommaChangesNothing) {
+    const QString locales = QFileInfo(_service.path(QStringLiteral("locales/x"))).path();
+    if (QProcess::execute(QStringLiteral("localedef"),
+                          {QStringLiteral("-i"), QStringLiteral("de_DE"), QStringLiteral("-f"),
+                           QStringLiteral("UTF-8"), locales + QStringLiteral("/de_DE.utf8")}) > 1) {
+        GTEST_SKIP() << "no locale with a decimal comma can be made";
+    }
+    QByteArray pictures[2];
+    for (QByteArray& picture : pictures) {
+        start(WITHOUT_2D);
+        _folders.drop(ServiceFolders::storm());
+        ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+        ASSERT_EQ(_service.terminate(), 0);
+        picture = _service.read(QStringLiteral("data/out/") + FIRST_IMAGE);
+        QFile::remove(_folders.image(FIRST_IMAGE));
+        QFile::remove(_folders.path(QStringLiteral("3d/")) + ServiceFolders::storm().fileName());
+        QFile::remove(_service.path(QStringLiteral("log")));
+        _service.environment().insert(QStringLiteral("LOCPATH"), locales);
+        _service.environment().insert(QStringLiteral("LC_ALL"), QStringLiteral("de_DE.utf8"));
+    }
+    EXPECT_FALSE(pictures[0].isEmpty());
+    EXPECT_EQ(pictures[0], pictures[1]);
+}
