@@ -4,16 +4,12 @@
 #include "ElementFixture.h"
 #include "OffscreenScene.h"
 #include "ProductWriter.h"
-#include "QUOR2DLayerActor.h"
 #include "QUORColormap.h"
 #include "QUORFile.h"
 
 #include <QFile>
-#include <QObject>
 #include <QTemporaryDir>
 
-#include <vtkActor.h>
-#include <vtkAssembly.h>
 #include <vtkCamera.h>
 #include <vtkDataSet.h>
 #include <vtkDataSetMapper.h>
@@ -56,13 +52,9 @@ protected:
         return record;
     }
 
-    vtkActor* actor() {
-        auto* layer = QUOR2DLayerActor::SafeDownCast(element.getProp());
-        return layer ? partsOf<vtkActor>(layer->GetAssembly()).at(0) : nullptr;
-    }
     vtkDataSet* cells() {
-        actor()->GetMapper()->Update();
-        return vtkDataSetMapper::SafeDownCast(actor()->GetMapper())->GetInput();
+        actors().at(0)->GetMapper()->Update();
+        return vtkDataSetMapper::SafeDownCast(actors().at(0)->GetMapper())->GetInput();
     }
 
     QTemporaryDir folder;
@@ -86,7 +78,7 @@ TEST_F(QUOR2DVisualElementTest, KeepsTheCellsWithData) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         update(recordOf(row.product, QString::fromLatin1(row.name)));
-        ASSERT_TRUE(actor());
+        ASSERT_EQ(actors().size(), 1U);
         ASSERT_EQ(cells()->GetNumberOfCells(), row.cells);
         if (row.product.points[0] == 4 && row.cells == 5) {
             EXPECT_DOUBLE_EQ(cells()->GetBounds()[1], 3.0);
@@ -98,10 +90,6 @@ TEST_F(QUOR2DVisualElementTest, KeepsTheCellsWithData) {
 }
 
 TEST_F(QUOR2DVisualElementTest, NamesAFileThatCannotBeRead) {
-    QStringList history;
-    const auto connection =
-        QObject::connect(&QUORLog::Instance(), qOverload<const QStringList&>(&QUORLog::historyAdd),
-                         [&history](const QStringList& lines) { history += lines; });
     QByteArray good = ProductWriter::toBytes(makeProduct(4, 3, GRID));
     QByteArray huge = good;
     huge[115] = 0x7f; // two billion columns
@@ -115,19 +103,16 @@ TEST_F(QUOR2DVisualElementTest, NamesAFileThatCannotBeRead) {
         {"SAM210729123802.cut", good.first(good.size() - 4)},
         {"SAM210729123803.negative", ProductWriter::toBytes(swapped)},
         {"SAM210729123804.text", QByteArray(2000, 'x')},
-        {"SAM210729123805.empty", QByteArray()},
         {"SAM210729123806.row", ProductWriter::toBytes(makeProduct(4, 1, {10, 20, 30, 40}))},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         log.clear();
-        history.clear();
         const QString name = QString::fromLatin1(row.name);
         update(recordOf(row.bytes, name));
         EXPECT_FALSE(element.getProp());
         EXPECT_EQ(log.count("E: Tried to load invalid 2D data file: " + name), 1);
         EXPECT_TRUE(log.contains("Aborting 2D visualization."));
-        EXPECT_EQ(history.value(0), "Visualizing 2D data failed:");
     }
     log.clear();
     const QUORLayerParameters2d gone = recordOf(good, QStringLiteral("SAM210729123807.gone"));
@@ -135,7 +120,6 @@ TEST_F(QUOR2DVisualElementTest, NamesAFileThatCannotBeRead) {
     update(gone);
     EXPECT_FALSE(element.getProp());
     EXPECT_TRUE(log.contains("SAM210729123807.gone"));
-    QObject::disconnect(connection);
 }
 
 TEST_F(QUOR2DVisualElementTest, AHiddenLayerKeepsItsDataUntilItIsShown) {

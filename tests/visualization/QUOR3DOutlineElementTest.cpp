@@ -3,15 +3,12 @@
 
 #include "ElementFixture.h"
 
-#include <vtkActor.h>
-#include <vtkAssembly.h>
 #include <vtkCellArray.h>
 #include <vtkPolyData.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
 
 #include <cmath>
-#include <limits>
 
 class QUOR3DOutlineElementTest : public ElementFixture<QUOR3DOutlineElement, 11> {
 protected:
@@ -22,16 +19,9 @@ protected:
         record.setTickInterval(interval);
         update(record);
     }
-
-    /// The box and the ticks.
-    std::vector<vtkActor*> actors() {
-        auto* assembly = vtkAssembly::SafeDownCast(element.getProp());
-        return assembly ? partsOf<vtkActor>(assembly) : std::vector<vtkActor*>{};
-    }
 };
 
 TEST_F(QUOR3DOutlineElementTest, MarksHeightsAboveSeaLevel) {
-    const double infinity = std::numeric_limits<double>::infinity();
     const struct {
         const char* name;
         double altitude;
@@ -45,10 +35,7 @@ TEST_F(QUOR3DOutlineElementTest, MarksHeightsAboveSeaLevel) {
         {"below sea level", -400.0, 3000.0, 2500.0, {0, 2500}},
         {"wholly below sea level", -4000.0, 3000.0, 2500.0, {}},
         {"no interval", 0.0, 12000.0, 0.0, {}},
-        {"negative interval", 0.0, 12000.0, -1.0, {}},
-        {"flat", 0.0, 0.0, 2500.0, {}},
-        {"negative height", 100.0, -100.0, 2500.0, {}},
-        {"endless", 0.0, infinity, 2500.0, {}},
+        {"flat", 100.0, 0.0, 2500.0, {}},
         {"unbounded count", 0.0, 12000.0, 1e-9, {}},
         {"not a number", std::nan(""), 12000.0, 2500.0, {}},
     };
@@ -97,22 +84,13 @@ TEST_F(QUOR3DOutlineElementTest, DrawsASmallLAtEachCornerOfAUnitBox) {
 }
 
 TEST_F(QUOR3DOutlineElementTest, TakesItsStyleFromTheFile) {
+    ScratchHome::writeSettings("QUOR3DVisStyles.conf", "[OUTLINE3D_DAY]\nline\\color\\b=0.8\ntick\\width=3\n"
+                                                       "[OUTLINE3D_NIGHT]\nline\\color\\b=0.1\n");
     updateWith(0.0, 12000.0, 2500.0);
-    for (const std::size_t i : {0U, 1U}) {
-        vtkProperty* property = actors().at(i)->GetProperty();
-        EXPECT_DOUBLE_EQ(property->GetColor()[2], 0.3);
-        EXPECT_FLOAT_EQ(property->GetLineWidth(), i == 0 ? 2.0F : 1.0F);
-        EXPECT_EQ(property->GetRepresentation(), VTK_WIREFRAME);
-        EXPECT_FALSE(property->GetLighting());
-    }
-    ScratchHome::writeSettings(
-        "QUOR3DVisStyles.conf",
-        "[OUTLINE3D_DAY]\nline\\color\\b=0.8\nline\\width=4\ntick\\color\\b=0.6\ntick\\width=3\n"
-        "[OUTLINE3D_NIGHT]\nline\\color\\b=0.1\n");
-    updateWith(10.0, 12000.0, 2500.0);
-    EXPECT_DOUBLE_EQ(actors().at(0)->GetProperty()->GetColor()[2], 0.8);
-    EXPECT_FLOAT_EQ(actors().at(0)->GetProperty()->GetLineWidth(), 4.0F);
-    EXPECT_DOUBLE_EQ(actors().at(1)->GetProperty()->GetColor()[2], 0.6);
-    EXPECT_FLOAT_EQ(actors().at(1)->GetProperty()->GetLineWidth(), 3.0F);
-    EXPECT_TRUE(log.contains("QUOR3DOutlineElement::update(): Re-creating changed visualization.."));
+    vtkProperty* box = actors().at(0)->GetProperty();
+    vtkProperty* ticks = actors().at(1)->GetProperty();
+    EXPECT_DOUBLE_EQ(box->GetColor()[2], 0.8);
+    EXPECT_FLOAT_EQ(box->GetLineWidth(), 2.0F);
+    EXPECT_DOUBLE_EQ(ticks->GetColor()[2], 0.3);
+    EXPECT_FLOAT_EQ(ticks->GetLineWidth(), 3.0F);
 }

@@ -101,21 +101,13 @@ TEST_F(QUORCompassRepresentationTest, FollowsTheCamera) {
 
 TEST_F(QUORCompassRepresentationTest, PointsToTrueNorth) {
     look({200000, -200000, 300000}, {-2, 2, -3});
-    const vtkTextActor* north = textOf(QStringLiteral("N"));
+    vtkTextActor* north = textOf(QStringLiteral("N"));
     ASSERT_TRUE(north);
-    const double dx = const_cast<vtkTextActor*>(north)->GetPosition()[0] - CENTRE[0];
-    const double dy = const_cast<vtkTextActor*>(north)->GetPosition()[1] - CENTRE[1];
+    const double dx = north->GetPosition()[0] - CENTRE[0];
+    const double dy = north->GetPosition()[1] - CENTRE[1];
     // Looking north-west, north lies 45 degrees to the right of the way ahead.
     EXPECT_GT(dx, 15.0);
     EXPECT_NEAR(dx, dy, 0.1);
-
-    double ahead[3] = {0, 0, 0};
-    double northward[3] = {0, 100000, 0};
-    for (double* point : {ahead, northward}) {
-        renderer->WorldToView(point[0], point[1], point[2]);
-    }
-    EXPECT_GT(northward[0], ahead[0]);
-    EXPECT_GT(northward[1], ahead[1]);
 }
 
 TEST_F(QUORCompassRepresentationTest, DraggingTheRingTurnsTheHeading) {
@@ -137,27 +129,21 @@ TEST_F(QUORCompassRepresentationTest, TiltIsShownNowhereAndStaysAsItIs) {
     for (int x = 200; x < SIDE; x += 2) {
         for (int y = 310; y < SIDE; y += 2) {
             const int state = compass->ComputeInteractionState(x, y);
-            ASSERT_NE(state, vtkCompassRepresentation::TiltDown);
-            ASSERT_NE(state, vtkCompassRepresentation::TiltUp);
-            ASSERT_NE(state, vtkCompassRepresentation::TiltAdjusting);
+            ASSERT_TRUE(state < vtkCompassRepresentation::TiltDown ||
+                        state > vtkCompassRepresentation::TiltAdjusting);
         }
     }
-    double position[2] = {306, 330};
-    compass->TiltWidgetInteraction(position);
+    drag({306, 330}, {306, 380});
     EXPECT_DOUBLE_EQ(compass->GetTilt(), tilt);
 }
 
 TEST_F(QUORCompassRepresentationTest, TakesColoursFromTheStylesFile) {
-    compass->toggleDisplayMode(true);
-    compass->updateColors();
-    EXPECT_FALSE(compass->isDay());
-    EXPECT_DOUBLE_EQ(compass->GetRingProperty()->GetColor()[0], 0.3);
-
     ScratchHome::writeSettings("QUOR3DVisStyles.conf",
                                "[COMPASS_NIGHT]\ncompass\\color\\r=0.5\ncompass\\color\\g=7\n"
                                "compass\\opacity\\nonhighlighted=0.25\ncompass\\opacity\\highlighted=0.75\n");
     compass->toggleDisplayMode(true);
     window->Render();
+    EXPECT_FALSE(compass->isDay());
     vtkProperty2D* ring = compass->GetRingProperty();
     EXPECT_DOUBLE_EQ(ring->GetColor()[0], 0.5);
     EXPECT_DOUBLE_EQ(ring->GetColor()[1], 1.0);
