@@ -152,15 +152,14 @@ QUORFileLeaf::Ptr QUORDirTop::insertOrFind(const QUORFile::CPtr& file, const QUO
 }
 
 QUORDirTop::Result QUORDirTop::removeFile(const QString& name) {
-    const std::unique_lock lock(_lock);
+    std::unique_lock lock(_lock);
     const QUORFileLeaf::Ptr leaf = leafNamed(name);
-    if (!leaf) {
-        logDebug(QStringLiteral("NOTHING TO REMOVE ") + name);
-        return ResultInvalid;
+    if (leaf) {
+        remove(leaf);
     }
-    logDebug(QStringLiteral("REMOVING ") + name);
-    remove(leaf);
-    return ResultOk;
+    lock.unlock();
+    logDebug((leaf ? QStringLiteral("REMOVING ") : QStringLiteral("NOTHING TO REMOVE ")) + name);
+    return leaf ? ResultOk : ResultInvalid;
 }
 
 void QUORDirTop::addToAllLevels(QUORFile::CPtr file) {

@@ -100,10 +100,12 @@ QUORDirTop::Ptr QUORDirectoryWatcher::getTree() const {
 }
 
 void QUORDirectoryWatcher::stop() {
+    const bool started = isRunning();
     {
-        const std::lock_guard lock(_mutex);
+        std::unique_lock lock(_mutex);
         _running = false;
         _wakeUp.notify_one();
+        _ended.wait(lock, [this, started] { return _finished || !started; });
     }
     QThread::wait();
 }
@@ -153,6 +155,9 @@ void QUORDirectoryWatcher::run() {
                                          QString::fromLocal8Bit(error.what()));
         }
     }
+    const std::lock_guard lock(_mutex);
+    _finished = true;
+    _ended.notify_all();
 }
 
 /// The data when there is something to do; null when the thread shall end.

@@ -70,7 +70,9 @@ private:
     bool _watchFailed = false;
     mutable std::mutex _mutex;
     std::condition_variable _wakeUp;
+    std::condition_variable _ended;
     bool _running = true;
+    bool _finished = false;
     bool _sleeping = false;
     QUORDirectoryWatchData::Ptr _data;
     /// The directory that the notifier watches: not the one under the path when that was replaced.
