@@ -4,6 +4,7 @@
 #include "QUORConfig.h"
 #include "QUORDataType.h"
 #include "QUORLog.h"
+#include "QUORLogOnce.h"
 #include "QUORSettingsReader.h"
 #include "QUORSettingsWriter.h"
 
@@ -86,7 +87,17 @@ bool QUORProductSettings::load(const QString& product, const QString& configurat
 
 // The record holds the defaults.
 void QUORProductSettings::readValues(QUORSettingsReader& reader) {
-    _renderingType = toType(reader.readText(QUORConfig::PRODUCT_RENDERING_TYPE, renderingTypeToString()));
+    const QString rendering = reader.readText(QUORConfig::PRODUCT_RENDERING_TYPE, renderingTypeToString());
+    _renderingType = toType(rendering);
+    const QString file = reader.settings().fileName();
+    const QString subject = QStringLiteral("rendering ") + file + groupName();
+    if (_renderingType == Unknown) {
+        QUORLogOnce::logWarning(subject, QStringLiteral("Settings file ") + file + QStringLiteral(": ") +
+                                             groupName() + QStringLiteral("/rendering=") + rendering +
+                                             QStringLiteral(" is not surface or volume, nothing is drawn"));
+    } else {
+        QUORLogOnce::forget(subject);
+    }
     _colorMapName = reader.readText(COLOR_MAP, _colorMapName);
     _surfaces.clear();
     const int count = reader.beginReadArray(QUORConfig::PRODUCT_SURFACE_ARRAY, MAXIMUM_SURFACES);

@@ -93,7 +93,9 @@ TEST_F(QUORProductSettingsTest, ReadsSurfaces) {
 TEST_F(QUORProductSettingsTest, SavesWhatItRead) {
     write(QStringLiteral("rendering=Volume\nsurface\\size=6\nsurface\\1\\isovalue=1\nsurface\\2\\isovalue=2\n"
                          "surface\\3\\isovalue=3\nsurface\\4\\isovalue=4\nsurface\\5\\isovalue=5\n"));
+    const LogCapture log;
     const QUORProductSettings settings(CAPPI, Z, REFLECTIVITY);
+    EXPECT_TRUE(log.contains(QStringLiteral("PRODUCT CAPPI Z/rendering=Volume is not surface or volume")));
     EXPECT_EQ(settings.getRenderingType(), QUORProductSettings::Unknown);
     settings.save();
     const QSettings stored;

@@ -228,23 +228,29 @@ QString QUORDataFrame::getDataId(QUORGeneralSettings::CPtr settings) const {
 }
 
 QStringList QUORDataFrame::getLegend(QUORGeneralSettings::CPtr settings) const {
-    const QUORLogScope scope("QUORDataFrame::getLegend");
     QUOR_ASSERT(settings);
+    logDebug(QStringLiteral("QUORDataFrame::getLegend() called."));
+    const QStringList legend = makeLegend(*settings);
+    logDebug(QStringLiteral("QUORDataFrame::getLegend() finished"));
+    return legend;
+}
+
+QStringList QUORDataFrame::makeLegend(const QUORGeneralSettings& settings) const {
     const QUORFile::CPtr file = _activeData3d ? _activeData3d->getFile() : nullptr;
     if (!file || !file->isValid()) {
         return {QStringLiteral("Data not available")};
     }
     const auto extent = [&](double metres) {
-        return QString::number(settings->getCorrectLengthBig(metres / METRES_PER_KM), 'f', 1);
+        return QString::number(settings.getCorrectLengthBig(metres / METRES_PER_KM), 'f', 1);
     };
     const QUORDataType type = file->getDataType();
     const QStringList extents{extent(file->getWidthM()), extent(file->getLengthM()),
                               extent(file->getHeightM())};
     return {type.getQuantityName() + QStringLiteral(", ") + type.getQuantityUnit(),
-            settings->formattedTime(file->getDataTime()),
-            extents.join(QStringLiteral(" x ")) + QLatin1Char(' ') + settings->getLengthUnitBig(),
+            settings.formattedTime(file->getDataTime()),
+            extents.join(QStringLiteral(" x ")) + QLatin1Char(' ') + settings.getLengthUnitBig(),
             file->getSite() + QLatin1Char(' ') +
-                settings->formatCoordinates(file->getSiteCoordinates(), QUORCoordinate::Both) +
-                QStringLiteral(", ") + settings->formattedSmallLength(file->getRadarElevation(), 0) +
+                settings.formatCoordinates(file->getSiteCoordinates(), QUORCoordinate::Both) +
+                QStringLiteral(", ") + settings.formattedSmallLength(file->getRadarElevation(), 0) +
                 QStringLiteral(" ASL")};
 }

@@ -85,6 +85,7 @@ private:
     void updateTerrain();
     void chooseProduct2d();
     void logRequest() const;
+    QStringList makeLegend(const QUORGeneralSettings& settings) const;
 
     QUORDataStore::Ptr _store;
     QUORFileLeaf::CPtr _activeData3d;
