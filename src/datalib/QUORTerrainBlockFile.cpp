@@ -27,6 +27,8 @@ namespace {
 
 constexpr qint64 MAX_FILE_BYTES = 4 * 1024 * 1024;
 constexpr int PNG_QUALITY = 80;
+constexpr int TEXTURE_SIDE = QUORTerrainBlock::TEXTURE_SIDE;
+constexpr qsizetype TEXTURE_ROW_BYTES = 3 * TEXTURE_SIDE;
 const QString TEXTURE_SUFFIX = QStringLiteral(".png");
 const QString DAMAGED = QStringLiteral("damaged, or not made for this projection");
 
@@ -36,19 +38,15 @@ QByteArray hash(QByteArrayView bytes) {
     return result.result().toHex();
 }
 
-QByteArray hash(const QImage& image) {
-    QCryptographicHash result(QCryptographicHash::Md5);
-    for (int row = 0; row < image.height(); ++row) {
-        result.addData(QByteArrayView(image.constScanLine(row), qsizetype(image.width()) * 3));
-    }
-    return result.result().toHex();
+QByteArrayView pixels(vtkImageData& texture) {
+    return {static_cast<const char*>(texture.GetScalarPointer()), TEXTURE_ROW_BYTES * TEXTURE_SIDE};
 }
 
 /// Stays under the 256 characters that the format allows a title.
-QByteArray makeTitle(QByteArrayView meshBody, const QImage& texture, const QUORGeoProjection& projection) {
+QByteArray makeTitle(QByteArrayView meshBody, vtkImageData& texture, const QUORGeoProjection& projection) {
     const auto number = [](double value) { return QByteArray::number(value, 'g', 17); };
     const QUORCoordinate centre = projection.getReferenceLocation();
-    return "terrain block " + hash(meshBody) + ' ' + hash(texture) + ' ' +
+    return "terrain block " + hash(meshBody) + ' ' + hash(pixels(texture)) + ' ' +
            projection.getName().toUtf8().left(20) + ' ' + number(centre.getLat()) + ' ' +
            number(centre.getLon()) + ' ' + number(projection.getEarthRadius()) + ' ' +
            number(projection.getInverseFlattening());
@@ -98,12 +96,42 @@ QString readWhole(const QString& fileName, QByteArray& bytes) {
     return {};
 }
 
-QImage readTexture(const QByteArray& bytes) {
+/// The picture's north is at its top, the texture's last row.
+QByteArray toPng(vtkImageData& texture) {
+    QImage image(TEXTURE_SIDE, TEXTURE_SIDE, QImage::Format_RGB888);
+    for (int row = 0; row < TEXTURE_SIDE; ++row) {
+        std::memcpy(image.scanLine(row), texture.GetScalarPointer(0, TEXTURE_SIDE - 1 - row, 0),
+                    std::size_t(TEXTURE_ROW_BYTES));
+    }
+    QBuffer png;
+    return image.save(&png, "PNG", PNG_QUALITY) ? png.data() : QByteArray();
+}
+
+/// Null when the bytes are no texture.
+vtkSmartPointer<vtkImageData> fromPng(const QByteArray& bytes) {
     QBuffer buffer;
     buffer.setData(bytes);
     QImageReader reader(&buffer, "png");
-    const QSize wanted(QUORTerrainBlock::TEXTURE_SIDE, QUORTerrainBlock::TEXTURE_SIDE);
-    return reader.size() == wanted ? reader.read().convertToFormat(QImage::Format_RGB888) : QImage();
+    if (reader.size() != QSize(TEXTURE_SIDE, TEXTURE_SIDE)) {
+        return nullptr;
+    }
+    const QImage image = reader.read();
+    if (image.isNull()) {
+        return nullptr;
+    }
+    auto texture = vtkSmartPointer<vtkImageData>::New();
+    texture->SetDimensions(TEXTURE_SIDE, TEXTURE_SIDE, 1);
+    texture->AllocateScalars(VTK_UNSIGNED_CHAR, 3);
+    for (int row = 0; row < TEXTURE_SIDE; ++row) {
+        auto* to = static_cast<uchar*>(texture->GetScalarPointer(0, TEXTURE_SIDE - 1 - row, 0));
+        for (int column = 0; column < TEXTURE_SIDE; ++column) {
+            const QRgb color = image.pixel(column, row);
+            *to++ = uchar(qRed(color));
+            *to++ = uchar(qGreen(color));
+            *to++ = uchar(qBlue(color));
+        }
+    }
+    return texture;
 }
 
 } // namespace
@@ -119,24 +147,25 @@ bool QUORTerrainBlockFile::makeFolder(const QString& path) {
            (::mkdir(QFile::encodeName(folder.absoluteFilePath()).constData(), MODE) == 0 || errno == EEXIST);
 }
 
-QString QUORTerrainBlockFile::write(const QString& fileName, vtkPolyData& mesh, const QImage& texture,
+QString QUORTerrainBlockFile::write(const QString& fileName, const QUORTerrainBlock& block,
                                     const QUORGeoProjection& projection) {
     vtkNew<vtkPolyDataWriter> writer;
-    writer->SetInputData(&mesh);
+    writer->SetInputData(block.mesh);
     writer->SetFileTypeToBinary();
     writer->WriteToOutputStringOn();
     writer->Write();
     const MeshFile file(
         QByteArray::fromRawData(writer->GetOutputString(), qsizetype(writer->GetOutputStringLength())));
-    QBuffer png;
-    if (file.body.isEmpty() || !texture.save(&png, "PNG", PNG_QUALITY)) {
+    const QByteArray png = toPng(*block.texture);
+    if (file.body.isEmpty() || png.isEmpty()) {
         return fileName + QStringLiteral(": out of memory");
     }
     makeFolder(QFileInfo(fileName).absolutePath());
     // The mesh last: it vouches for the texture.
-    const QString error = publish(fileName + TEXTURE_SUFFIX, png.data());
+    const QString error = publish(fileName + TEXTURE_SUFFIX, png);
     return error.isEmpty()
-               ? publish(fileName, file.format + makeTitle(file.body, texture, projection) + '\n' + file.body)
+               ? publish(fileName,
+                         file.format + makeTitle(file.body, *block.texture, projection) + '\n' + file.body)
                : error;
 }
 
@@ -150,12 +179,12 @@ QString QUORTerrainBlockFile::read(const QString& fileName, const QUORGeoProject
             return error;
         }
     }
-    const QImage texture = readTexture(textureBytes);
-    if (texture.isNull()) {
+    const vtkSmartPointer<vtkImageData> texture = fromPng(textureBytes);
+    if (!texture) {
         return fileName + TEXTURE_SUFFIX + QStringLiteral(": ") + DAMAGED;
     }
     const MeshFile file(meshBytes);
-    if (file.title.isEmpty() || file.title != makeTitle(file.body, texture, projection)) {
+    if (file.title.isEmpty() || file.title != makeTitle(file.body, *texture, projection)) {
         return fileName + QStringLiteral(": ") + DAMAGED;
     }
     vtkNew<vtkPolyDataReader> reader;
@@ -167,17 +196,6 @@ QString QUORTerrainBlockFile::read(const QString& fileName, const QUORGeoProject
     }
     block.mesh = vtkSmartPointer<vtkPolyData>::New();
     block.mesh->ShallowCopy(reader->GetOutput());
-    block.texture = toImageData(texture);
+    block.texture = texture;
     return {};
-}
-
-vtkSmartPointer<vtkImageData> QUORTerrainBlockFile::toImageData(const QImage& texture) {
-    auto data = vtkSmartPointer<vtkImageData>::New();
-    data->SetDimensions(texture.width(), texture.height(), 1);
-    data->AllocateScalars(VTK_UNSIGNED_CHAR, 3);
-    for (int row = 0; row < texture.height(); ++row) {
-        std::memcpy(data->GetScalarPointer(0, texture.height() - 1 - row, 0), texture.constScanLine(row),
-                    std::size_t(texture.width()) * 3);
-    }
-    return data;
 }

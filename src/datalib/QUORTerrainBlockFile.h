@@ -5,7 +5,6 @@
 
 #include <QString>
 
-class QImage;
 class QUORGeoProjection;
 
 /// A terrain block in the cache: a mesh file of the given name, and its texture under the name + ".png".
@@ -18,13 +17,9 @@ namespace QUORTerrainBlockFile {
 bool makeFolder(const QString& path);
 
 /// Writes both files. Empty on success, otherwise the reason, with nothing half-written left.
-QString write(const QString& fileName, vtkPolyData& mesh, const QImage& texture,
-              const QUORGeoProjection& projection);
+QString write(const QString& fileName, const QUORTerrainBlock& block, const QUORGeoProjection& projection);
 
 /// Reads both files. Empty on success, otherwise the reason, with `block` unchanged.
 QString read(const QString& fileName, const QUORGeoProjection& projection, QUORTerrainBlock& block);
-
-/// The form in which a texture is drawn.
-vtkSmartPointer<vtkImageData> toImageData(const QImage& texture);
 
 } // namespace QUORTerrainBlockFile

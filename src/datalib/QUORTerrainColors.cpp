@@ -8,10 +8,9 @@
 #include <vtkMath.h>
 #include <vtkPolyData.h>
 
-#include <QImage>
-
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -66,6 +65,45 @@ double shadeAt(const QUORTerrainGrid& grid, int row, int column) {
     return 1.0 / ((1.0 + std::abs(a - b)) * (1.0 + std::abs(c - d)));
 }
 
+/// The posts that one pixel covers along a side, and how much of it each has.
+struct Span {
+    int first;
+    std::vector<double> shares;
+};
+
+std::vector<Span> makeSpans(int posts, int pixels) {
+    std::vector<Span> spans;
+    const double length = double(posts) / pixels;
+    for (int i = 0; i < pixels; ++i) {
+        const double begin = i * length;
+        const double end = std::min(begin + length, double(posts));
+        Span span{int(begin), {}};
+        for (int post = span.first; post < end; ++post) {
+            span.shares.push_back((std::min(post + 1.0, end) - std::max(double(post), begin)) / length);
+        }
+        spans.push_back(span);
+    }
+    return spans;
+}
+
+QUORTerrainColors::Rgb average(const std::vector<QUORTerrainColors::Rgb>& colors, int side, const Span& rows,
+                               const Span& columns) {
+    std::array<double, 3> sum{};
+    for (std::size_t row = 0; row < rows.shares.size(); ++row) {
+        const auto* color = &colors[static_cast<std::size_t>(rows.first + int(row)) * side + columns.first];
+        for (const double share : columns.shares) {
+            for (std::size_t i = 0; i < sum.size(); ++i) {
+                sum[i] += (*color)[i] * share * rows.shares[row];
+            }
+            ++color;
+        }
+    }
+    QUORTerrainColors::Rgb result{};
+    std::transform(sum.begin(), sum.end(), result.begin(),
+                   [](double v) { return static_cast<unsigned char>(std::clamp(v + 0.5, 0.0, 255.0)); });
+    return result;
+}
+
 } // namespace
 
 QUORTerrainColors::Rgb QUORTerrainColors::heightToColor(double height, double shade) {
@@ -78,17 +116,25 @@ QUORTerrainColors::Rgb QUORTerrainColors::heightToColor(double height, double sh
     return result;
 }
 
-QImage QUORTerrainColors::makeTexture(const QUORTerrainGrid& grid) {
-    QImage image(grid.side, grid.side, QImage::Format_RGB888);
+vtkSmartPointer<vtkImageData> QUORTerrainColors::makeTexture(const QUORTerrainGrid& grid) {
+    std::vector<Rgb> colors;
+    colors.reserve(grid.heights.size());
     for (int row = 0; row < grid.side; ++row) {
-        uchar* pixel = image.scanLine(row);
-        for (int column = 0; column < grid.side; ++column, pixel += 3) {
-            const Rgb color = heightToColor(grid.at(row, column), shadeAt(grid, row, column));
+        for (int column = 0; column < grid.side; ++column) {
+            colors.push_back(heightToColor(grid.at(row, column), shadeAt(grid, row, column)));
+        }
+    }
+    constexpr int SIDE = QUORTerrainBlock::TEXTURE_SIDE;
+    const std::vector<Span> spans = makeSpans(grid.side, SIDE);
+    auto texture = vtkSmartPointer<vtkImageData>::New();
+    texture->SetDimensions(SIDE, SIDE, 1);
+    texture->AllocateScalars(VTK_UNSIGNED_CHAR, 3);
+    for (int row = 0; row < SIDE; ++row) {
+        auto* pixel = static_cast<unsigned char*>(texture->GetScalarPointer(0, SIDE - 1 - row, 0));
+        for (int column = 0; column < SIDE; ++column, pixel += 3) {
+            const Rgb color = average(colors, grid.side, spans[row], spans[column]);
             std::copy(color.begin(), color.end(), pixel);
         }
     }
-    return image
-        .scaled(QUORTerrainBlock::TEXTURE_SIDE, QUORTerrainBlock::TEXTURE_SIDE, Qt::IgnoreAspectRatio,
-                Qt::SmoothTransformation)
-        .convertToFormat(QImage::Format_RGB888);
+    return texture;
 }

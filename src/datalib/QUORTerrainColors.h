@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <vtkSmartPointer.h>
+
 #include <array>
 
 struct QUORTerrainGrid;
-class QImage;
+class vtkImageData;
 
 /// The colours of the ground: a height ramp, darkened on slopes. The sea (height 0) has a colour of its own.
 namespace QUORTerrainColors {
@@ -14,7 +16,7 @@ using Rgb = std::array<unsigned char, 3>;
 /// Height in metres; shade from 0 (cliff) to 1 (level ground).
 Rgb heightToColor(double height, double shade);
 
-/// A tile's texture of TEXTURE_SIDE pixels a side from its reduced posts, north at the top.
-QImage makeTexture(const QUORTerrainGrid& grid);
+/// A tile's texture of TEXTURE_SIDE pixels a side from its reduced posts.
+vtkSmartPointer<vtkImageData> makeTexture(const QUORTerrainGrid& grid);
 
 } // namespace QUORTerrainColors

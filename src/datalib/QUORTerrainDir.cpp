@@ -138,6 +138,7 @@ QUORTerrainSet::Ptr QUORTerrainDir::getTerrainSet(const QUORGeoProjection::CPtr&
     const QUORCoordinate southWest(std::floor(corner1.getLat()), std::floor(corner1.getLon()));
     const QUORCoordinate northEast(std::ceil(corner2.getLat()), std::ceil(corner2.getLon()));
     const QMutexLocker lock(&_mutex);
+    _sets.removeIf([](const QUORTerrainSet::Ptr& kept) { return kept->hasExpired(); });
     QUORTerrainSet::Ptr set = findSet(*projection, southWest, northEast);
     if (!set) {
         set = std::make_shared<QUORTerrainSet>(projection, southWest, northEast);
@@ -152,7 +153,7 @@ QUORTerrainSet::Ptr QUORTerrainDir::findSet(const QUORGeoProjection& projection,
                                             const QUORCoordinate& northEast) const {
     for (const QUORTerrainSet::Ptr& set : _sets) {
         if (isSameProjection(*set->getProjection(), projection) && set->getSouthWest() == southWest &&
-            set->getNorthEast() == northEast && !set->hasExpired()) {
+            set->getNorthEast() == northEast) {
             return set;
         }
     }

@@ -14,13 +14,13 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QImage>
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -224,10 +224,9 @@ bool QUORTerrainFile::convertData(const QUORGeoProjection::CPtr& projection, con
         logError("convertData", QStringLiteral("the projection cannot place ") + getBlockName());
         return false;
     }
-    const QImage texture = QUORTerrainColors::makeTexture(*grid);
-    _block.texture = QUORTerrainBlockFile::toImageData(texture);
+    _block.texture = QUORTerrainColors::makeTexture(*grid);
     if (!cacheFileName.isEmpty()) {
-        _cacheError = QUORTerrainBlockFile::write(cacheFileName, *_block.mesh, texture, *projection);
+        _cacheError = QUORTerrainBlockFile::write(cacheFileName, _block, *projection);
     }
     return true;
 }
@@ -236,6 +235,10 @@ bool QUORTerrainFile::loadCachedData(const QUORGeoProjection::CPtr& projection,
                                      const QString& cacheFileName) {
     _cacheError = QUORTerrainBlockFile::read(cacheFileName, *projection, _block);
     return _cacheError.isEmpty();
+}
+
+vtkSmartPointer<vtkImageData> QUORTerrainFile::takeTexture() {
+    return std::exchange(_block.texture, nullptr);
 }
 
 bool QUORTerrainFile::contains(const QUORCoordinate& location) const {

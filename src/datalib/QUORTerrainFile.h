@@ -42,6 +42,9 @@ public:
     /// Why the cache could not be read or written the last time; empty when it could.
     QString getCacheError() const { return _cacheError; }
 
+    /// Hands the block's texture over to whoever draws it.
+    vtkSmartPointer<vtkImageData> takeTexture();
+
     /// Metres above the sea in the loaded block; 0 without one or outside [origin, origin + 1).
     double getElevationAtLocation(const QUORCoordinate& location) const;
     /// Whether the one-degree square [origin, origin + 1) holds the location.

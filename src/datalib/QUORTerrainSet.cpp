@@ -50,16 +50,20 @@ QString secondsText(double seconds) {
     return QString::number(seconds, 'f', 3);
 }
 
-vtkSmartPointer<vtkActor> makeActor(const QUORTerrainBlock& block) {
-    vtkNew<vtkPolyDataMapper> mapper;
-    mapper->SetInputData(block.mesh);
-    mapper->ScalarVisibilityOff();
-    mapper->StaticOn();
-    vtkNew<vtkTexture> texture;
-    texture->SetInputData(block.texture);
+vtkSmartPointer<vtkTexture> makeTexture(vtkImageData* image) {
+    auto texture = vtkSmartPointer<vtkTexture>::New();
+    texture->SetInputData(image);
     texture->InterpolateOn();
     texture->RepeatOff();
     texture->EdgeClampOn();
+    return texture;
+}
+
+vtkSmartPointer<vtkActor> makeActor(vtkPolyData* mesh, vtkTexture* texture) {
+    vtkNew<vtkPolyDataMapper> mapper;
+    mapper->SetInputData(mesh);
+    mapper->ScalarVisibilityOff();
+    mapper->StaticOn();
     auto actor = vtkSmartPointer<vtkActor>::New();
     actor->SetMapper(mapper);
     actor->SetTexture(texture);
@@ -173,8 +177,11 @@ void QUORTerrainSet::loadBlock(qsizetype index, Run& run) const {
     if (tile.getBlock().mesh) {
         return; // from an aborted call
     }
-    if (QFileInfo::exists(cacheFileName)) {
+    const auto announceLoading = [&] {
         log.logDebug(QStringLiteral("Loading cached block: ") + cacheFileName);
+    };
+    if (QFileInfo::exists(cacheFileName)) {
+        announceLoading();
         if (tile.loadCachedData(_projection, cacheFileName)) {
             return;
         }
@@ -187,7 +194,9 @@ void QUORTerrainSet::loadBlock(qsizetype index, Run& run) const {
     log.logDebug(QStringLiteral("Converting terrain block data: ") + tile.getTypeAsString() +
                  QStringLiteral(" (") + tile.getFileName() + QLatin1Char(')'));
     tile.convertData(_projection, cacheFileName);
-    if (!tile.getCacheError().isEmpty()) {
+    if (tile.getCacheError().isEmpty()) {
+        announceLoading(); // what was written is in memory already
+    } else {
         const QMutexLocker lock(&run.errorMutex);
         run.cacheError = tile.getCacheError();
     }
@@ -217,12 +226,18 @@ void QUORTerrainSet::joinBlocks() const {
 
 void QUORTerrainSet::makeProp() const {
     _prop = vtkSmartPointer<vtkAssembly>::New();
+    vtkSmartPointer<vtkTexture> flat; // the flat tiles, often most of them, look all the same
     for (const QUORTerrainFile::Ptr& tile : _tiles) {
-        if (tile->getBlock().mesh) {
-            _prop->AddPart(makeActor(tile->getBlock()));
-        } else {
+        vtkPolyData* mesh = tile->getBlock().mesh;
+        if (mesh == nullptr) {
             _incompleteSinceMs = monotonicMs();
+            continue;
         }
+        const vtkSmartPointer<vtkImageData> image = tile->takeTexture();
+        const bool isFlat = tile->getType() == QUORTerrainFile::Empty;
+        const vtkSmartPointer<vtkTexture> texture = isFlat && flat ? flat : makeTexture(image);
+        flat = isFlat ? texture : flat;
+        _prop->AddPart(makeActor(mesh, texture));
     }
 }
 
