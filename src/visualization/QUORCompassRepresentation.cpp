@@ -72,6 +72,10 @@ vtkStandardNewMacro(QUORCompassRepresentation)
 QUORCompassRepresentation::QUORCompassRepresentation() : _style("COMPASS", STYLE) {
     QUORLog::Instance().logDebug(QStringLiteral("QUORCompassRepresentation::QUORCompassRepresentation()"));
     this->DistanceRepresentation->SetTitleText("zoom");
+    this->LabelProperty->SetFontFamilyToArial();
+    this->LabelProperty->BoldOn();
+    this->LabelProperty->ItalicOff();
+    this->LabelProperty->ShadowOff();
     loadStyle(true);
     updateForegroundColor(_foregroundColor, _nonHighlightedOpacity);
 }

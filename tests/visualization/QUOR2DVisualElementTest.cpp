@@ -171,6 +171,7 @@ TEST_F(QUOR2DVisualElementPictureTest, ShowsExactlyTheColoursOfTheMap) {
         QUOR2DVisualElement element(group.get(), 13);
         element.update(record, true, QUORAbortFlag());
         ASSERT_TRUE(element.getProp());
+        EXPECT_FALSE(element.getProp()->HasTranslucentPolygonalGeometry());
         renderer->RemoveAllViewProps();
         renderer->AddViewProp(element.getProp());
         window->Render();
