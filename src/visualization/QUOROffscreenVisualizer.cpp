@@ -56,7 +56,11 @@ int findPreset(const QString& kind, const QStringList& names, const QString& nam
 QUOROffscreenVisualizer::QUOROffscreenVisualizer() {
     const QUORLogScope scope("QUOROffscreenVisualizer::QUOROffscreenVisualizer");
     _visualization = std::make_shared<QUORVisualization>(this);
-    provideWindow();
+    QString error;
+    if (!provideWindow(error)) {
+        QUORLog::Instance().logError(QStringLiteral("No image can be rendered, OpenGL is not usable: ") +
+                                     error);
+    }
 }
 
 QUOROffscreenVisualizer::~QUOROffscreenVisualizer() {
@@ -95,8 +99,19 @@ void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataF
     const QUORLogScope scope("QUOROffscreenVisualizer::startVisualization");
     _gate.acquire();
     _outputFile = outputFile;
-    _visualization->setSourceData(frame);
-    _visualization->updateVisualization(true);
+    try {
+        _visualization->setSourceData(frame);
+        _visualization->updateVisualization(true);
+    } catch (...) {
+        openGate();
+        throw;
+    }
+}
+
+void QUOROffscreenVisualizer::openGate() {
+    if (_gate.available() == 0) {
+        _gate.release();
+    }
 }
 
 void QUOROffscreenVisualizer::waitUntilReady() {
@@ -156,15 +171,12 @@ vtkSmartPointer<vtkImageWriter> QUOROffscreenVisualizer::createWriter(int output
     return QUORImageWriter::createWriter(outputFormat);
 }
 
-bool QUOROffscreenVisualizer::provideWindow() {
+bool QUOROffscreenVisualizer::provideWindow(QString& error) {
     if (_window != nullptr) {
         return true;
     }
-    QString error;
     _window = QUORRenderWindowFactory::create(error);
     if (_window == nullptr) {
-        QUORLog::Instance().logError(QStringLiteral("No image can be rendered, OpenGL is not usable: ") +
-                                     error);
         return false;
     }
     QUOR3DVisualElement::setHardwareRendering(_window->IsDirect() != 0);
@@ -181,16 +193,17 @@ bool QUOROffscreenVisualizer::provideWindow() {
 void QUOROffscreenVisualizer::visualizationFinished(QUORVisualization* visualization) {
     // The last act, when everything that was drawn is gone again: the job goes on at once.
     struct GateOpener {
-        QSemaphore& gate;
-        ~GateOpener() { gate.release(); }
+        QUOROffscreenVisualizer& visualizer;
+        ~GateOpener() { visualizer.openGate(); }
     };
-    const GateOpener opener{_gate};
+    const GateOpener opener{*this};
     const QUORLogScope scope("QUOROffscreenVisualizer::visualizationFinished");
     try {
         renderImage(*visualization);
     } catch (const std::exception& e) {
-        QUORLog::Instance().logError(QStringLiteral("Rendering failed: ") + _outputFile +
-                                     QStringLiteral(": ") + QString::fromLocal8Bit(e.what()));
+        logFailure(QString::fromLocal8Bit(e.what()));
+    } catch (...) {
+        logFailure(QStringLiteral("unknown exception"));
     }
     if (_renderer != nullptr) {
         _renderer->removeVisualization();
@@ -200,8 +213,13 @@ void QUOROffscreenVisualizer::visualizationFinished(QUORVisualization* visualiza
 
 void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
     logDebug(QStringLiteral("Creating offscreen render window.."));
-    if (!provideWindow() || !visualization.getVisualizationResult() || !visualization.getDataFrame()) {
-        QUORLog::Instance().logError(QStringLiteral("Not rendered: ") + _outputFile);
+    QString error;
+    if (!provideWindow(error)) {
+        logFailure(QStringLiteral("OpenGL is not usable: ") + error);
+        return;
+    }
+    if (!visualization.getVisualizationResult() || !visualization.getDataFrame()) {
+        logFailure(QStringLiteral("there is no scene"));
         return;
     }
     prepareWindow();
@@ -209,6 +227,11 @@ void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
     logDebug(QStringLiteral("Rendering visualization.."));
     _renderer->render();
     writeImage();
+}
+
+void QUOROffscreenVisualizer::logFailure(const QString& reason) const {
+    QUORLog::Instance().logError(QStringLiteral("Not rendered: ") + _outputFile + QStringLiteral(": ") +
+                                 reason);
 }
 
 void QUOROffscreenVisualizer::prepareWindow() {

@@ -66,11 +66,13 @@ public:
     QUORBackgroundSettings::CPtr getBackgroundSettings() const { return _backgroundSettings; }
 
 private:
-    bool provideWindow();
+    void openGate();
+    bool provideWindow(QString& error);
     void renderImage(QUORVisualization& visualization);
     void prepareWindow();
     void prepareRenderer(QUORVisualization& visualization);
     void writeImage();
+    void logFailure(const QString& reason) const;
 
     QSemaphore _gate{1};
     std::shared_ptr<QUORVisualization> _visualization;

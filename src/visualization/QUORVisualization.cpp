@@ -136,8 +136,9 @@ void QUORVisualization::updateVisualization(bool force) {
         updateLayers(force);
     }
     logDebug(QStringLiteral("Passing input item to visualization pipeline.."));
-    _pipeline->addInput(_pipelineItem);
+    // From here on completion may run on the controller's thread.
     _dirty = false;
+    _pipeline->addInput(_pipelineItem);
 }
 
 void QUORVisualization::onPipelineFinished() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUOREglRenderWindow.h"
 #include "QUORRenderWindowFactory.h"
+#include "RenderFixture.h"
 
 #include <vtkActor.h>
 #include <vtkCamera.h>
@@ -14,9 +15,6 @@
 #include <vtkUnsignedCharArray.h>
 
 #include <gtest/gtest.h>
-
-#include <QCoreApplication>
-#include <QProcess>
 
 #include <array>
 
@@ -125,23 +123,8 @@ TEST_F(QUOREglRenderWindowTest, DescribesItselfInOneLine) {
     EXPECT_LT(text.size(), 400);
 }
 
-namespace {
-
-/// Runs one of this program's tests in a process of its own with an environment of its own.
-int runSelf(const char* filter, const QStringList& environment) {
-    QProcess child;
-    child.setEnvironment(environment);
-    child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start(QStringLiteral("/proc/%1/exe").arg(QCoreApplication::applicationPid()),
-                {QStringLiteral("--gtest_also_run_disabled_tests"),
-                 QStringLiteral("--gtest_filter=%1").arg(QLatin1String(filter))});
-    return child.waitForFinished(60000) && child.exitStatus() == QProcess::NormalExit ? child.exitCode() : -1;
-}
-
-} // namespace
-
 TEST_F(QUOREglRenderWindowTest, NeedsNoEnvironment) {
-    EXPECT_EQ(runSelf("QUOREglRenderWindowTest.DrawsResizes*", {}), 0);
+    EXPECT_TRUE(passesAlone("QUOREglRenderWindowTest.DrawsResizes*", {}));
 }
 
 // Run by the next test in a process whose driver gives no context.
@@ -161,7 +144,7 @@ TEST(QUORNoOpenGLTest, DISABLED_SaysSoAndLives) {
 TEST(QUORNoOpenGLTest, WithoutADriverNothingDies) {
     for (const QString& noDriver : {QStringLiteral("__EGL_VENDOR_LIBRARY_FILENAMES=/nonexistent"),
                                     QStringLiteral("MESA_GL_VERSION_OVERRIDE=2.1")}) {
-        EXPECT_EQ(runSelf("QUORNoOpenGLTest.DISABLED_*", {noDriver, QStringLiteral("DISPLAY=:4711")}), 0)
+        EXPECT_TRUE(passesAlone("QUORNoOpenGL*.DISABLED_*", {noDriver, QStringLiteral("DISPLAY=:4711")}))
             << qPrintable(noDriver);
     }
 }

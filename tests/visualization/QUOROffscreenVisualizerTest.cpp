@@ -40,6 +40,9 @@ protected:
         if (probe.window == nullptr) {
             GTEST_SKIP() << "no OpenGL here: " << qPrintable(probe.error);
         }
+        useSettings();
+    }
+    static void useSettings() {
         qputenv("QUOR3D_BG_SETTINGS", QFile::encodeName(ScratchHome::settingsDirectory() + "/bg.conf"));
     }
     void TearDown() override {
@@ -83,6 +86,12 @@ protected:
     }
 
     TestStore _store;
+};
+
+/// For a process whose driver gives no context: see QUOREglRenderWindowTest.
+class QUORNoOpenGLVisualizerTest : public QUOROffscreenVisualizerTest {
+protected:
+    void SetUp() override { useSettings(); }
 };
 
 const QString NO_2D = QStringLiteral("displaystate=Data\n");
@@ -272,6 +281,20 @@ TEST_F(QUOROffscreenVisualizerTest, FailuresAreSaidAndTheNextImageComes) {
     EXPECT_TRUE(render(visualizer, frame, output("b.png")));
     EXPECT_TRUE(render(visualizer, _store.frame(ball()), output("c.png")));
     EXPECT_TRUE(QFileInfo::exists(output("c.png")));
+}
+
+TEST_F(QUORNoOpenGLVisualizerTest, DISABLED_EachJobSaysSoAndEnds) {
+    writeScene();
+    writeBackground(NO_2D);
+    const QUORDataFrame::Ptr frame = _store.frame(ball());
+    const LogCapture log;
+    QUOROffscreenVisualizer visualizer;
+    EXPECT_EQ(log.count(QStringLiteral("E: No image can be rendered, OpenGL is not usable: ")), 1);
+    for (int job = 1; job <= 2; ++job) {
+        EXPECT_TRUE(render(visualizer, frame, output("a.tiff")));
+        EXPECT_EQ(log.count(QStringLiteral("E: Not rendered: ") + output("a.tiff")), job);
+    }
+    EXPECT_FALSE(QFileInfo::exists(output("a.tiff")));
 }
 
 TEST_F(QUOROffscreenVisualizerTest, ThePictureIsTheExpectedOne) {
