@@ -3,6 +3,7 @@
 
 #include "QUORDataType.h"
 #include "QUORLog.h"
+#include "QUORLogOnce.h"
 #include "QUORSettingsReader.h"
 
 #include <QRegularExpression>
@@ -39,17 +40,23 @@ QString numberedGroup(const QString& group, int number) {
     return group + QLatin1Char(' ') + QString::number(number);
 }
 
+/// A file is read for every image, and what is wrong with it is said once.
+void report(const QString& map, const char* problem, bool isWrong) {
+    const QString subject = QStringLiteral("Color map ") + map + QLatin1Char(' ') + QLatin1String(problem);
+    if (isWrong) {
+        QUORLogOnce::logWarning(subject, subject);
+    } else {
+        QUORLogOnce::forget(subject);
+    }
+}
+
 /// The colour bar hands this to the C library together with one double and a buffer of limited size.
 QString checkedLabelFormat(const QString& format, const QString& scale) {
     static const QRegularExpression oneDouble(
         QStringLiteral("^[-+ 0#]*[0-9]{0,2}(\\.[0-9]{0,2})?[eEfFgG][^%]{0,32}$"));
-    if (oneDouble.match(format).hasMatch()) {
-        return QLatin1Char('%') + format;
-    }
-    QUORLog::Instance().logWarning(QStringLiteral("Color scale ") + scale +
-                                   QStringLiteral(": label_format \"") + format +
-                                   QStringLiteral("\" is not the format of one number"));
-    return QLatin1Char('%') + DEFAULT_LABEL_FORMAT;
+    const bool isSafe = oneDouble.match(format).hasMatch();
+    report(scale, "has a label_format that is not the format of one number", !isSafe);
+    return QLatin1Char('%') + (isSafe ? format : DEFAULT_LABEL_FORMAT);
 }
 
 int readComponent(const QUORSettingsReader& reader, const char* key) {
@@ -162,11 +169,12 @@ QUORColormap& QUORColormap::operator=(const QUORColormap& other) {
 QUORColormap::~QUORColormap() = default;
 
 void QUORColormap::build(int scaleId, const QUORDataType& dataType, ValueRange range) {
-    const QString wanted = _name.isEmpty() ? QString::number(scaleId) : _name;
+    const QString wanted = (_name.isEmpty() ? QString::number(scaleId) : _name) +
+                           QStringLiteral(" of data type ") + QString::number(dataType.getRawType());
     load(scaleId);
-    if (_colors.isEmpty() || _scale.isEmpty()) {
-        QUORLog::Instance().logWarning(QStringLiteral("Color map ") + wanted +
-                                       QStringLiteral(" has no colors or no seams, using a grey map"));
+    const bool isUsable = !_colors.isEmpty() && !_scale.isEmpty();
+    report(wanted, "has no colors or no seams, using a grey map", !isUsable);
+    if (!isUsable) {
         useGrey(dataType);
     }
     changeValueRange(range, dataType);
@@ -196,11 +204,12 @@ void QUORColormap::load(int scaleId) {
 int QUORColormap::loadScale(QUORSettingsReader& reader, int scaleId) {
     reader.beginGroup(numberedGroup(SCALE_GROUP, scaleId));
     _name = reader.readText(NAME_KEY, QStringLiteral("default"));
+    const QString subject = _name + QStringLiteral(" (") + QString::number(scaleId) + QLatin1Char(')');
     const int setId = reader.readInt(QStringLiteral("colorset_index"), 1);
     _lowSaturate = reader.readBool(QStringLiteral("low_saturate"), false);
     _highSaturate = reader.readBool(QStringLiteral("hi_saturate"), true);
     _labelFormat =
-        checkedLabelFormat(reader.readText(QStringLiteral("label_format"), DEFAULT_LABEL_FORMAT), _name);
+        checkedLabelFormat(reader.readText(QStringLiteral("label_format"), DEFAULT_LABEL_FORMAT), subject);
     _dataUnits = reader.readText(QStringLiteral("data_units"), NO_UNITS);
     _scale.resize(reader.beginReadArray(POINTS_ARRAY));
     for (int i = 0; i < _scale.size(); ++i) {
@@ -211,10 +220,8 @@ int QUORColormap::loadScale(QUORSettingsReader& reader, int scaleId) {
     reader.endGroup();
     _valueRange = Display;
     _limits.reset();
-    if (!std::is_sorted(_scale.cbegin(), _scale.cend())) {
-        QUORLog::Instance().logWarning(QStringLiteral("Color scale ") + _name +
-                                       QStringLiteral(": seams are not in ascending order"));
-    }
+    report(subject, "has seams that are not in ascending order",
+           !std::is_sorted(_scale.cbegin(), _scale.cend()));
     QUORLog::Instance().logDebug(QStringLiteral("    color scale ") + _name + QStringLiteral(" (") +
                                  QString::number(getNDefinedSeams()) + QStringLiteral(" seams)"));
     return setId;

@@ -146,7 +146,12 @@ void QUORVisualization::onPipelineFinished() {
     if (_aborted) {
         return;
     }
-    _visualizationResult = _pipeline->getResultItem();
+    const QUORVisualizationPipelineItem::Ptr result = _pipeline->getResultItem();
+    if (result && result != _appliedItem) {
+        logDebug(QStringLiteral("Outdated item -> wait for the current one."));
+        return;
+    }
+    _visualizationResult = result;
     if (_visualizationResult) {
         updateLayerTranformations();
     } else {

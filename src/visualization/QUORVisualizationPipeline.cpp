@@ -3,8 +3,6 @@
 
 #include "QUORLog.h"
 
-#include <QMutexLocker>
-
 #include <exception>
 #include <utility>
 
@@ -43,21 +41,24 @@ QUORVisualizationPipeline::~QUORVisualizationPipeline() {
 
 void QUORVisualizationPipeline::addInput(const QUORVisualizationPipelineItem::Ptr& item) {
     const QUORLogScope scope("QUORVisualizationPipeline::addInput");
-    const QMutexLocker lock(&_mutex);
+    const std::lock_guard lock(_mutex);
+    if (!_running) {
+        return;
+    }
     if (_input.isEmpty()) {
-        _wake.wakeOne();
+        _wake.notify_one();
     }
     item->beginUse();
     _input.enqueue(item);
 }
 
 void QUORVisualizationPipeline::addOutput(const QUORVisualizationPipelineItem::Ptr& item) {
-    const QMutexLocker lock(&_mutex);
+    const std::lock_guard lock(_mutex);
     _output.enqueue(item);
 }
 
 QUORVisualizationPipelineItem::Ptr QUORVisualizationPipeline::getResultItem() {
-    const QMutexLocker lock(&_mutex);
+    const std::lock_guard lock(_mutex);
     return _output.isEmpty() ? nullptr : _output.dequeue();
 }
 
@@ -65,11 +66,16 @@ void QUORVisualizationPipeline::stop() {
     const QUORLogScope scope("QUORVisualizationPipeline::stop");
     _aborted.set();
     {
-        const QMutexLocker lock(&_mutex);
+        const std::lock_guard lock(_mutex);
         _running = false;
-        _wake.wakeAll();
+        _wake.notify_all();
     }
     wait();
+    const std::lock_guard lock(_mutex);
+    for (const QUORVisualizationPipelineItem::Ptr& item : std::as_const(_input)) {
+        item->endUse();
+    }
+    _input.clear();
 }
 
 void QUORVisualizationPipeline::abort() {
@@ -78,16 +84,20 @@ void QUORVisualizationPipeline::abort() {
 }
 
 void QUORVisualizationPipeline::run() {
-    const QUORLogScope scope("QUORVisualizationPipeline::run");
-    while (_running) {
-        if (QUORVisualizationPipelineItem::Ptr item = takeInput()) {
-            process(std::move(item));
+    {
+        const QUORLogScope scope("QUORVisualizationPipeline::run");
+        while (_running) {
+            if (QUORVisualizationPipelineItem::Ptr item = takeInput()) {
+                process(std::move(item));
+            }
         }
     }
+    const std::lock_guard lock(_mutex);
+    _running = false;
 }
 
 QUORVisualizationPipelineItem::Ptr QUORVisualizationPipeline::takeInput() {
-    QMutexLocker lock(&_mutex);
+    std::unique_lock lock(_mutex);
     if (!_input.isEmpty()) {
         return _input.dequeue();
     }
@@ -95,7 +105,7 @@ QUORVisualizationPipelineItem::Ptr QUORVisualizationPipeline::takeInput() {
         return {};
     }
     logDebug(QStringLiteral("QUORVisualizationPipeline::run(): Input queue empty, going to wait."));
-    _wake.wait(&_mutex);
+    _wake.wait(lock);
     lock.unlock();
     logDebug(QStringLiteral("QUORVisualizationPipeline::run(): Woke up."));
     return {};

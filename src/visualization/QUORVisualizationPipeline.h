@@ -4,12 +4,13 @@
 #include "QUORAbortFlag.h"
 #include "QUORVisualizationPipelineItem.h"
 
-#include <QMutex>
 #include <QQueue>
 #include <QThread>
-#include <QWaitCondition>
 
+#include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 
 /// The worker thread that builds scenes: items go into the input queue, and those that were completed come
 /// out of the output queue, first in first out. The mutex guards both queues and the running flag; the
@@ -30,8 +31,9 @@ public:
     QUORVisualizationPipeline(const QUORVisualizationPipeline&) = delete;
     QUORVisualizationPipeline& operator=(const QUORVisualizationPipeline&) = delete;
 
-    /// Marks the item in use and queues it.
+    /// Marks the item in use and queues it; nothing once the pipeline was stopped.
     void addInput(const QUORVisualizationPipelineItem::Ptr& item);
+    void addOutput(const QUORVisualizationPipelineItem::Ptr& item);
     /// The oldest completed item, or null.
     QUORVisualizationPipelineItem::Ptr getResultItem();
     /// Aborts the running update and joins the thread; items that still wait are not built. Again: returns
@@ -50,11 +52,10 @@ protected:
 private:
     /// Waits while there is nothing to do; null when woken without an item.
     QUORVisualizationPipelineItem::Ptr takeInput();
-    void addOutput(const QUORVisualizationPipelineItem::Ptr& item);
     void process(QUORVisualizationPipelineItem::Ptr item);
 
-    QMutex _mutex;
-    QWaitCondition _wake;
+    std::mutex _mutex;
+    std::condition_variable _wake;
     QQueue<QUORVisualizationPipelineItem::Ptr> _input;
     QQueue<QUORVisualizationPipelineItem::Ptr> _output;
     std::atomic<bool> _running{true};

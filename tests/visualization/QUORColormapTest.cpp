@@ -43,7 +43,7 @@ QString scaleGroup(int id, const QString& keys, const QList<double>& seams) {
     for (const double seam : seams) {
         entries << QStringLiteral("seam=%1").arg(seam);
     }
-    return QStringLiteral("[COLORSCALE%20") + QString::number(id) + QStringLiteral("]\n") + keys +
+    return QStringLiteral("[COLORSCALE ") + QString::number(id) + QStringLiteral("]\n") + keys +
            QLatin1Char('\n') + array(QStringLiteral("points"), entries);
 }
 
@@ -178,17 +178,18 @@ TEST_F(QUORColormapTest, whatCannotBeBuiltIsGreyOverTheDataRange) {
         const char* name;
         QString text;
     } rows[] = {
-        {"no file", {}},
-        {"no seams", scaleGroup(1, QStringLiteral("name=Storm"), {}) + setGroup(1, {{1, 2}})},
-        {"no points", scaleGroup(1, QStringLiteral("name=Storm"), {1, 2})},
-        {"an absurd size", QStringLiteral("[COLORSCALE%201]\nname=Storm\npoints\\size=2000000000\n")},
+        {"Nowhere", {}},
+        {"Seamless", scaleGroup(1, QStringLiteral("name=Seamless"), {}) + setGroup(1, {{1, 2}})},
+        {"Pointless", scaleGroup(1, QStringLiteral("name=Pointless"), {1, 2})},
+        {"Absurd", QStringLiteral("[COLORSCALE 1]\nname=Absurd\npoints\\size=2000000000\n")},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         _log.clear();
         writeColors(row.text);
-        const QUORColormap map(QStringLiteral("Storm"), dbz, QUORColormap::Absolute);
-        EXPECT_EQ(_log.count(QStringLiteral("W: Color map Storm ")), 1);
+        const QUORColormap first(QLatin1String(row.name), dbz, QUORColormap::Absolute);
+        const QUORColormap map(QLatin1String(row.name), dbz, QUORColormap::Absolute);
+        EXPECT_EQ(_log.count(QStringLiteral("W: Color map %1 of data type 9 has no").arg(QLatin1String(row.name))), 1);
         EXPECT_EQ(map.getName(), QStringLiteral("Fixed"));
         ASSERT_EQ(map.getMap()->GetSize(), 16);
         EXPECT_EQ(nodeOf(map, 0)[0], 1.0);

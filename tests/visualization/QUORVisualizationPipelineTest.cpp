@@ -160,6 +160,9 @@ TEST(QUORVisualizationPipelineTest, stopJoinsAtOnceWhateverTheWorkerDoes) {
     EXPECT_EQ(pipeline.getResultItem(), nullptr);
     EXPECT_EQ(running.item->getResults(), nullptr);
     EXPECT_FALSE(running.item->isInUse());
+    EXPECT_FALSE(waiting.item->isInUse());
+    pipeline.addInput(waiting.item);
+    EXPECT_FALSE(waiting.item->isInUse());
 }
 
 TEST(QUORVisualizationPipelineTest, anAbortedItemIsReportedWithoutResults) {
