@@ -8,7 +8,6 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QMutexLocker>
 #include <QTimer>
 
 #include <exception>
@@ -81,9 +80,9 @@ void QUORLiveDataThread::init() {
 void QUORLiveDataThread::stop() {
     const QUORLogScope scope("QUORLiveDataThread::stop");
     {
-        const QMutexLocker lock(&_mutex);
+        const std::lock_guard lock(_mutex);
         _stopRequested = true;
-        _wakeUp.wakeOne();
+        _wakeUp.notify_one();
     }
     while (!wait(QDeadlineTimer(JOIN_STEP_MS))) {
         QCoreApplication::sendPostedEvents();
@@ -131,9 +130,9 @@ void QUORLiveDataThread::visualize2D(const QString& file) {
 }
 
 void QUORLiveDataThread::append(QStringList& queue, const QStringList& files) {
-    const QMutexLocker lock(&_mutex);
+    const std::lock_guard lock(_mutex);
     queue.append(files);
-    _wakeUp.wakeOne();
+    _wakeUp.notify_one();
 }
 
 void QUORLiveDataThread::run() {
@@ -145,20 +144,18 @@ void QUORLiveDataThread::run() {
 
 // False when the thread has to end.
 bool QUORLiveDataThread::waitForWork() {
-    const QMutexLocker lock(&_mutex);
+    std::unique_lock lock(_mutex);
     const auto hasReason = [this] { return _stopRequested || !_queue3d.isEmpty() || !_queue2d.isEmpty(); };
     if (!hasReason()) {
         logDebug(QStringLiteral("QUORLiveDataThread: --- GOING TO SLEEP ---"));
-        while (!hasReason()) {
-            _wakeUp.wait(&_mutex);
-        }
+        _wakeUp.wait(lock, hasReason);
         logDebug(QStringLiteral("QUORLiveDataThread: --- WAKE UP ---"));
     }
     return !_stopRequested;
 }
 
 QString QUORLiveDataThread::takeFirst(QStringList& queue) {
-    const QMutexLocker lock(&_mutex);
+    const std::lock_guard lock(_mutex);
     return queue.isEmpty() || _stopRequested ? QString() : queue.takeFirst();
 }
 

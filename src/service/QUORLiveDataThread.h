@@ -5,13 +5,13 @@
 #include "QUORDataStoreObserver.h"
 #include "QUORGeneralSettings.h"
 
-#include <QMutex>
 #include <QStringList>
 #include <QThread>
-#include <QWaitCondition>
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 
 class QUORDataStore;
 class QUOROffscreenVisualizer;
@@ -63,8 +63,8 @@ private:
     void runPass();
 
     std::atomic<bool> _stopRequested{false};
-    QMutex _mutex;
-    QWaitCondition _wakeUp;
+    std::mutex _mutex;
+    std::condition_variable _wakeUp;
     QStringList _queue3d;
     QStringList _queue2d;
     bool _active = true;
