@@ -15,7 +15,7 @@
 namespace {
 
 constexpr auto CACHE_PREFIX = "TC04";
-/// What is kept of earlier requests, some 1 MB of memory a block.
+/// What is kept of earlier requests: some 0.2 MB of memory a block, more while it is drawn.
 constexpr int MAX_SETS = 8;
 constexpr qsizetype MAX_KEPT_BLOCKS = 512;
 /// Whole degrees that one set may cover: more is a wrong header or a site at a pole.

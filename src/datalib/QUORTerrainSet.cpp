@@ -9,6 +9,7 @@
 #include <vtkAssembly.h>
 #include <vtkImageData.h>
 #include <vtkNew.h>
+#include <vtkPointData.h>
 #include <vtkPolyData.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
@@ -224,15 +225,20 @@ void QUORTerrainSet::joinBlocks() const {
     }
 }
 
+/// One actor a block. The meshes differ in points and normals only and share the rest.
 void QUORTerrainSet::makeProp() const {
     _prop = vtkSmartPointer<vtkAssembly>::New();
     vtkSmartPointer<vtkTexture> flat; // the flat tiles, often most of them, look all the same
+    vtkPolyData* first = nullptr;
     for (const QUORTerrainFile::Ptr& tile : _tiles) {
         vtkPolyData* mesh = tile->getBlock().mesh;
         if (mesh == nullptr) {
             _incompleteSinceMs = monotonicMs();
             continue;
         }
+        first = first == nullptr ? mesh : first;
+        mesh->SetStrips(first->GetStrips());
+        mesh->GetPointData()->SetTCoords(first->GetPointData()->GetTCoords());
         const vtkSmartPointer<vtkImageData> image = tile->takeTexture();
         const bool isFlat = tile->getType() == QUORTerrainFile::Empty;
         const vtkSmartPointer<vtkTexture> texture = isFlat && flat ? flat : makeTexture(image);

@@ -4,6 +4,7 @@
 #include <vtkActor.h>
 #include <vtkCamera.h>
 #include <vtkCoordinate.h>
+#include <vtkMath.h>
 #include <vtkObjectFactory.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
@@ -20,9 +21,31 @@ namespace {
 constexpr double MARKER_RADIUS = 1000.0;
 constexpr int MARKER_THETA_RESOLUTION = 12;
 constexpr int MARKER_PHI_RESOLUTION = 6;
+/// Pixels from the landmark to its name, and from the marker's edge where that is farther.
 constexpr double TEXT_OFFSET = 10.0;
+constexpr double TEXT_GAP = 3.0;
 /// Labels have 6 to 11 points: at the window's nominal 72 dots an inch nobody could read the small ones.
 constexpr double DOTS_PER_POINT = 120.0 / 72.0;
+
+/// Metres in front of the camera.
+double depthOf(const std::array<double, 3>& place, vtkCamera* camera) {
+    const double* position = camera->GetPosition();
+    const double* direction = camera->GetDirectionOfProjection();
+    double depth = 0.0;
+    for (std::size_t i = 0; i < place.size(); ++i) {
+        depth += (place[i] - position[i]) * direction[i];
+    }
+    return depth;
+}
+
+double pixelsPerMetre(const std::array<double, 3>& place, vtkRenderer* renderer) {
+    vtkCamera* camera = renderer->GetActiveCamera();
+    const double halfHeight =
+        camera->GetParallelProjection() != 0
+            ? camera->GetParallelScale()
+            : depthOf(place, camera) * std::tan(vtkMath::RadiansFromDegrees(0.5 * camera->GetViewAngle()));
+    return 0.5 * renderer->GetSize()[1] / halfHeight;
+}
 
 } // namespace
 
@@ -39,7 +62,6 @@ vtkStandardNewMacro(QUORLandmarkLabel)
     WorldCoordinate->SetCoordinateSystemToWorld();
     PositionCoordinate->SetCoordinateSystemToDisplay();
     PositionCoordinate->SetReferenceCoordinate(WorldCoordinate);
-    PositionCoordinate->SetValue(0.0, TEXT_OFFSET, 0.0);
     TextProperty->SetFontFamilyToTimes();
     TextProperty->BoldOn();
     TextProperty->ItalicOff();
@@ -89,51 +111,47 @@ void QUORLandmarkLabel::ShallowCopy(vtkProp* prop) {
     Modified();
 }
 
-bool QUORLandmarkLabel::IsInView(vtkViewport* viewport) const {
-    auto* renderer = vtkRenderer::SafeDownCast(viewport);
+bool QUORLandmarkLabel::IsInView(vtkRenderer* renderer) const {
     if (renderer == nullptr) {
         return false;
     }
-    vtkCamera* camera = renderer->GetActiveCamera();
-    const double* position = camera->GetPosition();
-    const double* direction = camera->GetDirectionOfProjection();
-    double depth = 0.0;
-    for (std::size_t i = 0; i < WorldPosition.size(); ++i) {
-        depth += (WorldPosition[i] - position[i]) * direction[i];
-    }
+    const double depth = depthOf(WorldPosition, renderer->GetActiveCamera());
     if (!(depth > 0.0) || !std::isfinite(depth)) {
         return false; // behind the camera a point is projected mirrored
     }
-    double x = WorldPosition[0];
-    double y = WorldPosition[1];
-    double z = WorldPosition[2];
-    renderer->WorldToView(x, y, z);
-    return std::abs(x) <= 1.0 && std::abs(y) <= 1.0;
+    std::array<double, 3> view = WorldPosition;
+    renderer->WorldToView(view[0], view[1], view[2]);
+    return std::abs(view[0]) <= 1.0 && std::abs(view[1]) <= 1.0;
 }
 
-void QUORLandmarkLabel::PlaceParts(vtkViewport* viewport) {
+void QUORLandmarkLabel::PlaceParts(vtkRenderer* renderer) {
+    const double scale = Size * 0.2 + 1.0;
+    Marker->SetPosition(WorldPosition.data());
+    Marker->SetScale(scale);
+    Marker->GetProperty()->SetColor(Color.data());
+
+    const double reach = MARKER_RADIUS * scale * pixelsPerMetre(WorldPosition, renderer);
     WorldCoordinate->SetValue(WorldPosition[0], WorldPosition[1], WorldPosition[2]);
+    PositionCoordinate->SetValue(0.0, std::max(TEXT_OFFSET, reach + TEXT_GAP), 0.0);
     TextProperty->SetFontSize(int(std::lround(Size * DOTS_PER_POINT)));
     TextProperty->SetColor(Color[0], Color[1], Color[2]);
     TextActor->SetTextProperty(TextProperty);
     TextActor->SetInput(Text.toUtf8().constData());
-    const int* position = PositionCoordinate->GetComputedDisplayValue(viewport);
+    const int* position = PositionCoordinate->GetComputedDisplayValue(renderer);
     TextActor->SetDisplayPosition(position[0], position[1]);
-    Marker->SetPosition(WorldPosition.data());
-    Marker->SetScale(Size * 0.2 + 1.0);
-    Marker->GetProperty()->SetColor(Color.data());
 }
 
 int QUORLandmarkLabel::RenderOpaqueGeometry(vtkViewport* viewport) {
-    if (!IsInView(viewport)) {
+    auto* renderer = vtkRenderer::SafeDownCast(viewport);
+    if (!IsInView(renderer)) {
         return 0;
     }
-    PlaceParts(viewport);
+    PlaceParts(renderer);
     return Marker->RenderOpaqueGeometry(viewport) + TextActor->RenderOpaqueGeometry(viewport);
 }
 
 int QUORLandmarkLabel::RenderOverlay(vtkViewport* viewport) {
-    return IsInView(viewport) ? TextActor->RenderOverlay(viewport) : 0;
+    return IsInView(vtkRenderer::SafeDownCast(viewport)) ? TextActor->RenderOverlay(viewport) : 0;
 }
 
 int QUORLandmarkLabel::RenderTranslucentPolygonalGeometry(vtkViewport* /*viewport*/) {

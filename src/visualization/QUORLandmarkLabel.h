@@ -11,13 +11,14 @@
 class vtkActor;
 class vtkCoordinate;
 class vtkPolyDataMapper;
+class vtkRenderer;
 class vtkSphereSource;
 class vtkTextActor;
 class vtkTextProperty;
 
-/// One landmark: a small sphere in the scene, drawn with the opaque geometry, and its name some pixels
-/// above it on the screen, drawn with the overlay. Both are placed anew at every render; a label behind the
-/// camera or outside the view is left out. It has no bounds, so no camera takes it into account.
+/// One landmark: a small sphere in the scene, drawn with the opaque geometry, and its name above it on the
+/// screen, drawn with the overlay. Both are placed anew at every render; a label behind the camera or outside
+/// the view is left out. It has no bounds, so no camera takes it into account.
 ///
 /// Built on the pipeline's thread, drawn and released on the main thread.
 class QUORLandmarkLabel : public vtkActor2D {
@@ -25,8 +26,8 @@ public:
     static QUORLandmarkLabel* New();
     vtkTypeMacro(QUORLandmarkLabel, vtkActor2D)
 
-        /// The marker's centre in scene metres.
-        void SetWorldPosition(double x, double y, double z);
+    /// The marker's centre in scene metres.
+    void SetWorldPosition(double x, double y, double z);
     const std::array<double, 3>& GetWorldPosition() const { return WorldPosition; }
     void SetText(const QString& text);
     QString GetText() const { return Text; }
@@ -55,8 +56,8 @@ protected:
     ~QUORLandmarkLabel() override;
 
 private:
-    bool IsInView(vtkViewport* viewport) const;
-    void PlaceParts(vtkViewport* viewport);
+    bool IsInView(vtkRenderer* renderer) const;
+    void PlaceParts(vtkRenderer* renderer);
 
     std::array<double, 3> WorldPosition{};
     QString Text;
