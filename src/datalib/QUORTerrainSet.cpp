@@ -35,8 +35,9 @@ namespace {
 constexpr int MAX_WORKERS = 8;
 constexpr auto RETRY_AFTER = std::chrono::hours(1);
 
-constexpr double AMBIENT = 0.2;
-constexpr double DIFFUSE = 0.8;
+// Dim enough for light lines and names to stand out from the sea, and for the data to outshine the ground.
+constexpr double AMBIENT = 0.1;
+constexpr double DIFFUSE = 0.5;
 
 QString translated(const char* text) {
     return QCoreApplication::translate("Datalib", text);
