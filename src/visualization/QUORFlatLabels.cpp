@@ -9,11 +9,26 @@
 #include <vtkProperty.h>
 #include <vtkVectorText.h>
 
-QUORFlatLabels::QUORFlatLabels(QUOR2DLayerActor& layer, const QUORStyleGroup::Color& color, double scale)
-    : _layer(layer), _scale(scale), _property(vtkSmartPointer<vtkProperty>::New()) {
-    _property->SetColor(color[0], color[1], color[2]);
-    _property->SetOpacity(1.0);
-    _property->LightingOff();
+namespace {
+
+vtkSmartPointer<vtkProperty> makeProperty(const QUORStyleGroup::Color& color) {
+    auto property = vtkSmartPointer<vtkProperty>::New();
+    property->SetColor(color[0], color[1], color[2]);
+    property->SetOpacity(1.0);
+    property->LightingOff();
+    return property;
+}
+
+} // namespace
+
+QUORFlatLabels::QUORFlatLabels(QUOR2DLayerActor& layer, const QUORStyleGroup& style, double scale)
+    : _layer(layer), _scale(scale), _property(makeProperty(style.color("label/color"))) {
+    const double haloWidth = style.number("label/halo/width");
+    if (haloWidth <= 0.0)
+        return;
+    _haloProperty = makeProperty(style.color("label/halo/color"));
+    _haloProperty->SetRepresentationToWireframe();
+    _haloProperty->SetLineWidth(static_cast<float>(2.0 * haloWidth));
 }
 
 QUORFlatLabels::~QUORFlatLabels() = default;
@@ -34,9 +49,15 @@ QUORFlatLabels::Size QUORFlatLabels::measure() const {
 }
 
 void QUORFlatLabels::addAt(double x, double y) {
+    if (_haloProperty)
+        addActor(_haloProperty, x, y);
+    addActor(_property, x, y);
+}
+
+void QUORFlatLabels::addActor(vtkProperty* property, double x, double y) {
     vtkNew<vtkActor> label;
     label->SetMapper(_mapper);
-    label->SetProperty(_property);
+    label->SetProperty(property);
     label->SetScale(_scale, _scale, 1.0);
     label->SetPosition(x, y, 0.0);
     _layer.AddPart(label);

@@ -12,7 +12,8 @@ class vtkPolyDataMapper;
 class vtkProperty;
 
 /// Adds texts that lie flat in the scene to a layer actor: one geometry a text, shared by the actors that
-/// show it, and one property for all of them. Used while its layer is being built.
+/// show it, and one property for all of them. A halo, where the style asks for one, sets them off from light
+/// and dark ground alike: the letters' edges, drawn wide under each label. Used while a layer is being built.
 class QUORFlatLabels {
 public:
     /// Extents of a text's geometry, before the scale.
@@ -21,8 +22,9 @@ public:
         double height = 0.0;
     };
 
-    /// `scale` is the size in the scene of one unit of the text geometry, about a letter's height.
-    QUORFlatLabels(QUOR2DLayerActor& layer, const QUORStyleGroup::Color& color, double scale);
+    /// `style` holds "label/color", "label/halo/color" and "label/halo/width"; `scale` is the size in the
+    /// scene of one unit of the text geometry, about a letter's height.
+    QUORFlatLabels(QUOR2DLayerActor& layer, const QUORStyleGroup& style, double scale);
     ~QUORFlatLabels();
     QUORFlatLabels(const QUORFlatLabels&) = delete;
     QUORFlatLabels& operator=(const QUORFlatLabels&) = delete;
@@ -34,8 +36,12 @@ public:
     void addAt(double x, double y);
 
 private:
+    void addActor(vtkProperty* property, double x, double y);
+
     QUOR2DLayerActor& _layer;
     double _scale;
     vtkSmartPointer<vtkProperty> _property;
+    /// Null without a halo.
+    vtkSmartPointer<vtkProperty> _haloProperty;
     vtkSmartPointer<vtkPolyDataMapper> _mapper;
 };

@@ -20,11 +20,13 @@ namespace {
 
 constexpr QUORElementTexts TEXTS{"QUORLatLonGridElement", "Creating new  visualization.", true, true};
 
-constexpr std::array<QUORStyleGroup::Row, 4> STYLE{{
+constexpr std::array<QUORStyleGroup::Row, 6> STYLE{{
     {"line/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
     {"line/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
     {"label/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
     {"label/size", QUORStyleGroup::Kind::Length, {10000.0}},
+    {"label/halo/color", QUORStyleGroup::Kind::Color, {0.0, 0.0, 0.0}},
+    {"label/halo/width", QUORStyleGroup::Kind::HaloWidth, {0.0}},
 }};
 
 constexpr int MINIMUM_DEGREES = 4;
@@ -201,7 +203,7 @@ void QUORLatLonGridElement::createVTK() {
 
     auto layer = vtkSmartPointer<QUOR2DLayerActor>::New();
     const double scale = _style.number("label/size");
-    QUORFlatLabels labels(*layer, _style.color("label/color"), scale);
+    QUORFlatLabels labels(*layer, _style, scale);
     GridBuilder grid(*projection, area, labels, scale);
     grid.addParallels();
     grid.addMeridians();

@@ -19,11 +19,13 @@ namespace {
 
 constexpr QUORElementTexts TEXTS{"QUORRadarRingsElement", "Creating new  visualization.", true, true};
 
-constexpr std::array<QUORStyleGroup::Row, 4> STYLE{{
+constexpr std::array<QUORStyleGroup::Row, 6> STYLE{{
     {"line/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
     {"line/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
     {"label/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
     {"label/size", QUORStyleGroup::Kind::Length, {10000.0}},
+    {"label/halo/color", QUORStyleGroup::Kind::Color, {0.0, 0.0, 0.0}},
+    {"label/halo/width", QUORStyleGroup::Kind::HaloWidth, {0.0}},
 }};
 
 constexpr std::array<double, 4> RING_FRACTIONS{1.0, 0.75, 0.5, 0.25};
@@ -102,7 +104,7 @@ void QUORRadarRingsElement::addLabels(QUOR2DLayerActor& layer, double unit) cons
     const double range = _params->getRange();
     const double scale = _style.number("label/size") / LABEL_SIZE_DIVISOR * unit * range;
     const QString suffix = QLatin1String(_params->isMetricUnits() ? "km" : "NM");
-    QUORFlatLabels labels(layer, _style.color("label/color"), scale);
+    QUORFlatLabels labels(layer, _style, scale);
     for (const double fraction : RING_FRACTIONS) {
         const double radius = fraction * range;
         labels.setText(QString::number(static_cast<int>(radius / 1000.0)) + suffix);

@@ -20,6 +20,8 @@ Range rangeOf(QUORStyleGroup::Kind kind) {
     switch (kind) {
     case QUORStyleGroup::Kind::LineWidth:
         return {0.01, 64.0, false};
+    case QUORStyleGroup::Kind::HaloWidth:
+        return {0.0, 16.0, false};
     case QUORStyleGroup::Kind::Length:
         return {0.01, 1.0e6, false};
     case QUORStyleGroup::Kind::FontSize:

@@ -23,6 +23,7 @@ public:
         Color,     ///< three keys, ending in "/r", "/g" and "/b"; clamped to 0..1
         Opacity,   ///< clamped to 0..1
         LineWidth, ///< pixels, up to 64
+        HaloWidth, ///< pixels, 0 for none to 16
         Length,    ///< scene metres, up to 1,000,000
         FontSize,  ///< points, 1 to 200
     };

@@ -131,12 +131,22 @@ TEST_F(QUORRadarRingsElementTest, ShowsNothingWithoutASensibleRadius) {
 }
 
 TEST_F(QUORRadarRingsElementTest, TakesItsStyleFromTheFile) {
-    ScratchHome::writeSettings("QUOR3DVisStyles.conf",
-                               "[RADARRINGS_DAY]\nline\\color\\r=0.75\nline\\width=2.5\n"
-                               "label\\color\\g=0.9\nlabel\\size=20000\n");
+    const QByteArray style = "[RADARRINGS_DAY]\nline\\color\\r=0.75\nline\\width=2.5\n"
+                             "label\\color\\g=0.9\nlabel\\size=20000\n";
+    ScratchHome::writeSettings("QUOR3DVisStyles.conf", style);
     update(makeRecord(80000.0, true));
     EXPECT_DOUBLE_EQ(actors().at(0)->GetProperty()->GetColor()[0], 0.75);
     EXPECT_FLOAT_EQ(actors().at(0)->GetProperty()->GetLineWidth(), 2.5F);
     EXPECT_DOUBLE_EQ(actors().at(1)->GetProperty()->GetColor()[1], 0.9);
     EXPECT_NEAR(actors().at(1)->GetScale()[0], 4000.0, 1e-6);
+
+    ScratchHome::writeSettings("QUOR3DVisStyles.conf", style + "label\\halo\\width=1.5\n");
+    element.invalidate();
+    update(makeRecord(80000.0, true));
+    ASSERT_EQ(actors().size(), 17U);
+    vtkActor* halo = actors()[1];
+    EXPECT_EQ(halo->GetProperty()->GetRepresentation(), VTK_WIREFRAME);
+    EXPECT_FLOAT_EQ(halo->GetProperty()->GetLineWidth(), 3.0F);
+    EXPECT_EQ(halo->GetMapper(), actors()[2]->GetMapper());
+    EXPECT_DOUBLE_EQ(halo->GetPosition()[0], actors()[2]->GetPosition()[0]);
 }
