@@ -12,7 +12,6 @@
 #include <EGL/egl.h>
 
 #include <array>
-#include <string_view>
 
 vtkStandardNewMacro(QUOREglRenderWindow)
 
@@ -137,14 +136,5 @@ int QUOREglRenderWindow::SupportsOpenGL() {
 }
 
 vtkTypeBool QUOREglRenderWindow::IsDirect() {
-    if (!this->SupportsOpenGL()) {
-        return 0;
-    }
-    const std::string_view name = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
-    for (const std::string_view software : {"llvmpipe", "softpipe", "swrast", "Software"}) {
-        if (name.find(software) != std::string_view::npos) {
-            return 0;
-        }
-    }
-    return 1;
+    return this->SupportsOpenGL();
 }

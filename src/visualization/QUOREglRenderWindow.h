@@ -23,7 +23,7 @@ public:
     bool IsCurrent() override;
     /// 1 when a context stands or could be made.
     int SupportsOpenGL() override;
-    /// 1 when a graphics card draws, 0 for a software rasteriser.
+    /// 1 with a context: no display server stands between it and the driver.
     vtkTypeBool IsDirect() override;
     void OpenGLInitContext() override;
 

@@ -179,7 +179,8 @@ bool QUOROffscreenVisualizer::provideWindow(QString& error) {
     if (_window == nullptr) {
         return false;
     }
-    QUOR3DVisualElement::setHardwareRendering(_window->IsDirect() != 0);
+    _hardware = QUORRenderWindowFactory::isHardware(_window);
+    QUOR3DVisualElement::setHardwareRendering(_hardware);
     _windowDescription = QUORRenderWindowFactory::describe(_window);
     _interactor = vtkSmartPointer<vtkGenericRenderWindowInteractor>::New();
     _interactor->SetRenderWindow(_window);
@@ -241,7 +242,7 @@ void QUOROffscreenVisualizer::prepareWindow() {
         _window->SetSize(width, height);
         _interactor->SetSize(width, height);
     }
-    logDebug(QStringLiteral("Hardware acceleration: ") + QString::number(_window->IsDirect()));
+    logDebug(QStringLiteral("Hardware acceleration: ") + QString::number(_hardware ? 1 : 0));
     logDebug(QStringLiteral("OpenGL extension manager ") + _windowDescription);
 }
 

@@ -84,5 +84,6 @@ private:
     vtkSmartPointer<vtkOpenGLRenderWindow> _window;
     vtkSmartPointer<vtkGenericRenderWindowInteractor> _interactor;
     std::unique_ptr<QUORRenderer> _renderer;
+    bool _hardware = false;
     QString _windowDescription;
 };

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <vtkCallbackCommand.h>
@@ -32,22 +33,23 @@ void provideShaderCache() {
     qputenv("MESA_SHADER_CACHE_DIR", QFile::encodeName(cache));
 }
 
-/// True when the named X display answers and knows OpenGL: the window's own code aborts where it does not.
-bool hasUsableXDisplay() {
-    Display* display = qEnvironmentVariableIsEmpty("DISPLAY") ? nullptr : XOpenDisplay(nullptr);
-    if (display == nullptr) {
-        return false;
+/// The X display that the environment names, when it answers and knows OpenGL: the window's own code ends
+/// the process where it does not. Kept open, since a server may restart when its last client leaves.
+Display* findXDisplay() {
+    static Display* display = nullptr;
+    if (display == nullptr && !qEnvironmentVariableIsEmpty("DISPLAY")) {
+        display = XOpenDisplay(nullptr);
     }
     int opcode = 0;
     int event = 0;
     int error = 0;
-    const bool usable = XQueryExtension(display, "GLX", &opcode, &event, &error);
-    XCloseDisplay(display);
-    return usable;
+    const bool usable = display != nullptr && XQueryExtension(display, "GLX", &opcode, &event, &error);
+    return usable ? display : nullptr;
 }
 
-vtkSmartPointer<vtkOpenGLRenderWindow> createXWindow() {
+vtkSmartPointer<vtkOpenGLRenderWindow> createXWindow(Display* display) {
     vtkNew<vtkXOpenGLRenderWindow> window;
+    window->SetDisplayId(display);
     // With an observer of this event, a context that cannot be made is reported instead of aborting.
     vtkNew<vtkCallbackCommand> ignored;
     window->AddObserver(vtkCommand::ExitEvent, ignored);
@@ -70,13 +72,20 @@ vtkSmartPointer<vtkOpenGLRenderWindow> QUORRenderWindowFactory::create(QString& 
         }
         error = QStringLiteral("EGL gives no OpenGL 3.2 context");
     }
-    if (!hasUsableXDisplay()) {
+    Display* display = findXDisplay();
+    if (display == nullptr) {
         error += QStringLiteral("; no X display with OpenGL either");
         return nullptr;
     }
-    vtkSmartPointer<vtkOpenGLRenderWindow> window = createXWindow();
+    vtkSmartPointer<vtkOpenGLRenderWindow> window = createXWindow(display);
     error = window != nullptr ? QString() : error + QStringLiteral("; the X display gives no context either");
     return window;
+}
+
+bool QUORRenderWindowFactory::isHardware(vtkOpenGLRenderWindow* window) {
+    static const QRegularExpression software(QStringLiteral("llvmpipe|softpipe|swrast|software"),
+                                             QRegularExpression::CaseInsensitiveOption);
+    return window->IsDirect() != 0 && !describe(window).contains(software);
 }
 
 QString QUORRenderWindowFactory::describe(vtkOpenGLRenderWindow* window) {

@@ -15,6 +15,9 @@ namespace QUORRenderWindowFactory {
 /// would end the process.
 vtkSmartPointer<vtkOpenGLRenderWindow> create(QString& error);
 
+/// Whether a graphics card draws, and not a software rasteriser.
+bool isHardware(vtkOpenGLRenderWindow* window);
+
 /// Vendor, renderer and version lines of the window's own report, in one line.
 QString describe(vtkOpenGLRenderWindow* window);
 

@@ -276,6 +276,7 @@ TEST_F(QUOROffscreenVisualizerTest, FailuresAreSaidAndTheNextImageComes) {
     EXPECT_FALSE(QFileInfo::exists(output("missing")));
     EXPECT_TRUE(render(visualizer, frame, output("a.png")));
     EXPECT_TRUE(QFileInfo::exists(output("a.png")));
+    EXPECT_TRUE(log.contains(QStringLiteral("campos=0, 0, 112800"))) << "2.82 times 40 km";
     // A file that has changed since its header was read is refused when the scene is built.
     QFile::remove(frame->getData3d()->getPath());
     EXPECT_TRUE(render(visualizer, frame, output("b.png")));
