@@ -4,12 +4,12 @@
 #include "QUORAssert.h"
 #include "QUORCameraInteractor.h"
 #include "QUORCameraInteractorCallback.h"
+#include "QUORColorBar.h"
 #include "QUORColormap.h"
 #include "QUORCompassInteractionCallback.h"
 #include "QUORCompassRepresentation.h"
 #include "QUORDataFrame.h"
 #include "QUORDepthRange.h"
-#include "QUORDisplayState.h"
 #include "QUORFile.h"
 #include "QUORFileLeaf.h"
 #include "QUORGeneralSettings.h"
@@ -17,20 +17,20 @@
 #include "QUORLog.h"
 #include "QUORPointWidget.h"
 #include "QUORProductSettings.h"
+#include "QUORSceneParts.h"
 #include "QUORStaticSnapshot.h"
 #include "QUORStopwatch.h"
 
 #include <vtkActor.h>
 #include <vtkCamera.h>
-#include <vtkColorTransferFunction.h>
 #include <vtkCompassWidget.h>
 #include <vtkLegendBoxActor.h>
 #include <vtkLight.h>
 #include <vtkLightCollection.h>
 #include <vtkNew.h>
 #include <vtkPolyDataMapper.h>
-#include <vtkPropAssembly.h>
 #include <vtkPropCollection.h>
+#include <vtkPropAssembly.h>
 #include <vtkProperty.h>
 #include <vtkRenderWindow.h>
 #include <vtkRenderWindowInteractor.h>
@@ -84,27 +84,6 @@ vtkSmartPointer<vtkLight> makeLight(double y, double z) {
     return light;
 }
 
-/// A map has a node at the lower seam of each colour, so that its range ends where the last colour begins:
-/// the bar's range goes on to that colour's upper seam, or its labels would not fit its colours.
-void showLastColor(vtkScalarBarActor* bar, const QUORColormap& colormap) {
-    const QVector<double>& seams = colormap.getScale();
-    const int last = colormap.getNSeamsInUse() - 1;
-    vtkColorTransferFunction* map = colormap.getMap();
-    if (map == nullptr || last < 1 || last >= seams.size() || seams[last] <= map->GetRange()[1]) {
-        return;
-    }
-    vtkNew<vtkColorTransferFunction> whole;
-    whole->DeepCopy(map);
-    std::array<double, 6> node{};
-    map->GetNodeValue(map->GetSize() - 1, node.data());
-    whole->AddRGBPoint(seams[last], node[1], node[2], node[3], node[4], node[5]);
-    bar->SetLookupTable(whole);
-}
-
-bool isProduct(int layerKey) {
-    return layerKey == QUORDisplayState::PRODUCT_3D_LAYER || layerKey == QUORDisplayState::PRODUCT_2D_LAYER;
-}
-
 } // namespace
 
 QUORRenderer::QUORRenderer(vtkRenderWindow* window, QUORCameraInteractorObserver* cameraObserver,
@@ -147,7 +126,7 @@ QUORRenderer::~QUORRenderer() {
     for (vtkRenderer* renderer : {_colorScaleRenderer.Get(), _mainRenderer.Get(), _terrainRenderer.Get()}) {
         _window->RemoveRenderer(renderer);
     }
-    _shown.clear();
+    _parts.reset();
     _currentVisualization = nullptr;
 }
 
@@ -157,13 +136,10 @@ void QUORRenderer::createRenderers() {
     _mainRenderer->SetViewport(0.0, 0.0, 1.0, 1.0);
     _mainRenderer->LightFollowCameraOff();
     _mainRenderer->TwoSidedLightingOn();
-    _parts = vtkSmartPointer<vtkPropAssembly>::New();
-    _mainRenderer->AddViewProp(_parts);
     _terrainRenderer = vtkSmartPointer<vtkRenderer>::New();
     _terrainRenderer->LightFollowCameraOff();
     _terrainRenderer->InteractiveOff();
-    _terrainParts = vtkSmartPointer<vtkPropAssembly>::New();
-    _terrainRenderer->AddViewProp(_terrainParts);
+    _parts = std::make_unique<QUORSceneParts>(_terrainRenderer, _mainRenderer);
 
     logDebug(QStringLiteral("creating VTK color scale renderer.."));
     _colorScaleRenderer = vtkSmartPointer<vtkRenderer>::New();
@@ -292,10 +268,7 @@ void QUORRenderer::setInfoData(const std::shared_ptr<const QUORDataFrame>& dataF
     }
     const QUORColormap colormap(dataFrame->getProductSettings()->getColorMapName(),
                                 dataFrame->getData3d()->getFile()->getDataType(), QUORColormap::Display);
-    _colorBar = colormap.makeBar(colormap.getDataUnits(), 0.1, 0.05, 0.8, 0.95);
-    showLastColor(_colorBar, colormap);
-    // Else the title touches the first label in small pictures.
-    _colorBar->SetVerticalTitleSeparation(8);
+    _colorBar = QUORColorBar::make(colormap);
     _colorScaleRenderer->RemoveAllViewProps();
     _colorScaleRenderer->AddViewProp(_colorBar);
     updateSceneHeights(*dataFrame, settings->getVerticalScale());
@@ -316,7 +289,7 @@ void QUORRenderer::setVisualization(const QUORVisualizationPipelineItem::Ptr& it
     QUOR_ASSERT(_currentVisualization);
     QUOR_ASSERT(_currentVisualization->getResults());
     _colorScaleRenderer->RemoveAllViewProps();
-    swapParts(item->getResultParts());
+    _parts->show(item->getResultParts(), _window);
     placeSiteMarker();
     if (_pointWidget != nullptr) {
         _pointWidget->SetEnabled(_pointWidgetOn ? 1 : 0);
@@ -339,39 +312,9 @@ void QUORRenderer::setVisualization(const QUORVisualizationPipelineItem::Ptr& it
     logDebug(QStringLiteral("..action took ") + watch.seconds() + QStringLiteral(" seconds."));
 }
 
-/// Parts that are shown again keep their graphics buffers; those of the others are given back.
-void QUORRenderer::swapParts(const std::vector<QUORVisualizationPipelineItem::ResultPart>& results) {
-    for (const Part& old : _shown) {
-        const bool stays = std::any_of(results.begin(), results.end(),
-                                       [&](const auto& result) { return result.prop == old.prop; });
-        if (!stays) {
-            old.prop->ReleaseGraphicsResources(_window);
-        }
-        _terrainParts->RemovePart(old.prop);
-        _parts->RemovePart(old.prop);
-    }
-    _shown.clear();
-    for (const auto& result : results) {
-        // Drawn before everything else, which only what comes first may be.
-        const bool apart = _shown.empty() && result.layerKey == QUORDisplayState::TERRAIN_LAYER;
-        (apart ? _terrainParts : _parts)->AddPart(result.prop);
-        _shown.push_back({result.layerKey, result.prop});
-    }
-    _parts->VisibilityOn();
-    _terrainParts->VisibilityOn();
-}
-
 void QUORRenderer::removeVisualization() {
     const QUORLogScope scope("QUORRenderer::removeVisualization");
-    for (const Part& part : _shown) {
-        if (isProduct(part.layerKey)) {
-            part.prop->ReleaseGraphicsResources(_window);
-            _parts->RemovePart(part.prop);
-        }
-    }
-    std::erase_if(_shown, [](const Part& part) { return isProduct(part.layerKey); });
-    _parts->VisibilityOff();
-    _terrainParts->VisibilityOff();
+    _parts->hide(_window);
     setShown(_siteMarker, false);
     if (_pointWidget != nullptr) {
         setShown(_pointWidget->getParts(), false);
@@ -472,16 +415,8 @@ vtkRenderer* QUORRenderer::getColorScaleRenderer() const {
     return _colorScaleRenderer;
 }
 
-vtkRenderer* QUORRenderer::getTerrainRenderer() const {
-    return _terrainRenderer;
-}
-
 vtkActor* QUORRenderer::getSiteMarker() const {
     return _siteMarker;
-}
-
-vtkLegendBoxActor* QUORRenderer::getLegend() const {
-    return _legend;
 }
 
 QUORCompassRepresentation* QUORRenderer::getCompass() const {

@@ -10,7 +10,6 @@
 #include <QStringList>
 
 #include <memory>
-#include <vector>
 
 class QUORCameraInteractor;
 class QUORCameraInteractorObserver;
@@ -19,12 +18,12 @@ class QUORDataFrame;
 class QUORGeneralSettings;
 class QUORPointWidget;
 class QUORPointWidgetObserver;
+class QUORSceneParts;
 class QUORStaticSnapshot;
 class vtkActor;
 class vtkCompassWidget;
 class vtkLegendBoxActor;
 class vtkLight;
-class vtkPropAssembly;
 class vtkRenderWindow;
 class vtkRenderer;
 class vtkScalarBarActor;
@@ -34,10 +33,9 @@ class vtkSphereSource;
 /// site marker, the compass and the legend, and a small renderer with the colour bar. It owns the camera
 /// interactor and takes its colours from the styles file.
 ///
-/// One renderer lives as long as its window, because taking a prop out of a VTK renderer throws its
-/// buffers away: the props of a visualization are parts of assemblies that stay, and what a new
-/// visualization shares with the last one keeps its buffers. Terrain has a renderer of its own under the
-/// main one, whose picture is kept while it does not change.
+/// One renderer lives as long as its window: what a new visualization shares with the last one keeps its
+/// graphics buffers. Terrain has a renderer of its own under the main one, whose picture is kept while it
+/// does not change.
 ///
 /// Belongs to the thread that owns the window, and so does the death of everything that it was given to
 /// draw.
@@ -85,21 +83,12 @@ public:
     QUORCameraInteractor* getCameraInteractor() const;
     vtkRenderer* getMainRenderer() const;
     vtkRenderer* getColorScaleRenderer() const;
-    vtkRenderer* getTerrainRenderer() const;
     vtkActor* getSiteMarker() const;
-    /// Null while there are no legend lines.
-    vtkLegendBoxActor* getLegend() const;
     QStringList getLegendLines() const { return _legendLines; }
     QUORCompassRepresentation* getCompass() const;
     QUORPointWidget* getPointWidget() const;
 
 private:
-    /// A prop of the visualization and what it is a part of.
-    struct Part {
-        int layerKey;
-        vtkSmartPointer<vtkProp> prop;
-    };
-
     void createRenderers();
     void createCamera();
     void createCompass();
@@ -107,7 +96,6 @@ private:
     void createLights();
     void createSiteMarker();
     void resetModel();
-    void swapParts(const std::vector<QUORVisualizationPipelineItem::ResultPart>& results);
     void placeSiteMarker();
     void setShown(vtkProp* prop, bool shown);
     void updateSceneHeights(const QUORDataFrame& frame, double verticalScale);
@@ -137,9 +125,7 @@ private:
     QUORStyleGroup _style;
 
     vtkSmartPointer<vtkRenderer> _terrainRenderer;
-    vtkSmartPointer<vtkPropAssembly> _terrainParts;
-    vtkSmartPointer<vtkPropAssembly> _parts;
-    std::vector<Part> _shown;
+    std::unique_ptr<QUORSceneParts> _parts;
     std::unique_ptr<QUORStaticSnapshot> _snapshot;
     /// Heights between which everything of the scene lies, in scene units.
     double _lowestHeight;
