@@ -46,8 +46,10 @@ QUORLiveDataThread::QUORLiveDataThread() {
 }
 
 QUORLiveDataThread::~QUORLiveDataThread() {
-    const QUORLogScope scope("QUORLiveDataThread::~QUORLiveDataThread");
-    stop();
+    {
+        const QUORLogScope scope("QUORLiveDataThread::~QUORLiveDataThread");
+        stop();
+    }
     _jobs.reset();
     _visualizer.reset();
     _backgroundSettings.reset();

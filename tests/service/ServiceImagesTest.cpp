@@ -64,9 +64,9 @@ TEST_F(ServiceImagesTest, ADroppedFileBecomesAnImage) {
     EXPECT_EQ(QImage(_folders.image(FIRST_IMAGE)).size(), QSize(160, 120));
     EXPECT_EQ(QFile::permissions(_folders.image(FIRST_IMAGE)) & 0x777, QFile::Permissions(0x644));
     EXPECT_TRUE(_service.waitForLog(QStringLiteral("N: QUORLiveDataThread: new 3D file arrived ") + file));
+    EXPECT_EQ(_service.terminate(), 0);
     EXPECT_TRUE(_service.log().contains(
         QRegularExpression(QStringLiteral("File visualized in \\d+\\.\\d{3} seconds\\."))));
-    EXPECT_EQ(_service.terminate(), 0);
     EXPECT_EQ(images(), QStringList{FIRST_IMAGE});
 }
 
