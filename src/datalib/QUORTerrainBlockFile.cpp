@@ -25,10 +25,10 @@
 
 namespace {
 
-constexpr qint64 MAX_FILE_BYTES = 4 * 1024 * 1024;
+constexpr qint64 MAX_FILE_BYTES = 4LL * 1024 * 1024;
 constexpr int PNG_QUALITY = 80;
 constexpr int TEXTURE_SIDE = QUORTerrainBlock::TEXTURE_SIDE;
-constexpr qsizetype TEXTURE_ROW_BYTES = 3 * TEXTURE_SIDE;
+constexpr qsizetype TEXTURE_ROW_BYTES = 3LL * TEXTURE_SIDE;
 const QString TEXTURE_SUFFIX = QStringLiteral(".png");
 const QString DAMAGED = QStringLiteral("damaged, or not made for this projection");
 

@@ -107,7 +107,7 @@ void QUORLandmarkLabel::ShallowCopy(vtkProp* prop) {
         Color = other->Color;
         Size = other->Size;
     }
-    vtkProp::ShallowCopy(prop);
+    Superclass::ShallowCopy(prop);
     Modified();
 }
 
