@@ -84,9 +84,10 @@ class Service:
             ([i] for i in range(first, len(self.lines)) if text in self.lines[i][1]), None))[0]
 
     def settle(self):
-        """Until the service waits for work: it has used no processor time for half a second."""
-        before = None
-        while before != (before := self.ticks()):
+        """Until the service waits for work: it has used some processor time, and none for half a second."""
+        before = 0
+        while before == 0 or before != self.ticks():
+            before = self.ticks()
             time.sleep(0.5)
 
     def drop(self, source, key):
