@@ -196,9 +196,12 @@ QString QUORFile::getGridError() const {
     if (getItemCount() > getDataSize() / getItemSize()) {
         return QStringLiteral("the total size is smaller than the grid");
     }
-    const int typeSize = getDataType().getItemSize();
-    if (typeSize != 0 && typeSize != getItemSize()) {
+    const QUORDataType type = getDataType();
+    if (type.getItemSize() != 0 && type.getItemSize() != getItemSize()) {
         return QStringLiteral("element size and data type disagree");
+    }
+    if (!(type.getMinDisplayValue() < type.getMaxDisplayValue())) {
+        return QStringLiteral("impossible Nyquist velocity");
     }
     if (!getDataTime().isValid()) {
         return QStringLiteral("impossible data time");

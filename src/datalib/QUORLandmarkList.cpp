@@ -6,7 +6,6 @@
 
 #include <QRegularExpression>
 
-#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <limits>
@@ -18,21 +17,6 @@ const QString GROUP = QStringLiteral("LANDMARKS");
 const QString ARRAY = QStringLiteral("landmarks");
 constexpr double MISSING_ANGLE = -9999.9;
 constexpr double DEFAULT_PRIORITY = 1.0;
-
-/// Numbers of the array's entries that the file really holds, ascending: its size key may claim anything.
-std::vector<int> findEntries(QSettings& settings, int count) {
-    std::vector<int> numbers;
-    settings.beginGroup(GROUP + QLatin1Char('/') + ARRAY);
-    for (const QString& name : settings.childGroups()) {
-        const int number = name.toInt();
-        if (number >= 1 && number <= count) {
-            numbers.push_back(number);
-        }
-    }
-    settings.endGroup();
-    std::sort(numbers.begin(), numbers.end());
-    return numbers;
-}
 
 /// Read as an unsigned number: a negative one is huge.
 unsigned readPriority(const QUORSettingsReader& reader) {
@@ -88,9 +72,9 @@ void QUORLandmarkList::load() {
     reader.beginGroup(GROUP);
     const int size = reader.beginReadArray(ARRAY, std::numeric_limits<int>::max());
     QUORLog::Instance().logDebug(QStringLiteral("count=") + QString::number(size));
-    for (const int number : findEntries(reader.settings(), size)) {
-        QUORLog::Instance().logDebug(QStringLiteral("Landmark: #") + QString::number(number - 1));
-        reader.setArrayIndex(number - 1);
+    for (const int index : reader.getArrayIndexes()) {
+        QUORLog::Instance().logDebug(QStringLiteral("Landmark: #") + QString::number(index));
+        reader.setArrayIndex(index);
         if (const QUORLandmark::Ptr landmark = readLandmark(reader)) {
             _landmarks.append(landmark);
         }

@@ -101,6 +101,10 @@ void QUORBackgroundSettings::reset() {
 }
 
 void QUORBackgroundSettings::load() {
+    if (!QUORSettingsReader::isReadable(_fileName)) {
+        reset();
+        return;
+    }
     QSettings settings(_fileName, QSettings::NativeFormat);
     QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
                                  QStringLiteral(", status: ") + QString::number(int(settings.status())));

@@ -37,8 +37,8 @@ QUORProductSettings::RenderingType toType(const QString& text) {
 } // namespace
 
 QUORProductSettings::QUORProductSettings(const QString& product, const QString& configuration,
-                                         const QUORDataType& dataType) {
-    load(product, configuration, dataType);
+                                         const QUORDataType& dataType, Generated generated) {
+    load(product, configuration, dataType, generated);
 }
 
 QString QUORProductSettings::groupName() const {
@@ -65,7 +65,7 @@ void QUORProductSettings::reset(const QUORDataType* dataType) {
 }
 
 bool QUORProductSettings::load(const QString& product, const QString& configuration,
-                               const QUORDataType& dataType) {
+                               const QUORDataType& dataType, Generated generated) {
     _product = product;
     _configuration = configuration;
     reset(&dataType);
@@ -73,15 +73,20 @@ bool QUORProductSettings::load(const QString& product, const QString& configurat
         const QUORConfig::Access settings;
         QUORSettingsReader reader(*settings);
         reader.beginGroup(groupName());
+        readValues(reader);
         if (reader.contains(QUORConfig::PRODUCT_RENDERING_TYPE)) {
-            readValues(reader);
             return true;
         }
     }
     QUORLog::Instance().logDebug(QStringLiteral("QUORProductSettings::load(): Group not found: ") +
                                  groupName());
     QUORLog::Instance().logDebug(QStringLiteral("-> Generating new default rendering settings."));
-    save();
+    if (generated == Saved && dataType.getMinDisplayValue() < dataType.getMaxDisplayValue()) {
+        const QUORConfig::Access settings;
+        QUORSettingsWriter writer(*settings, groupName());
+        writeValues(writer);
+        writer.commitMissing();
+    }
     return false;
 }
 
@@ -99,14 +104,7 @@ void QUORProductSettings::readValues(QUORSettingsReader& reader) {
         QUORLogOnce::forget(subject);
     }
     _colorMapName = reader.readText(COLOR_MAP, _colorMapName);
-    _surfaces.clear();
-    const int count = reader.beginReadArray(QUORConfig::PRODUCT_SURFACE_ARRAY, MAXIMUM_SURFACES);
-    for (int i = 0; i < count; ++i) {
-        reader.setArrayIndex(i);
-        const double value = reader.readDouble(QUORConfig::PRODUCT_SURFACE_VALUE, _volumeValueLow);
-        _surfaces[value] = reader.readIntClamped(QUORConfig::PRODUCT_SURFACE_OPACITY, 100, 0, 100);
-    }
-    reader.endArray();
+    readSurfaces(reader);
     _volumeValueLow = reader.readDouble(QUORConfig::PRODUCT_VOLUME_VALUE_LOW, _volumeValueLow);
     _volumeValueHigh = reader.readDouble(QUORConfig::PRODUCT_VOLUME_VALUE_HIGH, _volumeValueHigh);
     _volumeOpacityLow = reader.readDoubleClamped(QUORConfig::PRODUCT_VOLUME_OPACITY_LOW, _volumeOpacityLow,
@@ -115,9 +113,29 @@ void QUORProductSettings::readValues(QUORSettingsReader& reader) {
                                                   0.0, MAXIMUM_OPACITY);
 }
 
+// In a group without a rendering the one default surface takes what is written of it.
+void QUORProductSettings::readSurfaces(QUORSettingsReader& reader) {
+    const bool stored = reader.contains(QUORConfig::PRODUCT_RENDERING_TYPE) ||
+                        reader.contains(QUORConfig::PRODUCT_SURFACE_ARRAY + QStringLiteral("/size"));
+    const int size = reader.beginReadArray(QUORConfig::PRODUCT_SURFACE_ARRAY, MAXIMUM_SURFACES);
+    const int count = stored ? size : 1;
+    _surfaces.clear();
+    for (int i = 0; i < count; ++i) {
+        reader.setArrayIndex(i);
+        const double value = reader.readDouble(QUORConfig::PRODUCT_SURFACE_VALUE, _volumeValueLow);
+        _surfaces[value] = reader.readIntClamped(QUORConfig::PRODUCT_SURFACE_OPACITY, 100, 0, 100);
+    }
+    reader.endArray();
+}
+
 void QUORProductSettings::save() const {
     const QUORConfig::Access settings;
     QUORSettingsWriter writer(*settings, groupName());
+    writeValues(writer);
+    writer.commit();
+}
+
+void QUORProductSettings::writeValues(QUORSettingsWriter& writer) const {
     writer.write(QUORConfig::PRODUCT_RENDERING_TYPE, renderingTypeToString());
     writer.write(COLOR_MAP, _colorMapName);
     writer.beginWriteArray(QUORConfig::PRODUCT_SURFACE_ARRAY, int(_surfaces.size()));
@@ -132,7 +150,6 @@ void QUORProductSettings::save() const {
     writer.write(QUORConfig::PRODUCT_VOLUME_VALUE_HIGH, _volumeValueHigh);
     writer.write(QUORConfig::PRODUCT_VOLUME_OPACITY_LOW, _volumeOpacityLow);
     writer.write(QUORConfig::PRODUCT_VOLUME_OPACITY_HIGH, _volumeOpacityHigh);
-    writer.commit();
 }
 
 bool QUORProductSettings::hasChanged(QUORProductSettings::CPtr other, QStringList* changes) const {

@@ -11,7 +11,8 @@ class QUORDataType;
 
 /// The stored rendering choice for one product in one configuration: surfaces or volume, the colour map,
 /// the isosurfaces and the two ends of the volume's opacity ramp. Values are display values of the
-/// product's data type. The store fills itself with the defaults of each product that is seen.
+/// product's data type. The store fills itself with the defaults of each product that is seen; what an
+/// operator wrote into a product's group stays.
 ///
 /// No lock: a record belongs to one thread; loads and saves hold the main settings file.
 class QUORProductSettings {
@@ -23,15 +24,21 @@ public:
     /// Isovalue to opacity in percent.
     using SurfaceParContainer = QMap<double, int>;
 
+    /// What becomes of generated defaults. Those of a product that nobody can draw are of no use later.
+    enum Generated { Saved, NotSaved };
+
     static const QString COLOR_MAP;
 
     /// Holds nothing of use until `reset` or `load`.
     QUORProductSettings() = default;
-    QUORProductSettings(const QString& product, const QString& configuration, const QUORDataType& dataType);
+    QUORProductSettings(const QString& product, const QString& configuration, const QUORDataType& dataType,
+                        Generated generated = Saved);
     virtual ~QUORProductSettings() = default;
 
-    /// False when the store held nothing for the product and its defaults were generated and saved.
-    bool load(const QString& product, const QString& configuration, const QUORDataType& dataType);
+    /// False when the store held no rendering for the product: defaults were generated for the keys that
+    /// are missing, and saved unless the data type has no range of values.
+    bool load(const QString& product, const QString& configuration, const QUORDataType& dataType,
+              Generated generated = Saved);
     void save() const;
     /// Defaults from the data type, or fixed ones for none; product and configuration stay.
     void reset(const QUORDataType* dataType);
@@ -53,6 +60,8 @@ public:
 private:
     QString groupName() const;
     void readValues(class QUORSettingsReader& reader);
+    void readSurfaces(class QUORSettingsReader& reader);
+    void writeValues(class QUORSettingsWriter& writer) const;
 
     QString _product;
     QString _configuration;

@@ -3,21 +3,17 @@
 
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
+#include "QUORSettingsFile.h"
 #include "QUORSystem.h"
 
-#include <QFile>
-
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <fcntl.h>
 #include <limits>
-#include <unistd.h>
 
 namespace {
 
 constexpr auto SIZE_KEY = "size";
+constexpr int MAXIMUM_ELEMENTS = 1000;
 
 /// Switches the fallbacks to packaged defaults for one look-up.
 class FallbackSwitch {
@@ -55,8 +51,8 @@ struct Number<double> {
 // The settings layer parses a section when it is asked for a key of it, and then misses keys such as
 // `list\1\x` that stand before the first section: both constructors have all sections parsed at once.
 QUORSettingsReader::QUORSettingsReader(QSettings& settings)
-    : _settings(&settings), _levels{Level{{QString()}, {}, true}} {
-    reportAccess();
+    : _settings(&settings), _levels{Level{{QString()}, {}}} {
+    isReadable(_settings->fileName());
     _settings->allKeys();
 }
 
@@ -64,8 +60,8 @@ QUORSettingsReader::QUORSettingsReader(const QString& applicationName)
     : _owned(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
                                          QUORSystem::ORGANIZATION_NAME, applicationName)),
       _settings(_owned.get()),
-      _levels{Level{{QString()}, {}, true}} {
-    reportAccess();
+      _levels{Level{{QString()}, {}}} {
+    isReadable(_settings->fileName());
     _settings->allKeys();
 }
 
@@ -75,46 +71,29 @@ QUORSettingsReader::~QUORSettingsReader() {
     }
 }
 
-// Asked of the system, because a folder that may not be searched makes a file look as if it were missing.
-void QUORSettingsReader::reportAccess() const {
-    const QString fileName = _settings->fileName();
+bool QUORSettingsReader::isReadable(const QString& fileName) {
     const QString subject = QStringLiteral("read ") + fileName;
-    const int fd = ::open(QFile::encodeName(fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd >= 0) {
-        ::close(fd);
-    }
-    if (fd >= 0 || errno == ENOENT) {
+    const QString error = QUORSettingsFile::findAccessError(fileName);
+    if (error.isEmpty()) {
         QUORLogOnce::forget(subject);
-        return;
+        return true;
     }
     QUORLogOnce::logError(subject, QStringLiteral("Settings file ") + fileName +
-                                       QStringLiteral(" cannot be read: ") +
-                                       QString::fromLocal8Bit(std::strerror(errno)));
+                                       QStringLiteral(" cannot be read: ") + error);
+    return false;
 }
 
 // The status shows only while a changed file is parsed, so this is said once for each change.
 void QUORSettingsReader::reportFormat() const {
-    QFile file(_settings->fileName());
-    const int line = file.open(QIODevice::ReadOnly) ? findBadLine(file.readAll()) : 0;
+    const QString fileName = _settings->fileName();
+    QString error;
+    const int line =
+        QUORSettingsFile::findBadLine(QUORSettingsFile::read(fileName, error).value_or(QByteArray()));
     if (line > 0) {
-        QUORLog::Instance().logWarning(QStringLiteral("Settings file ") + file.fileName() +
+        QUORLog::Instance().logWarning(QStringLiteral("Settings file ") + fileName +
                                        QStringLiteral(": line ") + QString::number(line) +
                                        QStringLiteral(" is no comment, [section] or key=value"));
     }
-}
-
-int QUORSettingsReader::findBadLine(const QByteArray& content) {
-    int number = 0;
-    for (const QByteArray& raw : content.split('\n')) {
-        ++number;
-        const QByteArray line = raw.trimmed();
-        const bool section = line.startsWith('[') && line.contains(']');
-        const bool comment = line.startsWith(';') || line.startsWith('#');
-        if (!line.isEmpty() && !section && !comment && (line.startsWith('[') || !line.contains('='))) {
-            return number;
-        }
-    }
-    return 0;
 }
 
 QStringList QUORSettingsReader::getGroupPrefixes(const QString& group) {
@@ -149,10 +128,17 @@ int QUORSettingsReader::openArray(const QString& name) {
     level.arrayPrefix = level.prefixes.constFirst();
     if (size) {
         level.arrayPrefix = size->key.chopped(int(qstrlen(SIZE_KEY)));
-        level.fallbacks = !size->inUserFile;
+        level.user = size->inUserFile;
+        level.packaged = !size->inUserFile;
+    }
+    if (!level.user && !_packaged) {
+        _packaged = makePackaged();
+        _packaged->beginGroup(_settings->group());
+        _packaged->allKeys();
     }
     level.prefixes = {level.arrayPrefix};
-    return readInt(QLatin1String(SIZE_KEY), 0);
+    level.arraySize = readInt(QLatin1String(SIZE_KEY), 0);
+    return level.arraySize;
 }
 
 int QUORSettingsReader::beginReadArray(const QString& name, int maximum) {
@@ -160,16 +146,39 @@ int QUORSettingsReader::beginReadArray(const QString& name, int maximum) {
 }
 
 int QUORSettingsReader::beginReadArray(const QString& name) {
-    const int size = openArray(name);
-    const FallbackSwitch fallbacks(*_settings, _levels.constLast().fallbacks);
-    _settings->beginGroup(_levels.constLast().arrayPrefix.chopped(1));
-    int last = 0;
-    const QStringList elements = _settings->childGroups();
-    for (const QString& element : elements) {
-        last = std::max(last, element.toInt());
+    openArray(name);
+    const Level& level = _levels.constLast();
+    const QList<int> elements = getArrayIndexes();
+    const int held = elements.isEmpty() ? 0 : elements.constLast() + 1;
+    const QString array = level.arrayPrefix.chopped(1);
+    const QString subject = QStringLiteral("elements ") + _settings->fileName() + array;
+    if (held > MAXIMUM_ELEMENTS) {
+        QUORLogOnce::logWarning(
+            subject, QStringLiteral("Settings file ") + nameFile(level.user) +
+                         QStringLiteral(": elements of ") + array + QStringLiteral(" beyond number ") +
+                         QString::number(MAXIMUM_ELEMENTS) + QStringLiteral(" do not count"));
+    } else {
+        QUORLogOnce::forget(subject);
     }
-    _settings->endGroup();
-    return std::clamp(size, 0, last);
+    return std::min(held, MAXIMUM_ELEMENTS);
+}
+
+QList<int> QUORSettingsReader::getArrayIndexes() const {
+    const Level& level = _levels.constLast();
+    QSettings& settings = level.user ? *_settings : *_packaged;
+    const FallbackSwitch fallbacks(settings, level.packaged);
+    settings.beginGroup(level.arrayPrefix.chopped(1));
+    QList<int> indexes;
+    const QStringList elements = settings.childGroups();
+    for (const QString& element : elements) {
+        const int number = element.toInt();
+        if (number >= 1 && number <= level.arraySize && element == QString::number(number)) {
+            indexes.append(number - 1);
+        }
+    }
+    settings.endGroup();
+    std::ranges::sort(indexes);
+    return indexes;
 }
 
 void QUORSettingsReader::setArrayIndex(int index) {
@@ -183,57 +192,74 @@ void QUORSettingsReader::endArray() {
 
 std::optional<QUORSettingsReader::Found> QUORSettingsReader::find(const QString& key) const {
     const Level& level = _levels.constLast();
+    QSettings& settings = level.user ? *_settings : *_packaged;
     for (const bool packaged : {false, true}) {
-        if (packaged && !(level.fallbacks && _settings->fallbacksEnabled())) {
-            break;
+        if (!(packaged ? level.packaged && _settings->fallbacksEnabled() : level.user)) {
+            continue;
         }
-        const FallbackSwitch fallbacks(*_settings, packaged);
+        const FallbackSwitch fallbacks(settings, packaged);
         for (const QString& prefix : level.prefixes) {
-            if (_settings->contains(prefix + key)) {
-                const Found found{prefix + key, _settings->value(prefix + key), !packaged};
+            if (settings.contains(prefix + key)) {
+                const Found found{prefix + key, settings.value(prefix + key), !packaged};
                 reportRivals(found, key);
                 return found;
             }
         }
     }
+    QUORLogOnce::forget(subjectOf(key));
+    QUORLogOnce::forget(rivalSubjectOf(key));
     return std::nullopt;
+}
+
+QString QUORSettingsReader::subjectOf(const QString& key) const {
+    return _settings->fileName() + QLatin1Char('\n') + _levels.constLast().prefixes.constFirst() + key;
+}
+
+QString QUORSettingsReader::rivalSubjectOf(const QString& key) const {
+    return QStringLiteral("rival ") + subjectOf(key);
 }
 
 // Who adds a section by hand beside a saved one must learn that it does not count.
 void QUORSettingsReader::reportRivals(const Found& found, const QString& key) const {
-    for (const QString& prefix : _levels.constLast().prefixes) {
-        const QString other = prefix + key;
-        if (other != found.key && _settings->contains(other) && _settings->value(other) != found.value) {
-            QUORLogOnce::logWarning(
-                QStringLiteral("rival ") + _settings->fileName() + other,
-                QStringLiteral("Settings file ") + _settings->fileName() + QStringLiteral(" sets ") + key +
-                    QStringLiteral(" twice; what stands in the section [%General] counts"));
-        }
+    const QStringList& prefixes = _levels.constLast().prefixes;
+    if (prefixes.size() == 1) {
+        return;
     }
+    const bool rivals = std::ranges::any_of(prefixes, [&](const QString& prefix) {
+        const QString other = prefix + key;
+        return other != found.key && _settings->contains(other) && _settings->value(other) != found.value;
+    });
+    if (!rivals) {
+        QUORLogOnce::forget(rivalSubjectOf(key));
+        return;
+    }
+    QUORLogOnce::logWarning(rivalSubjectOf(key),
+                            QStringLiteral("Settings file ") + _settings->fileName() +
+                                QStringLiteral(" sets ") + key +
+                                QStringLiteral(" twice; what stands in the section [%General] counts"));
 }
 
 bool QUORSettingsReader::contains(const QString& key) const {
     return find(key).has_value();
 }
 
-QString QUORSettingsReader::nameFile(const Found& found) const {
-    if (found.inUserFile) {
-        return _settings->fileName();
-    }
-    return QSettings(_settings->format(), QSettings::SystemScope, _settings->organizationName(),
-                     _settings->applicationName())
-        .fileName();
+std::unique_ptr<QSettings> QUORSettingsReader::makePackaged() const {
+    return std::make_unique<QSettings>(_settings->format(), QSettings::SystemScope,
+                                       _settings->organizationName(), _settings->applicationName());
 }
 
-void QUORSettingsReader::report(const Found& found, const QString& problem) const {
-    const QString subject = _settings->fileName() + QLatin1Char('\n') + found.key;
+QString QUORSettingsReader::nameFile(bool user) const {
+    return user ? _settings->fileName() : makePackaged()->fileName();
+}
+
+void QUORSettingsReader::report(const Found& found, const QString& key, const QString& problem) const {
     if (problem.isEmpty()) {
-        QUORLogOnce::forget(subject);
+        QUORLogOnce::forget(subjectOf(key));
         return;
     }
-    QUORLogOnce::logWarning(subject, QStringLiteral("Settings file ") + nameFile(found) +
-                                         QStringLiteral(": ") + found.key + QStringLiteral("=") +
-                                         toText(found.value).value_or(QString()) + problem);
+    QUORLogOnce::logWarning(subjectOf(key), QStringLiteral("Settings file ") + nameFile(found.inUserFile) +
+                                                QStringLiteral(": ") + found.key + QStringLiteral("=") +
+                                                toText(found.value).value_or(QString()) + problem);
 }
 
 template <class T>
@@ -245,14 +271,15 @@ T QUORSettingsReader::read(const QString& key, T fallback, T minimum, T maximum,
     const std::optional<T> value = Number<T>::parse(toText(found->value).value_or(QString()));
     const bool inRange = value && *value >= minimum && *value <= maximum;
     if (inRange) {
-        report(*found, {});
+        report(*found, key, {});
         return *value;
     }
     const T result = value && clamp ? std::clamp(*value, minimum, maximum) : fallback;
-    report(*found, (value ? QStringLiteral(" is out of range, using ")
-                          : QStringLiteral(" is not ") + QLatin1String(Number<T>::KIND) +
-                                QStringLiteral(", using the default ")) +
-                       QString::number(result));
+    report(*found, key,
+           (value ? QStringLiteral(" is out of range, using ")
+                  : QStringLiteral(" is not ") + QLatin1String(Number<T>::KIND) +
+                        QStringLiteral(", using the default ")) +
+               QString::number(result));
     return result;
 }
 
@@ -262,9 +289,10 @@ bool QUORSettingsReader::readBool(const QString& key, bool fallback) const {
         return fallback;
     }
     const std::optional<bool> value = toBool(toText(found->value).value_or(QString()));
-    report(*found, value ? QString()
-                         : QStringLiteral(" is neither true nor false, using the default ") +
-                               (fallback ? QStringLiteral("true") : QStringLiteral("false")));
+    report(*found, key,
+           value ? QString()
+                 : QStringLiteral(" is neither true nor false, using the default ") +
+                       (fallback ? QStringLiteral("true") : QStringLiteral("false")));
     return value.value_or(fallback);
 }
 
@@ -301,7 +329,7 @@ QString QUORSettingsReader::readText(const QString& key, const QString& fallback
         return fallback;
     }
     const std::optional<QString> value = toText(found->value);
-    report(*found, value ? QString() : QStringLiteral(" is not a text, using the default ") + fallback);
+    report(*found, key, value ? QString() : QStringLiteral(" is not a text, using the default ") + fallback);
     return value.value_or(fallback);
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QByteArray>
 #include <QList>
 #include <QSettings>
 #include <QString>
@@ -32,11 +31,13 @@ public:
 
     void beginGroup(const QString& name);
     void endGroup();
-    /// The stored size, cut to the last element that the file holds: what to iterate over where the
-    /// number of elements has no bound of its own.
+    /// The stored size, cut to the last element that the file holds and, with a warning, to 1000: what to
+    /// iterate over where the number of elements has no bound of its own.
     int beginReadArray(const QString& name);
     /// The stored size, cut to `maximum` and never negative.
     int beginReadArray(const QString& name, int maximum);
+    /// The indexes within the stored size, ascending, of the elements of the open array that its file holds.
+    QList<int> getArrayIndexes() const;
     /// Counts from 0 and is not bound to the size.
     void setArrayIndex(int index);
     void endArray();
@@ -63,9 +64,8 @@ public:
     static std::optional<int> toInt(const QString& text);
     static std::optional<double> toDouble(const QString& text);
 
-    /// The number, from 1, of the first line of a settings file that is no comment (";" or "#"), section or
-    /// key with its value; 0 when there is none. The settings layer takes "#" for a format error.
-    static int findBadLine(const QByteArray& content);
+    /// Whether a settings file can be read, or is missing; an error line, once, when it cannot.
+    static bool isReadable(const QString& fileName);
 
     /// The prefixes under which the keys of a top-level group may stand, the first that has a key wins.
     static QStringList getGroupPrefixes(const QString& group);
@@ -76,7 +76,9 @@ private:
     struct Level {
         QStringList prefixes;
         QString arrayPrefix; ///< of an array, without the element's number
-        bool fallbacks = true;
+        int arraySize = 0;
+        bool user = true; ///< whether the user's file counts, and whether the packaged one
+        bool packaged = true;
     };
     struct Found {
         QString key;
@@ -84,18 +86,21 @@ private:
         bool inUserFile = false;
     };
 
-    void reportAccess() const;
     void reportFormat() const;
     std::optional<Found> find(const QString& key) const;
     void reportRivals(const Found& found, const QString& key) const;
     /// The warning about a value, or its end once the value is good.
-    void report(const Found& found, const QString& problem) const;
-    QString nameFile(const Found& found) const;
+    void report(const Found& found, const QString& key, const QString& problem) const;
+    QString subjectOf(const QString& key) const;
+    QString rivalSubjectOf(const QString& key) const;
+    std::unique_ptr<QSettings> makePackaged() const;
+    QString nameFile(bool user) const;
     template <class T>
     T read(const QString& key, T fallback, T minimum, T maximum, bool clamp) const;
     int openArray(const QString& name);
 
     std::unique_ptr<QSettings> _owned;
     QSettings* _settings;
+    std::unique_ptr<QSettings> _packaged; ///< alone, for an array that comes from there
     QList<Level> _levels;
 };

@@ -3,6 +3,7 @@
 
 #include "QUORFilePublisher.h"
 #include "QUORLogOnce.h"
+#include "QUORSettingsFile.h"
 #include "QUORSettingsReader.h"
 
 #include <QDir>
@@ -20,13 +21,17 @@ namespace {
 
 // A lock that somebody keeps must not keep the reader of the settings waiting.
 constexpr int LOCK_TIMEOUT_MS = 2000;
-constexpr auto OWNER_ONLY = QFile::ReadOwner | QFile::WriteOwner;
+constexpr QFile::Permissions OWNER_ONLY = QFile::ReadOwner | QFile::WriteOwner;
 
 QVariant toVariant(const QUORSettingsWriter::Value& value) {
     return std::visit([](const auto& v) { return QVariant(v); }, value);
 }
 
-bool isSame(const QUORSettingsWriter::Value& value, const QString& stored) {
+bool isSame(const QUORSettingsWriter::Value& value, const std::optional<QString>& text) {
+    if (!text) {
+        return false;
+    }
+    const QString& stored = *text;
     if (const auto* flag = std::get_if<bool>(&value)) {
         return QUORSettingsReader::toBool(stored) == *flag;
     }
@@ -59,30 +64,22 @@ void makeNewerThan(const QString& file, const QFileInfo& previous) {
     }
 }
 
-// Comments are lost in a save in any case, and these would make a format error of the whole file.
-QByteArray withoutHashComments(const QByteArray& content) {
-    QList<QByteArray> lines = content.split('\n');
-    lines.removeIf([](const QByteArray& line) { return line.trimmed().startsWith('#'); });
-    return lines.join('\n');
-}
-
 QString copyInto(const QString& temporary, const QString& fileName) {
-    QFile source(fileName);
-    QFile target(temporary);
-    const bool exists = source.exists();
-    if (exists && !source.open(QIODevice::ReadOnly)) {
-        return source.errorString();
+    QString error;
+    const std::optional<QByteArray> content = QUORSettingsFile::read(fileName, error);
+    if (!content) {
+        return error;
     }
-    const QByteArray content = exists ? source.readAll() : QByteArray();
-    if (const int line = QUORSettingsReader::findBadLine(content); line > 0) {
+    if (const int line = QUORSettingsFile::findBadLine(*content); line > 0) {
         return QStringLiteral("it is left as it is, because its line ") + QString::number(line) +
                QStringLiteral(" cannot be understood");
     }
-    const QByteArray copy = withoutHashComments(content);
-    const bool whole =
-        target.open(QIODevice::WriteOnly) &&
-        target.setPermissions(exists ? source.permissions() : QFile::Permissions(OWNER_ONLY)) &&
-        target.write(copy) == copy.size() && target.flush();
+    const QFile source(fileName);
+    const QFile::Permissions permissions = source.exists() ? source.permissions() : OWNER_ONLY;
+    const QByteArray copy = QUORSettingsFile::withoutOddities(*content);
+    QFile target(temporary);
+    const bool whole = target.open(QIODevice::WriteOnly) && target.setPermissions(permissions) &&
+                       target.write(copy) == copy.size() && target.flush();
     return whole ? QString() : target.errorString();
 }
 
@@ -109,23 +106,57 @@ void QUORSettingsWriter::endArray() {
     _elementPrefix.clear();
 }
 
+QString QUORSettingsWriter::findArray(const QString& key) const {
+    const auto array = std::ranges::find_if(
+        _arrays, [&](const QString& name) { return key.startsWith(name + QLatin1Char('/')); });
+    return array == _arrays.cend() ? QString() : *array;
+}
+
 bool QUORSettingsWriter::isStored() const {
     QUORSettingsReader reader(_settings);
     reader.beginGroup(_group);
-    return std::ranges::all_of(_values, [&](const auto& entry) {
-        const std::optional<QString> stored = reader.findText(entry.first);
-        return stored && isSame(entry.second, *stored);
+    return std::ranges::all_of(_values, [&](const Entry& entry) {
+        const QString array = findArray(entry.first);
+        if (array.isEmpty()) {
+            return isSame(entry.second, reader.findText(entry.first));
+        }
+        reader.beginReadArray(array, 0);
+        const bool same = isSame(entry.second, reader.findText(entry.first.mid(array.size() + 1)));
+        reader.endArray();
+        return same;
     });
 }
 
+QList<QUORSettingsWriter::Entry> QUORSettingsWriter::findMissing(QSettings& settings) const {
+    QUORSettingsReader reader(settings);
+    reader.beginGroup(_group);
+    QList<Entry> missing = _values;
+    missing.removeIf([&](const Entry& entry) {
+        const QString array = findArray(entry.first);
+        return reader.contains(entry.first) ||
+               (!array.isEmpty() && reader.contains(array + QStringLiteral("/size")));
+    });
+    return missing;
+}
+
+bool QUORSettingsWriter::commitMissing() {
+    _values = findMissing(_settings);
+    _onlyMissing = true;
+    return commit();
+}
+
 bool QUORSettingsWriter::commit() {
-    if (isStored()) {
-        return true;
-    }
     const QFileInfo file(_settings.fileName());
     const QString fileName = file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
     const QString subject = QStringLiteral("save ") + fileName;
-    const QString error = store(fileName);
+    QString error;
+    // What could not be read is not known to be missing.
+    if (QUORSettingsFile::read(fileName, error)) {
+        if (isStored()) {
+            return true;
+        }
+        error = store(fileName);
+    }
     if (!error.isEmpty()) {
         QUORLogOnce::logError(subject, QStringLiteral("Settings could not be saved to ") + fileName +
                                            QStringLiteral(": ") + error);
@@ -140,7 +171,7 @@ QString QUORSettingsWriter::store(const QString& fileName) const {
     if (!makePrivateFolder(QFileInfo(fileName).path())) {
         return QString::fromLocal8Bit(std::strerror(errno));
     }
-    QLockFile lock(fileName + QStringLiteral(".lock"));
+    QLockFile lock(_settings.fileName() + QStringLiteral(".lock"));
     if (!lock.tryLock(LOCK_TIMEOUT_MS)) {
         return lock.error() == QLockFile::LockFailedError
                    ? QStringLiteral("another program keeps its lock file")
@@ -177,15 +208,17 @@ QString QUORSettingsWriter::stage(const QString& fileName) const {
 void QUORSettingsWriter::apply(QSettings& staged) const {
     const QStringList prefixes = QUORSettingsReader::getGroupPrefixes(_group);
     const QString target = prefixes.size() > 1 ? prefixes.at(1) : prefixes.constFirst();
-    for (const QString& prefix : prefixes) {
+    // Asked once more, of what nobody else can change now.
+    const QList<Entry> values = _onlyMissing ? findMissing(staged) : _values;
+    for (const QString& prefix : _onlyMissing ? QStringList() : prefixes) {
         for (const QString& array : _arrays) {
             staged.remove(prefix + array);
         }
-        for (const auto& entry : _values) {
+        for (const Entry& entry : values) {
             staged.remove(prefix + entry.first);
         }
     }
-    for (const auto& [key, value] : _values) {
+    for (const auto& [key, value] : values) {
         staged.setValue(target + key, toVariant(value));
     }
 }

@@ -12,7 +12,7 @@
 /// Saves keys and arrays of one group of a settings file. What is given is collected; `commit` writes it,
 /// and only where the file says otherwise, because a save costs a hand-written file its comments.
 ///
-/// The new content is made in a copy beside the file, under the settings layer's own lock file, and
+/// The new content is made in a copy beside the file, under the lock file of the settings layer, and
 /// published by rename: other groups and other processes' edits stay, and nothing of a failed save is kept
 /// in memory to be written over a newer edit later. A file with lines that cannot be understood is left
 /// alone. New files get mode 0600 in new folders of mode 0700. Used by one thread.
@@ -33,9 +33,16 @@ public:
 
     /// False, after one error line per file and reason, when the values could not be stored.
     bool commit();
+    /// Like `commit`, but leaves every key that is stored, whatever its value, and every stored array.
+    bool commitMissing();
 
 private:
+    using Entry = std::pair<QString, Value>;
+
     bool isStored() const;
+    QList<Entry> findMissing(QSettings& settings) const;
+    /// The array that a key belongs to, or an empty text.
+    QString findArray(const QString& key) const;
     /// An empty text when all went well, or the reason.
     QString store(const QString& fileName) const;
     QString stage(const QString& fileName) const;
@@ -46,5 +53,6 @@ private:
     QString _elementPrefix;
     QString _array;
     QStringList _arrays;
-    QList<std::pair<QString, Value>> _values;
+    QList<Entry> _values;
+    bool _onlyMissing = false;
 };

@@ -240,6 +240,9 @@ TEST_F(QUORFileTest, RefusesGridsThatCannotBeBuilt) {
         {"flattened earth", [](TestProduct& p) { p.inverseFlattening = 99000000; }},
         {"unknown projection", [](TestProduct& p) { p.projection = 7; }},
         {"latitude beyond the pole", [](TestProduct& p) { p.latitude = 120.0; }},
+        {"velocities without a wavelength", [](TestProduct& p) { p.dataType = 3, p.wavelength = 0; }},
+        {"widths without pulses", [](TestProduct& p) { p.dataType = 4, p.prf = 0; }},
+        {"negative wavelength", [](TestProduct& p) { p.dataType = 3, p.wavelength = -500; }},
         {"no time", [](TestProduct& p) { p.time = QDateTime(); }},
     };
     for (const auto& row : rows) {

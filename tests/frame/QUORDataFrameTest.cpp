@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFile>
+#include <QSettings>
 #include <QTemporaryDir>
 
 namespace {
@@ -191,10 +193,7 @@ TEST_F(QUORDataFrameTest, LoadsInOneCall) {
     const LogCapture log;
     const QUORDataFrame frame(store, SITE, MOMENT, CAPPI, Z, {}, 600, 1.0);
     EXPECT_EQ(frame.getProduct2d(), QStringLiteral("MAX")) << "the first in key order";
-    EXPECT_NEAR(
-        frame.getTerrainRange(),
-        std::hypot(frame.getData3d()->getFile()->getLengthM(), frame.getData3d()->getFile()->getWidthM()) / 2,
-        1.0);
+    EXPECT_NEAR(frame.getTerrainRange(), 169706.0, 1.0) << "half the diagonal of 240 km x 240 km";
     for (const char* line :
          {"2d product not selected -> using default.", "site: TEST", "moment: 240601120000 +/-600s",
           "product2d: MAX", "QUORDataFrame::QUORDataFrame() finished."}) {
@@ -211,28 +210,37 @@ TEST_F(QUORDataFrameTest, LoadsInOneCall) {
 }
 
 TEST_F(QUORDataFrameTest, DescribesItsProduct) {
-    write3d({});
+    TestProduct product;
+    product.yPoints = 6;
+    product.yStep = 50000;
+    write3d(product);
     const QUORDataFrame frame(makeStore(), SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0);
-    const QUORFile& file = *frame.getData3d()->getFile();
-    for (const bool metric : {true, false}) {
+    const struct {
+        bool metric;
+        QStringList legend;
+    } rows[] = {{true,
+                 {"Reflectivity, dBZ", "Sat 2024-06-01 12:00", "3.0 x 2.5 x 1.0 km",
+                  "TEST 60.0000° N, 25.0000° E, 120 m ASL"}},
+                {false,
+                 {"Reflectivity, dBZ", "Sat 2024-06-01 12:00", "1.6 x 1.3 x 0.5 NM",
+                  "TEST 60.0000° N, 25.0000° E, 394 ft ASL"}}};
+    for (const auto& row : rows) {
         const auto settings = std::make_shared<QUORGeneralSettings>();
-        settings->setMetricUnits(metric);
-        const auto km = [&](double metres) {
-            return QString::number(settings->getCorrectLengthBig(metres / 1000.0), 'f', 1);
-        };
-        const QStringList legend = frame.getLegend(settings);
-        ASSERT_EQ(legend.size(), 4);
-        EXPECT_EQ(legend.at(0), QStringLiteral("Reflectivity, dBZ"));
-        EXPECT_EQ(legend.at(1), settings->formattedTime(file.getDataTime()));
-        EXPECT_EQ(legend.at(2), km(file.getWidthM()) + QStringLiteral(" x ") + km(file.getLengthM()) +
-                                    QStringLiteral(" x ") + km(file.getHeightM()) +
-                                    (metric ? QStringLiteral(" km") : QStringLiteral(" NM")));
-        EXPECT_EQ(legend.at(3),
-                  QStringLiteral("TEST ") + file.getSiteCoordinates().toDecimalString(QUORCoordinate::Both) +
-                      (metric ? QStringLiteral(", 120 m ASL") : QStringLiteral(", 394 ft ASL")));
-        EXPECT_EQ(frame.getDataId(settings),
-                  QStringLiteral("TEST: ") + settings->formattedTime(file.getDataTime()));
+        settings->setMetricUnits(row.metric);
+        EXPECT_EQ(frame.getLegend(settings), row.legend) << row.metric;
+        EXPECT_EQ(frame.getDataId(settings), QStringLiteral("TEST: Sat 2024-06-01 12:00"));
     }
+}
+
+TEST_F(QUORDataFrameTest, StoresNoSettingsOfARefusedFile) {
+    TestProduct refused;
+    refused.projection = 7;
+    write3d(refused);
+    QUORDataFrame frame(makeStore());
+    request(frame);
+    ASSERT_TRUE(frame.updateData3d());
+    EXPECT_EQ(frame.getProductSettings()->getVolumeValueLow(), -31.5);
+    EXPECT_FALSE(QFile::exists(QSettings().fileName()));
 }
 
 TEST_F(QUORDataFrameTest, LivesWithoutDirectories) {

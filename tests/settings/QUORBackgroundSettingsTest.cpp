@@ -132,6 +132,13 @@ TEST_F(QUORBackgroundSettingsTest, SaysOnceThatItsFileCannotBeRead) {
     ASSERT_TRUE(QFile::link(path(), path()));
     settings.load();
     EXPECT_EQ(log.count(line), 2);
+    EXPECT_EQ(settings.getWidth(), 1600);
+    ASSERT_TRUE(QFile::remove(path()));
+    ASSERT_EQ(::mkfifo(qPrintable(path()), 0600), 0);
+    settings.load();
+    ASSERT_TRUE(QFile::remove(path()) && QDir().mkdir(path()));
+    settings.load();
+    EXPECT_EQ(log.count(line + QStringLiteral("it is not a regular file")), 1);
 }
 
 TEST_F(QUORBackgroundSettingsTest, FindsTheBackgroundUser) {

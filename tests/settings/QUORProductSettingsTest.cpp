@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QSettings>
 
 namespace {
@@ -55,6 +56,52 @@ TEST_F(QUORProductSettingsTest, StoresDefaultsOnFirstSight) {
     EXPECT_FALSE(settings.hasChanged(again, nullptr));
     EXPECT_EQ(again->getSurfaces(), settings.getSurfaces());
     EXPECT_EQ(again->getVolumeValueHigh(), 66.5);
+}
+
+TEST_F(QUORProductSettingsTest, AddsOnlyWhatAGroupLacks) {
+    const struct {
+        const char* name;
+        const char* lines;
+        QUORProductSettings::SurfaceParContainer surfaces;
+        double volumeLow;
+    } rows[] = {
+        {"colours", "colormap=Mine\n", {{-31.5, 100}}, -31.5},
+        {"surfaces",
+         "surface\\size=2\nsurface\\1\\isovalue=50\nsurface\\2\\isovalue=20\nsurface\\2\\opacity=30\n",
+         {{20, 30}, {50, 100}},
+         -31.5},
+        {"a surface without a size", "surface\\1\\isovalue=20\n", {{20, 100}}, -31.5},
+        {"volume", "volumevaluelow=5\n", {{-31.5, 100}}, 5},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const ScratchHome home;
+        write(QString::fromLatin1(row.lines));
+        const QString first = QString::fromLatin1(row.lines).section(QLatin1Char('\n'), 0, 0);
+        for (const bool stored : {false, true}) {
+            const LogCapture log;
+            QUORProductSettings settings;
+            EXPECT_EQ(settings.load(CAPPI, Z, REFLECTIVITY), stored);
+            EXPECT_EQ(log.count(QStringLiteral("Group not found: PRODUCT CAPPI Z")), stored ? 0 : 1);
+            EXPECT_EQ(settings.getSurfaces(), row.surfaces);
+            EXPECT_EQ(settings.getVolumeValueLow(), row.volumeLow);
+            EXPECT_EQ(settings.getVolumeValueHigh(), 66.5);
+        }
+        QFile file(QSettings().fileName());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QString content = QString::fromUtf8(file.readAll());
+        EXPECT_TRUE(content.contains(first)) << qPrintable(content);
+        EXPECT_TRUE(content.contains(QStringLiteral("rendering=surface"))) << qPrintable(content);
+    }
+}
+
+TEST_F(QUORProductSettingsTest, StoresNoDefaultsOfWhatCannotBeDrawn) {
+    QUORProductSettings settings;
+    EXPECT_FALSE(settings.load(CAPPI, Z, REFLECTIVITY, QUORProductSettings::NotSaved));
+    EXPECT_EQ(settings.getVolumeValueLow(), -31.5);
+    EXPECT_FALSE(settings.load(CAPPI, QStringLiteral("V"), QUORDataType(3, 1000, 0, 0, 0)));
+    EXPECT_FALSE(settings.load(CAPPI, QStringLiteral("V"), QUORDataType(3, 1000, 0, -500, 0)));
+    EXPECT_FALSE(QFile::exists(QSettings().fileName()));
 }
 
 TEST_F(QUORProductSettingsTest, ReadsSurfaces) {

@@ -73,11 +73,25 @@ TEST(QUORSettingsReaderTest, ReadsHandWrittenValues) {
 
 TEST(QUORSettingsReaderTest, WarnsAgainWhenAValueTurnsBadAgain) {
     const LogCapture log;
-    for (const char* text : {"size=big", "size=big", "size=1600", "size=big"}) {
+    for (const char* text :
+         {"size=big", "size=big", "size=1600", "size=big", "other=1", "size=big", "size=big"}) {
         ScratchHome::writeSettings(QStringLiteral("Again.conf"), QString::fromLatin1(text));
         QUORSettingsReader(QStringLiteral("Again")).readInt(QStringLiteral("size"), 1);
     }
-    EXPECT_EQ(log.count(QStringLiteral("size=big is not a whole number, using the default 1")), 2);
+    EXPECT_EQ(log.count(QStringLiteral("size=big is not a whole number, using the default 1")), 3);
+}
+
+TEST(QUORSettingsReaderTest, WarnsAgainAboutARivalThatIsBack) {
+    const LogCapture log;
+    const QString twice = QStringLiteral("[GENERAL]\nkey=a\n[%General]\nkey=b\n");
+    for (const QString& text :
+         {twice, twice, QStringLiteral("[GENERAL]\nkey=a\n"), twice, QString(), twice}) {
+        ScratchHome::writeSettings(QStringLiteral("Rival.conf"), text);
+        QUORSettingsReader reader(QStringLiteral("Rival"));
+        reader.beginGroup(QStringLiteral("GENERAL"));
+        reader.readText(QStringLiteral("key"), {});
+    }
+    EXPECT_EQ(log.count(QStringLiteral("sets key twice")), 3);
 }
 
 TEST(QUORSettingsReaderTest, KeepsNumbersInTheirRange) {
@@ -123,8 +137,9 @@ TEST(QUORSettingsReaderTest, FindsTheGeneralGroupInEveryForm) {
 TEST(QUORSettingsReaderTest, TakesAnArrayFromOneFile) {
     writePackaged(QStringLiteral("[%General]\nkey=packaged\nonly=packaged\n[A]\n"
                                  "a\\size=2\na\\1\\x=10\na\\2\\x=20\nb\\size=1\nb\\1\\x=30\n"));
-    ScratchHome::writeSettings(QStringLiteral("Packaged.conf"),
-                               QStringLiteral("key=user\n[A]\na\\size=2\na\\1\\x=1\n"));
+    ScratchHome::writeSettings(
+        QStringLiteral("Packaged.conf"),
+        QStringLiteral("key=user\n[A]\na\\size=2\na\\1\\x=1\nb\\1\\x=99\nb\\2\\x=99\n"));
     QUORSettingsReader reader(QStringLiteral("Packaged"));
     const QString x = QStringLiteral("x");
     reader.beginGroup(QStringLiteral("GENERAL"));
@@ -138,9 +153,11 @@ TEST(QUORSettingsReaderTest, TakesAnArrayFromOneFile) {
     reader.setArrayIndex(1);
     EXPECT_EQ(reader.readInt(x, -1), -1) << "an element of another file";
     reader.endArray();
-    EXPECT_EQ(reader.beginReadArray(QStringLiteral("b"), 4), 1);
+    EXPECT_EQ(reader.beginReadArray(QStringLiteral("b")), 1);
     reader.setArrayIndex(0);
-    EXPECT_EQ(reader.readInt(x, -1), 30);
+    EXPECT_EQ(reader.readInt(x, -1), 30) << "not the user's, who has no size";
+    reader.setArrayIndex(1);
+    EXPECT_EQ(reader.readInt(x, -1), -1);
     reader.endArray();
     reader.endGroup();
 }
@@ -149,12 +166,14 @@ TEST(QUORSettingsReaderTest, BoundsArraysByWhatTheFileHolds) {
     ScratchHome::writeSettings(QStringLiteral("Bounds.conf"),
                                QStringLiteral("huge\\size=2000000000\nhuge\\1\\x=1\nhuge\\3\\x=3\n"
                                               "less\\size=1\nless\\1\\x=1\nless\\2\\x=2\n"
-                                              "negative\\size=-5\nnegative\\1\\x=1\n"));
+                                              "negative\\size=-5\nnegative\\1\\x=1\n"
+                                              "stray\\size=2000000000\nstray\\2000000\\x=1\n"));
     const struct {
         const char* name;
         int held;
         int cut;
-    } rows[] = {{"huge", 3, 2}, {"less", 1, 1}, {"negative", 0, 0}, {"missing", 0, 0}};
+    } rows[] = {{"huge", 3, 2}, {"less", 1, 1}, {"negative", 0, 0}, {"missing", 0, 0}, {"stray", 1000, 2}};
+    const LogCapture log;
     QUORSettingsReader reader(QStringLiteral("Bounds"));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -163,6 +182,9 @@ TEST(QUORSettingsReaderTest, BoundsArraysByWhatTheFileHolds) {
         EXPECT_EQ(reader.beginReadArray(QString::fromLatin1(row.name), 2), row.cut);
         reader.endArray();
     }
+    EXPECT_EQ(reader.beginReadArray(QStringLiteral("stray")), 1000);
+    EXPECT_EQ(reader.getArrayIndexes(), QList<int>{1999999});
+    EXPECT_EQ(log.count(QStringLiteral("Bounds.conf: elements of stray beyond number 1000 do not count")), 1);
 }
 
 } // namespace

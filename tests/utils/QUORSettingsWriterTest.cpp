@@ -2,6 +2,7 @@
 #include "QUORSettingsWriter.h"
 
 #include "LogCapture.h"
+#include "ScratchHome.h"
 
 #include <gtest/gtest.h>
 
@@ -119,7 +120,7 @@ TEST_F(QUORSettingsWriterTest, SparesFilesThatItDoesNotUnderstand) {
         const char* line;
     } rows[] = {{"[MINE]\nkey=1\na line of prose\n", "3"},
                 {"[MINE]\nkey=1\n; a\n[OPEN\n", "4"},
-                {"\xEF\xBB\xBF[MINE]\nkey=1\n", "1"}};
+                {"[MINE]\nkey=1, \\\n 2\n\nprose\n", "5"}};
     for (const auto& row : rows) {
         put(row.text);
         const LogCapture log;
@@ -130,11 +131,64 @@ TEST_F(QUORSettingsWriterTest, SparesFilesThatItDoesNotUnderstand) {
         EXPECT_EQ(log.count(QStringLiteral("because its line ") + line), 1);
         EXPECT_EQ(log.count(path() + QStringLiteral(": line ") + line + QStringLiteral(" is no comment")), 1);
     }
-    put("[MINE]\n# key=0 is off\n# how many\nkey=1\n");
+    put("\xEF\xBB\xBF[MINE]\n# key=0 is off\n# how many\nkey=1\nlist=a, \\\n# b\n");
     const LogCapture log;
     EXPECT_TRUE(save(GROUP, KEY, 2));
-    EXPECT_EQ(content(), "[MINE]\nkey=2\n");
+    EXPECT_EQ(content(), "[MINE]\nkey=2\nlist=a, # b\n");
     EXPECT_FALSE(log.contains(QStringLiteral("W: ")));
+}
+
+TEST_F(QUORSettingsWriterTest, AddsWhatIsMissing) {
+    put("[MINE]\nkey=mine\nlist\\size=1\nbare\\1\\x=7\n");
+    QSettings settings(path(), QSettings::NativeFormat);
+    QUORSettingsWriter writer(settings, GROUP);
+    writer.write(KEY, QStringLiteral("default"));
+    writer.write(QStringLiteral("more"), 1);
+    for (const char* name : {"list", "bare"}) {
+        writer.beginWriteArray(QString::fromLatin1(name), 1);
+        writer.setArrayIndex(0);
+        writer.write(QStringLiteral("x"), 2);
+        writer.write(QStringLiteral("y"), 3);
+        writer.endArray();
+    }
+    // Behind the back of the living object.
+    put("[MINE]\nkey=mine\nlist\\size=1\nbare\\1\\x=7\nmore=yes\n");
+    EXPECT_TRUE(writer.commitMissing());
+    EXPECT_EQ(content(), "[MINE]\nbare\\1\\x=7\nbare\\1\\y=3\nbare\\size=1\nkey=mine\n"
+                         "list\\size=1\nmore=yes\n");
+}
+
+TEST_F(QUORSettingsWriterTest, StoresArraysThatOnlySeemStored) {
+    const QString name = QStringLiteral("OnlySeems");
+    const QString folder = QFile::decodeName(qgetenv("XDG_CONFIG_DIRS")) + QStringLiteral("/QUOR");
+    QDir().mkpath(folder);
+    QFile packaged(folder + QLatin1Char('/') + name + QStringLiteral(".conf"));
+    ASSERT_TRUE(packaged.open(QIODevice::WriteOnly));
+    packaged.write("[MINE]\nlist\\size=1\nlist\\1\\x=5\n");
+    packaged.close();
+    ScratchHome::writeSettings(name + QStringLiteral(".conf"), QStringLiteral("[MINE]\nlist\\1\\x=7\n"));
+    for (const int value : {5, 7}) {
+        QSettings settings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("QUOR"), name);
+        QUORSettingsWriter writer(settings, GROUP);
+        writer.beginWriteArray(QStringLiteral("list"), 1);
+        writer.setArrayIndex(0);
+        writer.write(QStringLiteral("x"), value);
+        writer.endArray();
+        EXPECT_TRUE(writer.commit());
+        settings.setFallbacksEnabled(false);
+        EXPECT_EQ(settings.contains(QStringLiteral("MINE/list/size")), value == 7);
+    }
+}
+
+TEST_F(QUORSettingsWriterTest, WritesNothingInPlaceOfWhatCannotBeRead) {
+    ASSERT_TRUE(QDir().mkpath(path()));
+    const LogCapture log;
+    EXPECT_FALSE(save(GROUP, KEY, 2));
+    EXPECT_FALSE(save(GROUP, KEY, 2));
+    EXPECT_EQ(log.count(QStringLiteral("E: Settings could not be saved to ") + path() +
+                        QStringLiteral(": it is not a regular file")),
+              1);
+    EXPECT_TRUE(QFileInfo(path()).isDir());
 }
 
 TEST_F(QUORSettingsWriterTest, ForgetsAFailedSave) {
@@ -168,6 +222,11 @@ TEST_F(QUORSettingsWriterTest, WritesThroughALink) {
     put("[MINE]\nkey=1\n");
     ASSERT_TRUE(QFile::rename(path(), path(QStringLiteral("a/real.conf"))));
     ASSERT_TRUE(QFile::link(path(QStringLiteral("a/real.conf")), path()));
+    {
+        QLockFile lock(path() + QStringLiteral(".lock"));
+        ASSERT_TRUE(lock.lock());
+        EXPECT_FALSE(save(GROUP, KEY, 2)) << "the name that the settings layer locks";
+    }
     EXPECT_TRUE(save(GROUP, KEY, 2));
     EXPECT_TRUE(QFileInfo(path()).isSymLink());
     EXPECT_EQ(content(), "[MINE]\nkey=2\n");

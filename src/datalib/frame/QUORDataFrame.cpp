@@ -126,9 +126,11 @@ void QUORDataFrame::updateProductSettings() {
     }
     logDebug(QStringLiteral("Loading product settings.."));
     _productSettings.reset();
-    _productSettings =
-        std::make_shared<QUORProductSettings>(_activeData3d->getProduct(), _activeData3d->getConfiguration(),
-                                              _activeData3d->getFile()->getDataType());
+    const QUORFile& file = *_activeData3d->getFile();
+    const auto generated =
+        file.getGridError().isEmpty() ? QUORProductSettings::Saved : QUORProductSettings::NotSaved;
+    _productSettings = std::make_shared<QUORProductSettings>(
+        _activeData3d->getProduct(), _activeData3d->getConfiguration(), file.getDataType(), generated);
 }
 
 void QUORDataFrame::updateDataRest() {

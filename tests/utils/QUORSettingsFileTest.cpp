@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "QUORSettingsFile.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+namespace {
+
+TEST(QUORSettingsFileTest, ReadsAllOrNothing) {
+    const QTemporaryDir dir;
+    const QString pipe = dir.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(::mkfifo(qPrintable(pipe), 0600), 0);
+    const QString kernel = QStringLiteral("/proc/self/");
+    const struct {
+        const char* name;
+        QString path;
+        bool good;
+    } rows[] = {
+        {"missing", dir.filePath(QStringLiteral("none")), true},
+        {"folder", dir.path(), false},
+        {"pipe", pipe, false},
+        {"input/output error", kernel + QStringLiteral("mem"), false},
+        {"another size than the file's", kernel + QStringLiteral("status"), false},
+    };
+    for (const auto& row : rows) {
+        QString error;
+        EXPECT_EQ(QUORSettingsFile::read(row.path, error).has_value(), row.good) << row.name;
+        EXPECT_EQ(error.isEmpty(), row.good) << row.name;
+    }
+}
+
+/// The settings layer must read every key of what is no bad line.
+TEST(QUORSettingsFileTest, AgreesWithTheSettingsLayer) {
+    const QByteArray mark = "\xEF\xBB\xBF";
+    const struct {
+        QByteArray text;
+        int badLine;
+        QByteArray kept;
+        QString key;
+        QString value;
+    } rows[] = {
+        {mark + "[A]\nk=1\n", 0, "[A]\nk=1\n", "A/k", "1"},
+        {mark + "k=1\n", 0, "k=1\n", "k", "1"},
+        {"[A]\nk=a \\\n b \\\r\n c\nz=3\n", 0, "[A]\nk=a \\\n b \\\r\n c\nz=3\n", "A/k", "a  b  c"},
+        {"[A]\nk=\"a\n# b\"\n", 0, "[A]\nk=\"a\n# b\"\n", "A/k", "a\n# b"},
+        {"[A]\nk=1;say \"\n; \"\n#\nz=2\n", 0, "[A]\nk=1;say \"\n; \"\nz=2\n", "A/z", "2"},
+        {"[A]\n; a \\\nprose\nk=1\n", 3, {}, "A/k", "1"},
+        {"[A]\nk=a \\\n b\nprose\n", 4, {}, "A/k", "a  b"},
+        {"[A]\n# c:\\dir\\\nk=1\n", 2, {}, "A/k", {}},
+        {"[A\nk=1\n", 1, {}, "A/k", "1"},
+    };
+    const QTemporaryDir dir;
+    int number = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text.constData());
+        EXPECT_EQ(QUORSettingsFile::findBadLine(row.text), row.badLine);
+        QFile file(dir.filePath(QString::number(++number)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(row.text);
+        file.close();
+        const QSettings settings(file.fileName(), QSettings::NativeFormat);
+        EXPECT_EQ(settings.value(row.key).toString(), row.value);
+        if (row.badLine == 0) {
+            EXPECT_EQ(QUORSettingsFile::withoutOddities(row.text), row.kept);
+        }
+    }
+}
+
+} // namespace
