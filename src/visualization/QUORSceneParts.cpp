@@ -29,7 +29,8 @@ void QUORSceneParts::show(const std::vector<ResultPart>& parts, vtkWindow* windo
     for (const ResultPart& old : _shown) {
         const bool stays = std::any_of(parts.begin(), parts.end(),
                                        [&](const ResultPart& part) { return part.prop == old.prop; });
-        if (!stays) {
+        // Terrain comes back with its site, and is released when its set is given up.
+        if (!stays && old.layerKey != QUORDisplayState::TERRAIN_LAYER) {
             old.prop->ReleaseGraphicsResources(window);
         }
         remove(old);

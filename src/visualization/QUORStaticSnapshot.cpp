@@ -23,7 +23,15 @@
 #include <vtkTexture.h>
 #include <vtk_glew.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
+
+/// A copy each for the sites that take turns, as far as the memory allows.
+constexpr std::size_t MOST_COPIES = 6;
+constexpr std::size_t MOST_BYTES = 96U << 20U;
+constexpr std::size_t BYTES_PER_PIXEL = 8;
 
 void addNumbers(QDataStream& key, const double* values, int count) {
     for (int i = 0; i < count; ++i) {
@@ -126,47 +134,67 @@ vtkOpenGLRenderWindow* QUORStaticSnapshot::window() const {
 void QUORStaticSnapshot::prepare() {
     _wantedKey = makeKey(_statics);
     const int* size = window()->GetSize();
-    if (_kept != nullptr && (_wantedKey.isEmpty() || size[0] != _size[0] || size[1] != _size[1])) {
+    if (size[0] != _size[0] || size[1] != _size[1]) {
         drop();
+        _size = {size[0], size[1]};
+    }
+    const auto found =
+        std::find_if(_kept.begin(), _kept.end(), [this](const Copy& copy) { return copy.key == _wantedKey; });
+    if (found != _kept.end()) {
+        std::rotate(_kept.begin(), found, std::next(found));
     }
     _statics->SetDraw(!isValid());
 }
 
 void QUORStaticSnapshot::drop() {
-    if (_kept != nullptr && window() != nullptr) {
-        _kept->ReleaseGraphicsResources(window());
-    }
-    _kept = nullptr;
-    _heldKey.clear();
+    keepAtMost(0);
+}
+
+bool QUORStaticSnapshot::isValid() const {
+    return !_wantedKey.isEmpty() && !_kept.empty() && _kept.front().key == _wantedKey;
 }
 
 void QUORStaticSnapshot::onRestStarts() {
     if (isValid()) {
-        copy(_kept, window()->GetRenderFramebuffer());
-    } else if (!_wantedKey.isEmpty() && provideFramebuffer()) {
-        copy(window()->GetRenderFramebuffer(), _kept);
-        _heldKey = _wantedKey;
+        copy(_kept.front().buffers, window()->GetRenderFramebuffer());
+        return;
+    }
+    if (_wantedKey.isEmpty()) {
+        return;
+    }
+    if (auto buffers = takeFramebuffer()) {
+        copy(window()->GetRenderFramebuffer(), buffers);
+        _kept.insert(_kept.begin(), {_wantedKey, buffers});
     }
 }
 
-bool QUORStaticSnapshot::provideFramebuffer() {
-    if (_kept != nullptr) {
-        return true;
+void QUORStaticSnapshot::keepAtMost(std::size_t count) {
+    while (_kept.size() > count) {
+        if (window() != nullptr) {
+            _kept.back().buffers->ReleaseGraphicsResources(window());
+        }
+        _kept.pop_back();
     }
-    const int* size = window()->GetSize();
-    auto kept = vtkSmartPointer<vtkOpenGLFramebufferObject>::New();
-    kept->SetContext(window());
+}
+
+vtkSmartPointer<vtkOpenGLFramebufferObject> QUORStaticSnapshot::takeFramebuffer() {
+    const std::size_t bytes = std::max<std::size_t>(1, std::size_t(_size[0]) * _size[1] * BYTES_PER_PIXEL);
+    const std::size_t most = std::clamp<std::size_t>(MOST_BYTES / bytes, 1, MOST_COPIES);
+    if (_kept.size() >= most) {
+        const vtkSmartPointer<vtkOpenGLFramebufferObject> oldest = _kept[most - 1].buffers;
+        keepAtMost(most);
+        _kept.pop_back();
+        return oldest;
+    }
+    auto buffers = vtkSmartPointer<vtkOpenGLFramebufferObject>::New();
+    buffers->SetContext(window());
     vtkOpenGLState* state = window()->GetState();
     state->PushFramebufferBindings();
     // The formats of the window's own buffers: a copy of depth needs the same on both sides.
     const bool complete =
-        kept->PopulateFramebuffer(size[0], size[1], true, 1, VTK_UNSIGNED_CHAR, true, 32, 0);
+        buffers->PopulateFramebuffer(_size[0], _size[1], true, 1, VTK_UNSIGNED_CHAR, true, 32, 0);
     state->PopFramebufferBindings();
-    if (complete) {
-        _kept = kept;
-        _size = {size[0], size[1]};
-    }
-    return complete;
+    return complete ? buffers : nullptr;
 }
 
 void QUORStaticSnapshot::copy(vtkOpenGLFramebufferObject* from, vtkOpenGLFramebufferObject* to) {

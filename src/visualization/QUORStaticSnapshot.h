@@ -6,6 +6,8 @@
 #include <QByteArray>
 
 #include <array>
+#include <cstddef>
+#include <vector>
 
 class vtkCallbackCommand;
 class vtkOpenGLFramebufferObject;
@@ -16,7 +18,8 @@ class vtkRenderer;
 /// `rest` draws over it and keeps colour and depth. After the first has drawn, both buffers are copied to a
 /// framebuffer of our own; while nothing changes that its pixels depend on (geometry, textures, places,
 /// camera with its near and far plane, lights, background, window size), later images copy them back and
-/// leave the first renderer out. The pixels are those of a full drawing.
+/// leave the first renderer out. The pixels are those of a full drawing. A few copies are kept, the last
+/// used ones, so that sites which take turns all find theirs; their memory is bounded.
 ///
 /// Owned by whoever owns the renderers; the window must have its last render behind it when this dies.
 /// Main thread only. Without multisampling, which a copy of depth would not survive.
@@ -29,23 +32,29 @@ public:
 
     /// Before each render, when camera and props are as they will be drawn.
     void prepare();
-    /// Gives the copy and its memory back.
+    /// Gives the copies and their memory back.
     void drop();
     /// True when the next render copies instead of drawing.
-    bool isValid() const { return !_heldKey.isEmpty() && _heldKey == _wantedKey; }
+    bool isValid() const;
 
 private:
+    struct Copy {
+        QByteArray key;
+        vtkSmartPointer<vtkOpenGLFramebufferObject> buffers;
+    };
+
     void onRestStarts();
     vtkOpenGLRenderWindow* window() const;
-    bool provideFramebuffer();
+    void keepAtMost(std::size_t count);
+    /// Null when the window can give none; the oldest copy's when there are enough.
+    vtkSmartPointer<vtkOpenGLFramebufferObject> takeFramebuffer();
     void copy(vtkOpenGLFramebufferObject* from, vtkOpenGLFramebufferObject* to);
 
     vtkRenderer* _statics;
     vtkRenderer* _rest;
     vtkSmartPointer<vtkCallbackCommand> _starter;
     unsigned long _starterTag = 0;
-    vtkSmartPointer<vtkOpenGLFramebufferObject> _kept;
+    std::vector<Copy> _kept; ///< last used first
     std::array<int, 2> _size{};
-    QByteArray _heldKey;
     QByteArray _wantedKey;
 };

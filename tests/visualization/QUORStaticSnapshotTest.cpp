@@ -142,3 +142,33 @@ TEST_F(QUORStaticSnapshotTest, WhatChangesThePixelsIsDrawnAnew) {
         EXPECT_EQ(image(20.0), fresh) << row.name;
     }
 }
+
+TEST_F(QUORStaticSnapshotTest, PartsThatTakeTurnsAreDrawnOnceEach) {
+    const auto show = [this](const vtkSmartPointer<vtkActor>& next) {
+        _part->RemovePart(_plane);
+        _part->RemovePart(_other);
+        _part->AddPart(next);
+        return image(15.0);
+    };
+    show(_plane); // brings the pipeline up to date, which is a change
+    const auto plane = show(_plane);
+    const auto other = show(_other);
+    EXPECT_NE(plane, other);
+    const int before = _drawn;
+    for (int turn = 0; turn < 3; ++turn) {
+        EXPECT_EQ(show(_plane), plane);
+        EXPECT_EQ(show(_other), other);
+    }
+    EXPECT_EQ(_drawn, before);
+
+    // More views than are kept: memory stays bounded, and the first one is drawn anew, as it was.
+    vtkCamera* camera = _rest->GetActiveCamera();
+    const double azimuth = 7.0;
+    for (int view = 0; view < 12; ++view) {
+        camera->Azimuth(azimuth);
+        image(15.0);
+    }
+    camera->SetPosition(0.0, 0.0, 9.0);
+    const auto fresh = image(15.0);
+    EXPECT_EQ(image(15.0), fresh);
+}
