@@ -8,9 +8,8 @@ QUOR2DTop::QUOR2DTop(const QString& path) : QUORDirTop(path) {
     QUORDirTop::refresh();
 }
 
-QUOR2DTop::QUOR2DTop(const QString& path, const QStringList& names, QStringList& unfinished)
-    : QUORDirTop(path) {
-    unfinished = scan(names);
+QUOR2DTop::QUOR2DTop(const QString& path, const QStringList& names, LeftOut& leftOut) : QUORDirTop(path) {
+    leftOut = scan(names);
 }
 
 bool QUOR2DTop::filter(QUORFile::CPtr file) const {

@@ -11,8 +11,8 @@ public:
 
     /// Scans the directory.
     explicit QUOR2DTop(const QString& path);
-    /// Takes in the files of a listing; `unfinished` receives those that are still being written.
-    QUOR2DTop(const QString& path, const QStringList& names, QStringList& unfinished);
+    /// Takes in the files of a listing.
+    QUOR2DTop(const QString& path, const QStringList& names, LeftOut& leftOut);
 
     bool filter(QUORFile::CPtr file) const override;
 

@@ -14,9 +14,8 @@ QUOR3DTop::QUOR3DTop(const QString& path) : QUORDirTop(path) {
     QUORDirTop::refresh();
 }
 
-QUOR3DTop::QUOR3DTop(const QString& path, const QStringList& names, QStringList& unfinished)
-    : QUORDirTop(path) {
-    unfinished = scan(names);
+QUOR3DTop::QUOR3DTop(const QString& path, const QStringList& names, LeftOut& leftOut) : QUORDirTop(path) {
+    leftOut = scan(names);
 }
 
 bool QUOR3DTop::filter(QUORFile::CPtr file) const {

@@ -30,6 +30,23 @@ void logAdding(const QUORFile& file) {
     }
 }
 
+/// What the file is by itself.
+QUORDirTop::Result stateOf(const QUORFile& file) {
+    switch (file.getStatus()) {
+    case QUORFile::Valid:
+        return QUORDirTop::ResultOk;
+    case QUORFile::Incomplete:
+        return QUORDirTop::ResultIncomplete;
+    case QUORFile::NoData:
+        return QUORDirTop::ResultNoData;
+    case QUORFile::NotReadable:
+        return QUORDirectoryListing::hasVanished(file.getPath()) ? QUORDirTop::ResultInvalid
+                                                                 : QUORDirTop::ResultNotReadable;
+    default:
+        return QUORDirTop::ResultInvalid;
+    }
+}
+
 std::vector<QUORDirectory::Ptr> matching(const QUORDirectory::Children& children,
                                          const QUORWildcard& pattern) {
     std::vector<QUORDirectory::Ptr> nodes;
@@ -75,17 +92,23 @@ void QUORDirTop::refresh() {
     }
 }
 
-QStringList QUORDirTop::scan(const QStringList& names) {
+QUORDirTop::LeftOut QUORDirTop::scan(const QStringList& names) {
     Children sites;
     ByName byName;
-    QStringList unfinished;
+    LeftOut leftOut;
     for (const QString& name : names) {
         const auto file = std::make_shared<const QUORFile>(resolve(name));
-        if (file->isValid() && filter(file)) {
+        const Result state = stateOf(*file);
+        if (state == ResultInvalid) {
+            leftOut.discarded.append(name);
+        } else if (state != ResultOk) {
+            leftOut.unfinished.append(name);
+        } else if (filter(file)) {
             logAdding(*file);
-            insert(sites, byName, file);
-        } else if (file->getStatus() == QUORFile::Incomplete || file->getStatus() == QUORFile::NoData) {
-            unfinished.append(name);
+            const QUORFile::CPtr present = insert(sites, byName, file)->getFile();
+            if (present != file) {
+                leftOut.duplicates.insert(name, present->getName());
+            }
         }
     }
     {
@@ -94,28 +117,24 @@ QStringList QUORDirTop::scan(const QStringList& names) {
         _byName.swap(byName);
     }
     release(sites);
-    return unfinished;
+    return leftOut;
 }
 
-QUORDirTop::Result QUORDirTop::addFile(const QString& name, const QStringList& leaving, QString* replaced) {
+QUORDirTop::Result QUORDirTop::addFile(const QString& name, const QStringList& leaving, QString* other) {
     const auto file = std::make_shared<const QUORFile>(resolve(name));
-    switch (file->getStatus()) {
-    case QUORFile::Valid:
-        return addValid(file, leaving, replaced);
-    case QUORFile::Incomplete:
-        logDebug(QStringLiteral("NOT ADDED: INCOMPLETE ") + file->getPath());
-        return ResultIncomplete;
-    case QUORFile::NoData:
-        logDebug(QStringLiteral("NOT ADDED: NO DATA ") + file->getPath());
-        return ResultNoData;
-    default:
-        logDebug(QStringLiteral("NOT ADDED: INVALID ") + file->getPath());
-        return ResultInvalid;
+    const Result state = stateOf(*file);
+    if (state == ResultOk) {
+        return addValid(file, leaving, other);
     }
+    const QString reason = state == ResultIncomplete ? QStringLiteral("INCOMPLETE ")
+                           : state == ResultNoData   ? QStringLiteral("NO DATA ")
+                                                     : QStringLiteral("INVALID ");
+    logDebug(QStringLiteral("NOT ADDED: ") + reason + file->getPath());
+    return state;
 }
 
 QUORDirTop::Result QUORDirTop::addValid(const QUORFile::CPtr& file, const QStringList& leaving,
-                                        QString* replaced) {
+                                        QString* other) {
     if (!filter(file)) {
         logDebug(QStringLiteral("NOT ADDED: DATA FILE OF WRONG TYPE ") + file->getPath());
         return ResultWrongType;
@@ -123,14 +142,14 @@ QUORDirTop::Result QUORDirTop::addValid(const QUORFile::CPtr& file, const QStrin
     QUORFileLeaf::Ptr present = insertOrFind(file, nullptr);
     if (present) {
         const QString name = present->getFile()->getName();
+        if (other != nullptr) {
+            *other = name;
+        }
         if (!leaving.contains(name) && !QUORDirectoryListing::hasVanished(present->getPath())) {
             logDebug(QStringLiteral("NOT ADDED: DATA FILE IS DUPLICATE ") + file->getPath());
             return ResultDuplicate;
         }
         insertOrFind(file, present);
-        if (replaced != nullptr) {
-            *replaced = name;
-        }
     }
     logAdding(*file);
     return ResultOk;
@@ -168,7 +187,7 @@ void QUORDirTop::addToAllLevels(QUORFile::CPtr file) {
     insert(_children, _byName, file);
 }
 
-void QUORDirTop::insert(Children& sites, ByName& byName, const QUORFile::CPtr& file) {
+QUORFileLeaf::Ptr QUORDirTop::insert(Children& sites, ByName& byName, const QUORFile::CPtr& file) {
     QUORDirectory::Ptr& site = sites[file->getSite()];
     if (!site) {
         site = makeChild(file->getSite(), nullptr);
@@ -180,6 +199,7 @@ void QUORDirTop::insert(Children& sites, ByName& byName, const QUORFile::CPtr& f
     if (leaf->getFile() == file) {
         byName.insert(file->getName(), leaf);
     }
+    return leaf;
 }
 
 void QUORDirTop::remove(const QUORFileLeaf::Ptr& leaf) {

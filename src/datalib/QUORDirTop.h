@@ -5,6 +5,7 @@
 #include "QUORFileLeaf.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QMultiHash>
 #include <QStringList>
 
@@ -33,7 +34,16 @@ public:
         ResultNoData = 2,     ///< nothing written yet
         ResultIncomplete = 3, ///< still being written
         ResultDuplicate = 4,  ///< the tree has that site, product, configuration and time
-        ResultInvalid = 5     ///< no readable product; nothing to remove
+        ResultInvalid = 5,    ///< no product or not to be opened; nothing to remove
+        ResultNotReadable = 6 ///< exists, but cannot be read at the moment
+    };
+
+    /// The files of a listing that are not in the tree, besides products of other kinds.
+    struct LeftOut {
+        QStringList unfinished; ///< still being written, or not readable at the moment
+        QStringList discarded;  ///< no product or not to be opened
+        /// Duplicates, each with the name of the file that has its place.
+        QHash<QString, QString> duplicates;
     };
 
     /// Absolute.
@@ -42,8 +52,8 @@ public:
     virtual bool filter(QUORFile::CPtr file) const = 0;
     /// Drops everything and scans the directory again; searches see the old tree until the new one stands.
     virtual void refresh();
-    /// Drops everything and takes in the files of that listing. Returns those that are still being written.
-    QStringList scan(const QStringList& names);
+    /// Drops everything and takes in the files of that listing.
+    LeftOut scan(const QStringList& names);
     /// The directory exists.
     bool isValid() const override;
     void printSelf() const override;
@@ -52,8 +62,9 @@ public:
     QUORDirectory::Ptr findChildByName(const QString& name) const override;
 
     /// Adds the file of that name, relative to the directory or absolute. A duplicate takes the place of a
-    /// leaf whose file has gone from the disk or is named in `leaving`; `replaced` then names that file.
-    Result addFile(const QString& name, const QStringList& leaving = {}, QString* replaced = nullptr);
+    /// leaf whose file has gone from the disk or is named in `leaving`. Of a duplicate, `other` names the
+    /// file that was replaced or, when the result says so, that has its place.
+    Result addFile(const QString& name, const QStringList& leaving = {}, QString* other = nullptr);
     Result removeFile(const QString& name);
     void addToAllLevels(QUORFile::CPtr file);
 
@@ -92,9 +103,10 @@ private:
     QUORFileLeaf::Ptr leafAt(const QString& site, const QString& product, const QString& configuration,
                              const QString& time) const;
     QUORFileLeaf::Ptr leafNamed(const QString& fileName) const;
-    Result addValid(const QUORFile::CPtr& file, const QStringList& leaving, QString* replaced);
+    Result addValid(const QUORFile::CPtr& file, const QStringList& leaving, QString* other);
     QUORFileLeaf::Ptr insertOrFind(const QUORFile::CPtr& file, const QUORFileLeaf::Ptr& giveWay);
-    void insert(Children& sites, ByName& byName, const QUORFile::CPtr& file);
+    /// The leaf for the file, which holds another one when the file is a duplicate.
+    QUORFileLeaf::Ptr insert(Children& sites, ByName& byName, const QUORFile::CPtr& file);
     void remove(const QUORFileLeaf::Ptr& leaf);
     void visit(const QUORWildcard& site, const QUORWildcard& product, const QUORWildcard& configuration,
                const Visitor& visitor) const;

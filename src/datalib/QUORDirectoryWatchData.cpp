@@ -17,6 +17,9 @@
 namespace {
 
 constexpr int MOST_RETRIES = 10;
+/// A directory full of other files costs so many lines, and one more for the rest.
+constexpr int MOST_DISCARD_LINES = 20;
+const QString DISCARDED = QStringLiteral("INCOMING FILE DISCARDED: (INVALID OR NO PERMISSIONS): ");
 
 void logDebug(const QString& text) {
     QUORLog::Instance().logDebug(text);
@@ -34,7 +37,17 @@ QStringList difference(const QStringList& first, const QStringList& second) {
 }
 
 bool isUnfinished(QUORDirTop::Result result) {
-    return result == QUORDirTop::ResultNoData || result == QUORDirTop::ResultIncomplete;
+    return result == QUORDirTop::ResultNoData || result == QUORDirTop::ResultIncomplete ||
+           result == QUORDirTop::ResultNotReadable;
+}
+
+void logDiscarded(const QStringList& names) {
+    for (const QString& name : names.mid(0, MOST_DISCARD_LINES)) {
+        logWarning(DISCARDED + name);
+    }
+    if (const qsizetype rest = names.size() - MOST_DISCARD_LINES; rest > 0) {
+        logWarning(DISCARDED + QString::number(rest) + QStringLiteral(" more files"));
+    }
 }
 
 } // namespace
@@ -48,11 +61,7 @@ void QUORDirectoryWatchData::initialize(const QString& path) {
     _path = path.isEmpty() ? path : QDir(path).absolutePath();
     const QUORDirectoryListing listing(_path);
     _snapshot = listing.getNames();
-    QStringList unfinished;
-    _tree = dirFactory(_snapshot, unfinished);
-    for (const QString& name : std::as_const(unfinished)) {
-        wait(name);
-    }
+    scan();
     _gone = listing.isGone();
     _valid = _tree && !_gone;
     if (_valid) {
@@ -63,12 +72,31 @@ void QUORDirectoryWatchData::initialize(const QString& path) {
     }
 }
 
-QUORDirTop::Ptr QUORDirectoryWatchData::dirFactory(const QStringList& names, QStringList& unfinished) const {
+void QUORDirectoryWatchData::scan() {
+    // As before the files are read, so that a change during the scan is seen as one.
+    QHash<QString, Stamp> stamps;
+    for (const QString& name : std::as_const(_snapshot)) {
+        stamps.insert(name, stampOf(name));
+    }
+    QUORDirTop::LeftOut leftOut;
+    _tree = dirFactory(_snapshot, leftOut);
+    for (const QString& name : std::as_const(leftOut.unfinished)) {
+        wait(name);
+    }
+    for (const QString& name : std::as_const(leftOut.discarded)) {
+        discard(name, stamps.value(name), !QUORFile::canBeRead(pathOf(name)));
+    }
+    logDiscarded(leftOut.discarded);
+    _duplicates = leftOut.duplicates;
+}
+
+QUORDirTop::Ptr QUORDirectoryWatchData::dirFactory(const QStringList& names,
+                                                   QUORDirTop::LeftOut& leftOut) const {
     switch (_type) {
     case Directory3d:
-        return std::make_shared<QUOR3DTop>(_path, names, unfinished);
+        return std::make_shared<QUOR3DTop>(_path, names, leftOut);
     case Directory2d:
-        return std::make_shared<QUOR2DTop>(_path, names, unfinished);
+        return std::make_shared<QUOR2DTop>(_path, names, leftOut);
     }
     return nullptr;
 }
@@ -162,21 +190,29 @@ void QUORDirectoryWatchData::refresh() {
 
 QUORDirTop::Result QUORDirectoryWatchData::addToTree(const QString& name) {
     const Stamp stamp = stampOf(name);
-    QString replaced;
-    const QUORDirTop::Result result = _tree->addFile(name, _removedNames, &replaced);
-    if (!replaced.isEmpty()) {
-        _replaced.insert(replaced);
+    QString other;
+    const QUORDirTop::Result result = _tree->addFile(name, _removedNames, &other);
+    if (result == QUORDirTop::ResultDuplicate) {
+        _duplicates.insert(name, other);
+    } else if (!other.isEmpty()) {
+        _replaced.insert(other);
     }
     if (result == QUORDirTop::ResultInvalid) {
-        _discarded.insert(name, stamp);
+        discard(name, stamp, !QUORFile::canBeRead(pathOf(name)));
     }
     return result;
 }
 
 void QUORDirectoryWatchData::addFilesToDir() {
+    _addedNames = addAll(_addedNames);
+}
+
+/// Returns those that are in the tree now.
+QStringList QUORDirectoryWatchData::addAll(const QStringList& names) {
     QStringList added;
     QStringList unfinished;
-    for (const QString& name : std::as_const(_addedNames)) {
+    QStringList discarded;
+    for (const QString& name : names) {
         logDebug(QStringLiteral("ADD: TRYING TO ADD ") + name);
         const QUORDirTop::Result result = addToTree(name);
         if (result == QUORDirTop::ResultOk) {
@@ -188,13 +224,14 @@ void QUORDirectoryWatchData::addFilesToDir() {
         } else if (result == QUORDirTop::ResultDuplicate) {
             logWarning(QStringLiteral("INCOMING FILE DISCARDED (DUPLICATE):  ") + name);
         } else {
-            logWarning(QStringLiteral("INCOMING FILE DISCARDED: (INVALID OR NO PERMISSIONS): ") + name);
+            discarded.append(name);
         }
     }
-    _addedNames = added;
+    logDiscarded(discarded);
     for (const QString& name : std::as_const(unfinished)) {
         wait(name);
     }
+    return added;
 }
 
 void QUORDirectoryWatchData::removeFilesFromDir() {
@@ -208,8 +245,28 @@ void QUORDirectoryWatchData::removeFilesFromDir() {
         }
         stopWaiting(name);
         _discarded.remove(name);
+        _duplicates.remove(name);
     }
     _removedNames = removed;
+    _addedNames += addAll(takeDuplicatesOf(removed));
+}
+
+QStringList QUORDirectoryWatchData::takeDuplicatesOf(const QStringList& names) {
+    if (names.isEmpty() || _duplicates.isEmpty()) {
+        return {};
+    }
+    const QSet<QString> holders(names.begin(), names.end());
+    QStringList duplicates;
+    for (auto entry = _duplicates.cbegin(); entry != _duplicates.cend(); ++entry) {
+        if (holders.contains(entry.value())) {
+            duplicates.append(entry.key());
+        }
+    }
+    std::sort(duplicates.begin(), duplicates.end());
+    for (const QString& name : std::as_const(duplicates)) {
+        _duplicates.remove(name);
+    }
+    return duplicates;
 }
 
 void QUORDirectoryWatchData::doRetries() {
@@ -247,7 +304,9 @@ bool QUORDirectoryWatchData::retryFile(QUORDirWatchRetryItem& item) {
     }
     if (exhausted) {
         logWarning(QStringLiteral("TOO MANY RETRIES, FILE DISCARDED: ") + name);
-        _discarded.insert(name, stamp);
+        if (isUnfinished(result)) {
+            discard(name, stamp, result == QUORDirTop::ResultNotReadable);
+        }
     }
     return isUnfinished(result) && !exhausted;
 }
@@ -284,10 +343,15 @@ void QUORDirectoryWatchData::stopWaiting(const QString& name) {
     }
 }
 
+void QUORDirectoryWatchData::discard(const QString& name, const Stamp& stamp, bool unreadable) {
+    _discarded.insert(name, {stamp, unreadable});
+}
+
 bool QUORDirectoryWatchData::reconsiderDiscarded() {
     QStringList changed;
     for (auto entry = _discarded.cbegin(); entry != _discarded.cend(); ++entry) {
-        if (stampOf(entry.key()) != entry.value()) {
+        if (stampOf(entry.key()) != entry->stamp ||
+            (entry->unreadable && QUORFile::canBeRead(pathOf(entry.key())))) {
             changed.append(entry.key());
         }
     }

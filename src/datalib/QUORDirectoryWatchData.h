@@ -84,7 +84,14 @@ private:
         bool operator==(const Stamp&) const = default;
     };
 
-    QUORDirTop::Ptr dirFactory(const QStringList& names, QStringList& unfinished) const;
+    /// A file that was given up.
+    struct Discarded {
+        Stamp stamp;
+        bool unreadable = false;
+    };
+
+    QUORDirTop::Ptr dirFactory(const QStringList& names, QUORDirTop::LeftOut& leftOut) const;
+    void scan();
     bool revive();
     void noteListing(const QUORDirectoryListing& listing);
     QString pathOf(const QString& name) const;
@@ -94,6 +101,9 @@ private:
     void wait(const QString& name);
     void setWaiting(QList<QUORDirWatchRetryItem::Ptr> items);
     void stopWaiting(const QString& name);
+    QStringList addAll(const QStringList& names);
+    QStringList takeDuplicatesOf(const QStringList& names);
+    void discard(const QString& name, const Stamp& stamp, bool unreadable);
     bool reconsiderDiscarded();
 
     const DirectoryType _type;
@@ -112,9 +122,11 @@ private:
     std::atomic<bool> _listingFailed{false};
     /// Files whose place in the tree a duplicate took before their removal was seen.
     QSet<QString> _replaced;
-    /// Unreadable or unfinished files that were given up, with what they were like then: when a check finds
-    /// them changed they wait again.
-    QHash<QString, Stamp> _discarded;
+    /// Duplicates, each with the name of the file that has its place: tried again when that one is removed.
+    QHash<QString, QString> _duplicates;
+    /// Unreadable or unfinished files that were given up: when a check finds them changed, or readable again,
+    /// they wait again.
+    QHash<QString, Discarded> _discarded;
     bool _gone = false;
     bool _unreadableNamesLogged = false;
     std::atomic<int> _notifications{0};

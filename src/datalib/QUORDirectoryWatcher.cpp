@@ -164,18 +164,19 @@ void QUORDirectoryWatcher::run() {
 QUORDirectoryWatchData::Ptr QUORDirectoryWatcher::waitForWork() {
     std::unique_lock lock(_mutex);
     while (_running) {
-        if (_data->isDirty() || _data->isRetry()) {
-            return _data;
-        }
+        // The deadlines first: a directory that is dirty all the time must not put them off.
         const Clock::time_point now = Clock::now();
         if (now >= _checkAt) {
             _checkAt = now + _timing.check;
             _data->markForCheck();
-        } else if (now >= _retryAt) {
+        }
+        if (now >= _retryAt) {
             _retryAt = Clock::time_point::max();
             lock.unlock();
             retryTimerExpired();
             lock.lock();
+        } else if (_data->isDirty() || _data->isRetry()) {
+            return _data;
         } else {
             _sleeping = true;
             logDebug(QStringLiteral("QUORDirectoryWatcher: Directories clean - going to sleep"));

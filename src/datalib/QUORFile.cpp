@@ -11,6 +11,7 @@
 #include <QMutexLocker>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <limits>
@@ -33,7 +34,8 @@ constexpr double LARGEST_EXTENT = 5.0e6; ///< metres, far beyond any radar's ran
 class Descriptor {
 public:
     explicit Descriptor(const QString& path)
-        : _fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
+        : _fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)),
+          _error(_fd < 0 ? errno : 0) {}
     ~Descriptor() {
         if (_fd >= 0) {
             ::close(_fd);
@@ -42,16 +44,19 @@ public:
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
-    bool isOpen() const { return _fd >= 0; }
-    bool describe(struct stat& info) const { return ::fstat(_fd, &info) == 0; }
+    /// The system's error number, 0 when it worked.
+    int describe(struct stat& info) const { return _error != 0 || ::fstat(_fd, &info) == 0 ? _error : errno; }
+    /// How many bytes there were; negative when reading failed.
     qint64 read(char* target, qint64 length) const {
         qint64 total = 0;
         while (total < length) {
             const ssize_t count = ::read(_fd, target + total, size_t(length - total));
             if (count > 0) {
                 total += count;
-            } else if (count == 0 || errno != EINTR) {
+            } else if (count == 0) {
                 break;
+            } else if (errno != EINTR) {
+                return -1;
             }
         }
         return total;
@@ -59,7 +64,14 @@ public:
 
 private:
     int _fd;
+    int _error;
 };
+
+/// Failures that say nothing about the file and may be over the next time.
+bool isTransient(int error) {
+    constexpr std::array transient{EIO, ESTALE, EMFILE, ENFILE, EINTR, ENOMEM};
+    return std::find(transient.begin(), transient.end(), error) != transient.end();
+}
 
 bool fileIsValidProductFile(const PHD& phd) {
     return HEADER_ID(phd) == HEADER_ID_VALUE && PRODUCT_ID(phd) == PRODUCT_ID_VALUE;
@@ -144,21 +156,28 @@ QUORFile::QUORFile(const QString& path)
 
 QUORFile::~QUORFile() = default;
 
+bool QUORFile::canBeRead(const QString& path) {
+    char byte = 0;
+    return Descriptor(path).read(&byte, 1) >= 0;
+}
+
 QUORFile::Status QUORFile::readHeader(const QString& path) {
     const Descriptor file(_path);
-    if (!file.isOpen() && (errno == ENOENT || errno == ENOTDIR)) {
+    struct stat info {};
+    const int error = file.describe(info);
+    if (error == ENOENT || error == ENOTDIR) {
         QUORLog::Instance().logDebug(QStringLiteral("QUORFile::QUORFile(): file does not exist: ") + path);
         QUORLog::Instance().logError(QStringLiteral("QUORFile does not exist: ") + path);
         return NotReadable;
     }
-    struct stat info {};
-    if (!file.isOpen() || !file.describe(info) || !S_ISREG(info.st_mode)) {
+    if (error != 0 || !S_ISREG(info.st_mode)) {
         QUORLog::Instance().logDebug(QStringLiteral("QUORFile::QUORFile(): Cannot open file: ") + path);
         QUORLog::Instance().logError(QStringLiteral("Cannot open QUORfile: ") + path);
-        return CannotOpen;
+        return isTransient(error) ? NotReadable : CannotOpen;
     }
     const qint64 bytesRead = file.read(_header.data(), getHeaderSize());
-    if (!file.describe(info)) {
+    if (bytesRead < 0 || file.describe(info) != 0) {
+        QUORLog::Instance().logDebug(QStringLiteral("QUORFile::QUORFile(): Cannot read file: ") + path);
         return NotReadable;
     }
     // What a short read did not supply cannot be counted on, although the file may have grown since.

@@ -24,7 +24,7 @@ public:
 
     enum Status {
         Valid = 0,       ///< well-formed header, and the file is at least as long as it says
-        NotReadable = 1, ///< does not exist, or failed between opening and reading
+        NotReadable = 1, ///< does not exist, or failed for a reason that may pass
         Incomplete = 2,  ///< well-formed header of a longer file
         NoData = 3,      ///< empty, or shorter than a header without the start of one
         Invalid = 4,     ///< not a product
@@ -36,6 +36,9 @@ public:
     virtual ~QUORFile();
     QUORFile(const QUORFile&) = delete;
     QUORFile& operator=(const QUORFile&) = delete;
+
+    /// Whether the system lets bytes be read from there now, whatever they are; logs nothing.
+    static bool canBeRead(const QString& path);
 
     bool isValid() const { return _status == Valid; }
     Status getStatus() const { return _status; }

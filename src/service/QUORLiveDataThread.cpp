@@ -3,7 +3,9 @@
 
 #include "QUORDataStore.h"
 #include "QUORLog.h"
+#include "QUORLogOnce.h"
 #include "QUOROffscreenVisualizer.h"
+#include "QUORTerrainDir.h"
 #include "QUORVisualizationJobs.h"
 
 #include <QCoreApplication>
@@ -20,6 +22,26 @@ const QString TERRAIN_CACHE = QStringLiteral("~/.quor3d/cache/terrain");
 
 void logDebug(const QString& text) {
     QUORLog::Instance().logDebug(text);
+}
+
+// A settings file that is being replaced or cannot be read names no directory: that must not cost the
+// directory in use and what arrived in it meanwhile.
+QString keptUnlessConfigured(const QString& kind, const QString& configured, const QString& current) {
+    const QString subject = kind + QStringLiteral(" directory");
+    if (!configured.isEmpty()) {
+        QUORLogOnce::forget(subject);
+    } else if (!current.isEmpty()) {
+        QUORLogOnce::logError(subject, QStringLiteral("The settings name no ") + subject +
+                                           QStringLiteral(" any more, this one is kept: ") + current);
+    }
+    return configured.isEmpty() ? current : configured;
+}
+
+void logWhenNothingIsConfigured(const QUORGeneralSettings& settings) {
+    if (settings.get3DDir().isEmpty()) {
+        QUORLog::Instance().logError(QStringLiteral("No 3D product directory is configured: nothing is "
+                                                    "rendered until the settings name one"));
+    }
 }
 
 // A file that no step foresaw costs its image and nothing else.
@@ -62,6 +84,7 @@ void QUORLiveDataThread::init() {
     logDebug(QStringLiteral("Initializing general settings.."));
     _generalSettings = std::make_shared<QUORGeneralSettings>();
     _generalSettings->load();
+    logWhenNothingIsConfigured(*_generalSettings);
     logDebug(QStringLiteral("Initializing background settings.."));
     _backgroundSettings = std::make_shared<QUORBackgroundSettings>();
     _backgroundSettings->load();
@@ -103,9 +126,14 @@ bool QUORLiveDataThread::checkActive(const QUORBackgroundSettings::CPtr& setting
 void QUORLiveDataThread::updateDataDirectory() {
     // The thread's own record may be in the middle of a load.
     const QUORGeneralSettings settings;
-    if (settings.get3DDir() != _dataStore->getPath3d() || settings.get2DDir() != _dataStore->getPath2d()) {
-        _dataStore->setDirectories(settings.get3DDir(), settings.get2DDir(), settings.getGeoDir(),
-                                   TERRAIN_CACHE);
+    const QString old3d = _dataStore->getPath3d();
+    const QString old2d = _dataStore->getPath2d();
+    const QString new3d = keptUnlessConfigured(QStringLiteral("3D product"), settings.get3DDir(), old3d);
+    const QString new2d = keptUnlessConfigured(QStringLiteral("2D product"), settings.get2DDir(), old2d);
+    if (new3d != old3d || new2d != old2d) {
+        const QString geo = keptUnlessConfigured(QStringLiteral("terrain"), settings.getGeoDir(),
+                                                 _dataStore->getTerrainDir()->getSourcePath());
+        _dataStore->setDirectories(new3d, new2d, geo, TERRAIN_CACHE);
     }
 }
 

@@ -49,7 +49,7 @@ public:
     void visualize2D(const QString& file);
 
 public Q_SLOTS:
-    /// Follows a change of the configured 3D or 2D directory.
+    /// Follows a change of the configured 3D or 2D directory; one that is not configured any more is kept.
     void updateDataDirectory();
 
 protected:

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 
 namespace {
 
@@ -133,8 +134,21 @@ void QUORVisualization::updateVisualization(bool force) {
         }
         _generating = true;
         logDebug(QStringLiteral("---(generating)--->"));
-        updateLayers(force);
+        try {
+            updateLayers(force);
+            passToPipeline();
+        } catch (...) {
+            // The layers may have got only some of their records.
+            _appliedParams = {};
+            _generating = false;
+            throw;
+        }
+        return;
     }
+    passToPipeline();
+}
+
+void QUORVisualization::passToPipeline() {
     logDebug(QStringLiteral("Passing input item to visualization pipeline.."));
     // From here on completion may run on the controller's thread.
     _dirty = false;
@@ -146,10 +160,28 @@ void QUORVisualization::onPipelineFinished() {
     if (_aborted) {
         return;
     }
+    try {
+        if (!takeResult()) {
+            return;
+        }
+    } catch (const std::exception& error) {
+        dropResult(QString::fromLocal8Bit(error.what()));
+    } catch (...) {
+        dropResult(QStringLiteral("unknown exception"));
+    }
+    try {
+        _observer->visualizationFinished(this);
+    } catch (const std::exception& error) {
+        QUORLog::Instance().logError(QStringLiteral("QUORVisualization::onPipelineFinished(): ") +
+                                     QString::fromLocal8Bit(error.what()));
+    }
+}
+
+bool QUORVisualization::takeResult() {
     const QUORVisualizationPipelineItem::Ptr result = _pipeline->getResultItem();
     if (result && result != _appliedItem) {
         logDebug(QStringLiteral("Outdated item -> wait for the current one."));
-        return;
+        return false;
     }
     _visualizationResult = result;
     if (_visualizationResult) {
@@ -164,9 +196,16 @@ void QUORVisualization::onPipelineFinished() {
     if (_dirty) {
         logDebug(QStringLiteral("Visualization dirty -> generate again!"));
         updateVisualization(true);
-    } else {
-        _observer->visualizationFinished(this);
+        return false;
     }
+    return true;
+}
+
+void QUORVisualization::dropResult(const QString& reason) {
+    QUORLog::Instance().logError(QStringLiteral("The scene could not be completed: ") + reason);
+    _visualizationResult.reset();
+    _generating = false;
+    _dirty = false;
 }
 
 void QUORVisualization::dropRetired() {

@@ -68,6 +68,10 @@ private:
     using Vector = std::array<double, 3>;
 
     void createPipelineItem(const QUORDataFrame::CPtr& frame);
+    void passToPipeline();
+    /// False when the observer is not to be told yet: another build is under way.
+    bool takeResult();
+    void dropResult(const QString& reason);
     void setProduct3dParameters(const QUORGeneralSettings& generalSettings,
                                 const QUORProductSettings& productSettings);
     void setRingsParameters(const QUORFile& file, double halfDiagonal, bool metric);

@@ -48,8 +48,8 @@ void QUORVisualizationPipeline::addInput(const QUORVisualizationPipelineItem::Pt
     if (_input.isEmpty()) {
         _wake.notify_one();
     }
-    item->beginUse();
     _input.enqueue(item);
+    item->beginUse();
 }
 
 void QUORVisualizationPipeline::addOutput(const QUORVisualizationPipelineItem::Ptr& item) {

@@ -128,7 +128,8 @@ TEST_F(QUORDataStoreTest, DropsWhatTheOldDirectoryQueued) {
     file.write(bytes.mid(100));
     QElapsedTimer timer;
     timer.start();
-    while (!log.contains(QStringLiteral("FILES QUEUED (1)")) && timer.elapsed() < 10000) {
+    while (!log.contains(QStringLiteral("FILES QUEUED (1)"))) {
+        ASSERT_LT(timer.elapsed(), 10000);
         QThread::msleep(5);
     }
     setDirectories(store, "other");

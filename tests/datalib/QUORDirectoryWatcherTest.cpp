@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -42,6 +44,22 @@ private:
             names.append(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
         }
     }
+};
+
+/// While it lives no file can be opened by this process.
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        ::getrlimit(RLIMIT_NOFILE, &_limit);
+        const rlimit none{0, _limit.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &_limit); }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+private:
+    rlimit _limit{};
 };
 
 bool waitUntil(const std::function<bool()>& reached, int milliseconds = 10000) {
@@ -234,6 +252,101 @@ TEST_F(QUORDirectoryWatcherTest, ARenameIntoPlaceKeepsTheProduct) {
     EXPECT_TRUE(watcher->getTree()->findLeaf(name));
     EXPECT_TRUE(waitUntil([&] { return announced.removed == QStringList{temporary}; }));
     EXPECT_TRUE(watcher->getTree()->findLeaf(name));
+}
+
+TEST_F(QUORDirectoryWatcherTest, ADuplicateFollowsItsOriginal) {
+    for (const bool atStart : {false, true}) {
+        SCOPED_TRACE(atStart);
+        const LogCapture log;
+        const QString name = write(atStart ? 1 : 0);
+        const QString second = name + QStringLiteral(".copy");
+        const QString third = name + QStringLiteral(".more");
+        const auto duplicate = [&] {
+            for (const QString& copy : {second, third}) {
+                EXPECT_EQ(::link(qPrintable(pathOf(name)), qPrintable(pathOf(copy))), 0);
+            }
+        };
+        if (atStart) {
+            duplicate();
+        }
+        const auto watcher = watch();
+        Announced announced(*watcher);
+        if (!atStart) {
+            duplicate();
+            ASSERT_TRUE(log.waitFor(QStringLiteral("W: INCOMING FILE DISCARDED (DUPLICATE):  ") + third));
+        }
+        QFile::remove(pathOf(name));
+        ASSERT_TRUE(waitUntil([&] { return announced.added == QStringList{second}; }));
+        QFile::remove(pathOf(second));
+        ASSERT_TRUE(waitUntil([&] { return announced.added == QStringList({second, third}); }));
+        EXPECT_TRUE(watcher->getTree()->findLeaf(third));
+        EXPECT_EQ(announced.removed, QStringList({name, second}));
+    }
+}
+
+TEST_F(QUORDirectoryWatcherTest, ForeignFilesAtStartAreFewLinesAndLookedAtAgain) {
+    const QString warning = QStringLiteral("W: INCOMING FILE DISCARDED: (INVALID OR NO PERMISSIONS): ");
+    const LogCapture log;
+    const QString name = product(0).fileName();
+    append(name, QByteArray(1000, 'x'));
+    for (int i = 0; i < 24; ++i) {
+        append(QStringLiteral("foreign%1").arg(i), QByteArray(1000, 'x'));
+    }
+    const auto watcher = watch(OFTEN);
+    Announced announced(*watcher);
+    EXPECT_TRUE(log.contains(warning + name));
+    EXPECT_TRUE(log.contains(warning + QStringLiteral("5 more files")));
+    ASSERT_TRUE(isAsleep(log));
+    product(0).writeTo(pathOf(name));
+    EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList{name}; }));
+    EXPECT_EQ(log.count(warning), 21);
+}
+
+TEST_F(QUORDirectoryWatcherTest, AFileThatCannotBeReadAtTheMomentWaits) {
+    const LogCapture log;
+    QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d, QUORWatchTiming{60000ms, 0ms});
+    data.initialize(folder());
+    const QString first = write(0);
+    ASSERT_TRUE(data.isChanged());
+    {
+        const NoDescriptors none;
+        data.refresh();
+    }
+    EXPECT_EQ(data.getWaiting(), 1);
+    data.doRetries();
+    EXPECT_EQ(data.takeAddedNames(), QStringList{first});
+
+    const QString second = write(1);
+    ASSERT_TRUE(data.isChanged());
+    {
+        const NoDescriptors none;
+        for (int i = 0; i < 12; ++i) {
+            data.refresh();
+        }
+    }
+    EXPECT_TRUE(log.contains(QStringLiteral("W: TOO MANY RETRIES, FILE DISCARDED: ") + second));
+    EXPECT_EQ(data.getWaiting(), 0);
+    data.markForCheck();
+    EXPECT_TRUE(data.checkUpdates());
+    EXPECT_EQ(data.takeAddedNames(), QStringList{second});
+}
+
+TEST_F(QUORDirectoryWatcherTest, ADirectoryThatIsAlwaysDirtyPutsNothingOff) {
+    const QByteArray whole = product(0).bytes();
+    const QString name = product(0).fileName();
+    const LogCapture log;
+    append(name, whole.left(650));
+    const auto watcher = watch(OFTEN);
+    Announced announced(*watcher);
+    const auto waitBusily = [&](const std::function<bool()>& reached) {
+        return waitUntil([&] {
+            watcher->directoryChanged(folder());
+            return reached();
+        });
+    };
+    ASSERT_TRUE(waitBusily([&] { return log.contains(QStringLiteral("TOO MANY RETRIES")); }));
+    append(name, whole.mid(650));
+    EXPECT_TRUE(waitBusily([&] { return announced.added == QStringList{name}; }));
 }
 
 TEST_F(QUORDirectoryWatcherTest, AVanishedDirectoryNeitherSpinsNorStaysLost) {

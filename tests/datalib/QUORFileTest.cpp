@@ -97,6 +97,14 @@ TEST_F(QUORFileTest, MissingFilesAreNotReadable) {
     EXPECT_EQ(QUORFile(QString()).getStatus(), QUORFile::NotReadable);
 }
 
+TEST_F(QUORFileTest, WhatFailsWhileItIsReadIsNotReadable) {
+    // The first page of an address space is never mapped: reading there is an input error.
+    const QString path = QStringLiteral("/proc/self/mem");
+    EXPECT_EQ(QUORFile(path).getStatus(), QUORFile::NotReadable);
+    EXPECT_FALSE(QUORFile::canBeRead(path));
+    EXPECT_TRUE(QUORFile::canBeRead(writeBytes({})));
+}
+
 TEST_F(QUORFileTest, WhatIsNoRegularReadableFileCannotBeOpened) {
     const QString fifo = pathOf(QStringLiteral("CAZ240601120000.cap"));
     ASSERT_EQ(::mkfifo(qPrintable(fifo), 0600), 0);

@@ -7,6 +7,7 @@
 #include "ServiceFolders.h"
 
 #include <QElapsedTimer>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -91,7 +92,15 @@ TEST_F(QUORLiveDataThreadTest, StopIsPromptAndLeavesTheQueue) {
         timer.start();
     }
     EXPECT_LT(timer.elapsed(), 2000);
-    EXPECT_TRUE(_log.contains(QStringLiteral("D: QUORLiveDataThread::run() finished.")));
+    const QStringList lines = _log.lines();
+    qsizetype position = 0;
+    for (const char* line : {"run() finished.", "stop() finished.", "~QUORLiveDataThread() finished.",
+                             "~QUORDataStore() called."}) {
+        position = lines.indexOf(
+            QRegularExpression(QStringLiteral(".*::") + QRegularExpression::escape(QLatin1String(line))),
+            position);
+        EXPECT_GE(position, 0) << line;
+    }
     {
         QUORLiveDataThread thread;
         QStringList many;
@@ -136,6 +145,43 @@ TEST_F(QUORLiveDataThreadTest, ChangedDirectoriesAreFollowed) {
     EXPECT_EQ(_log.count(reopened), 2);
     EXPECT_TRUE(
         _log.contains(QStringLiteral("D: new 3d data path=") + _folders.path(QStringLiteral("other3d"))));
+}
+
+TEST_F(QUORLiveDataThreadTest, SettingsWithoutDirectoriesKeepTheDirectories) {
+    const QString reopened = QStringLiteral("data directory..");
+    const QString kept = QStringLiteral(" any more, this one is kept: ");
+    QUORLiveDataThread thread;
+    const int opened = _log.count(reopened);
+    for (const QByteArray& text : {QByteArray(), QByteArray("[Gen"), QByteArray("[General]\ndata3d=\n")}) {
+        writeSettings(text, _folders.backgroundSettings());
+        thread.updateDataDirectory();
+    }
+    EXPECT_EQ(_log.count(reopened), opened);
+    EXPECT_EQ(_log.lines().filter(kept),
+              (QStringList{QStringLiteral("E: The settings name no 3D product directory") + kept +
+                               _folders.path(QStringLiteral("3d")),
+                           QStringLiteral("E: The settings name no 2D product directory") + kept +
+                               _folders.path(QStringLiteral("2d"))}));
+    writeSettings(_folders.mainSettings(), _folders.backgroundSettings());
+    thread.updateDataDirectory();
+    EXPECT_EQ(_log.count(reopened), opened);
+    writeSettings("[General]\ndata3d=" + _dir.path().toUtf8() + "/other3d\n", _folders.backgroundSettings());
+    thread.updateDataDirectory();
+    EXPECT_EQ(_log.count(QStringLiteral("D: Initializing 3d data directory..")), 2);
+    EXPECT_EQ(_log.count(reopened), opened + 1);
+    EXPECT_EQ(_log.count(QStringLiteral("name no 2D product directory")), 2);
+}
+
+TEST_F(QUORLiveDataThreadTest, AStartWithoutDirectoriesIsOneErrorUntilTheyAreThere) {
+    const QString missing = QStringLiteral("E: No 3D product directory is configured: ");
+    writeSettings({}, _folders.backgroundSettings());
+    QUORLiveDataThread thread;
+    thread.updateDataDirectory();
+    EXPECT_EQ(_log.count(missing), 1);
+    writeSettings(_folders.mainSettings(), _folders.backgroundSettings());
+    thread.updateDataDirectory();
+    EXPECT_TRUE(_log.contains(QStringLiteral("D: new 3d data path=") + _folders.path(QStringLiteral("3d"))));
+    EXPECT_EQ(_log.count(missing), 1);
 }
 
 TEST_F(QUORLiveDataThreadTest, RenderingThatIsSwitchedOffIsOneWarning) {

@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -18,6 +19,7 @@
 
 #include <cmath>
 #include <map>
+#include <stdexcept>
 
 namespace {
 
@@ -25,6 +27,21 @@ constexpr int DEADLINE = 20000;
 const QString SETTINGS_FILE = QStringLiteral("QUOR3D.conf");
 
 using State = QUORDisplayState;
+
+/// Has no prop, and fails on the main thread when it is told to.
+class FailingElement : public QUORVisualElement {
+public:
+    explicit FailingElement(QUORVisualGroup* group) : QUORVisualElement(group, State::OUTLINE_LAYER) {}
+    vtkSmartPointer<vtkProp> getProp() override {
+        if (failing && QThread::currentThread() == QCoreApplication::instance()->thread()) {
+            throw std::runtime_error("no prop");
+        }
+        return {};
+    }
+    void update(std::shared_ptr<const QUORLayerParameters>, bool, const QUORAbortFlag&) override {}
+
+    bool failing = false;
+};
 
 /// A site's volumes at 12:00 and 12:05 with a 2D product, and a controller over them.
 class QUORVisualizationTest : public testing::Test, public QUORVisualizationObserver {
@@ -43,9 +60,19 @@ protected:
         writeVolume();
     }
 
-    void visualizationFinished(QUORVisualization*) override { ++_finished; }
+    void visualizationFinished(QUORVisualization*) override {
+        ++_finished;
+        if (_failsWhenTold) {
+            throw std::runtime_error("told");
+        }
+    }
     QUORGeneralSettings::CPtr getVisualizationGeneralSettings() override { return _settings; }
-    QUORDisplayState::CPtr getVisualizationDisplayState() override { return _state; }
+    QUORDisplayState::CPtr getVisualizationDisplayState() override {
+        if (_failsWhenAsked) {
+            throw std::runtime_error("asked");
+        }
+        return _state;
+    }
 
     QString path(const QString& folder) const { return _dir.filePath(folder); }
     void writeVolume() { _volume.write(path(QStringLiteral("3d"))); }
@@ -78,6 +105,17 @@ protected:
         }
         EXPECT_EQ(_finished, count);
     }
+    /// In the place of the current item's outline.
+    std::shared_ptr<FailingElement> insertFailingElement() const {
+        const QUORVisualGroup::Ptr group = QUORVisualGroup::makeGroup(State::RADAR_GROUP);
+        const auto element = std::make_shared<FailingElement>(group.get());
+        group->addElement(element);
+        for (const QUORVisualGroup::Ptr& own : _visualization.getPipelineItem()->getGroups()) {
+            own->exchangeElement(*group, State::OUTLINE_LAYER);
+        }
+        EXPECT_EQ(_visualization.getPipelineItem()->getElement(State::OUTLINE_LAYER), element);
+        return element;
+    }
     template <class Record>
     std::shared_ptr<Record> recordOf(int key) {
         return std::dynamic_pointer_cast<Record>(
@@ -94,6 +132,8 @@ protected:
     std::shared_ptr<QUORGeneralSettings> _settings = std::make_shared<QUORGeneralSettings>();
     std::shared_ptr<QUORDisplayState> _state = std::make_shared<QUORDisplayState>();
     int _finished = 0;
+    bool _failsWhenTold = false;
+    bool _failsWhenAsked = false;
     QUORVisualization _visualization{this};
 };
 
@@ -277,6 +317,50 @@ TEST_F(QUORVisualizationTest, aProductThatCannotBeDrawnDrawsNothing) {
     for (const auto& part : _visualization.getVisualizationResult()->getResultParts()) {
         EXPECT_EQ(part.layerKey, State::PRODUCT_2D_LAYER);
     }
+}
+
+TEST_F(QUORVisualizationTest, aRequestThatFailsDoesNotBlockTheNext) {
+    const auto frame = makeFrame();
+    build(frame);
+    const auto element = insertFailingElement();
+    element->failing = true;
+    EXPECT_THROW(_visualization.updateVisualization(true), std::runtime_error);
+    element->failing = false;
+    build(frame, false);
+    EXPECT_FALSE(_log.contains(QStringLiteral("Already generating visualization!")));
+    EXPECT_EQ(_log.count(QStringLiteral("D: Update visualization-->")), 2);
+    EXPECT_FALSE(_log.contains(QStringLiteral("D: No changes!")));
+}
+
+TEST_F(QUORVisualizationTest, theObserverIsToldOnceWhateverFails) {
+    const auto frame = makeFrame();
+    build(frame);
+    const auto element = insertFailingElement();
+    const auto request = [&] {
+        _visualization.setSourceData(frame);
+        _visualization.updateVisualization(true);
+    };
+    request();
+    element->failing = true;
+    waitForFinished(2);
+    element->failing = false;
+    EXPECT_EQ(_visualization.getVisualizationResult(), nullptr);
+    EXPECT_EQ(_log.count(QStringLiteral("E: The scene could not be completed: no prop")), 1);
+
+    request();
+    _visualization.updateVisualization(true);
+    _failsWhenAsked = true;
+    waitForFinished(3);
+    _failsWhenAsked = false;
+    EXPECT_EQ(_log.count(QStringLiteral("E: The scene could not be completed: asked")), 1);
+
+    _failsWhenTold = true;
+    build(frame);
+    _failsWhenTold = false;
+    build(frame);
+    EXPECT_TRUE(_visualization.getVisualizationResult());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(_finished, 5);
 }
 
 TEST_F(QUORVisualizationTest, anAbortedControllerTellsNothingMore) {
