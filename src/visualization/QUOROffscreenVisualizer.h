@@ -34,8 +34,8 @@ public:
     using Ptr = std::shared_ptr<QUOROffscreenVisualizer>;
     using CPtr = std::shared_ptr<const QUOROffscreenVisualizer>;
 
-    /// Opens the window. Where no OpenGL is usable that is said now and again on every image; the process
-    /// goes on and tries again.
+    /// Opens the window. Where no OpenGL is usable that is said now and again on every image, and the process
+    /// goes on; an X display that was named is tried again with every image.
     QUOROffscreenVisualizer();
     ~QUOROffscreenVisualizer() override;
     QUOROffscreenVisualizer(const QUOROffscreenVisualizer&) = delete;

@@ -399,6 +399,8 @@ void QUORRenderer::renderWindow() {
     const QUORLogScope scope("QUORRenderer::renderWindow");
     const QUORStopwatch watch;
     drawFitted();
+    // The camera has its stated range again, which a kept picture may not be valid for.
+    _snapshot->prepare();
     _window->Render();
     logDebug(QStringLiteral("..rendering took ") + watch.seconds() + QStringLiteral(" seconds."));
 }

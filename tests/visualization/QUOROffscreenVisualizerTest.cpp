@@ -214,8 +214,8 @@ TEST_F(QUOROffscreenVisualizerTest, LogsAJobInItsOrder) {
                             "campos=-20000, -90000, 60000",
                             "QUOROffscreenVisualizer::applyPresetViewAngle() finished.",
                             "Rendering visualization..",
-                            "..rendering took 0.",
-                            "..writing took 0.",
+                            "..rendering took ",
+                            "..writing took ",
                             "Wrote output file:",
                             "a.png",
                             "QUOROffscreenVisualizer::visualizationFinished() finished."};
