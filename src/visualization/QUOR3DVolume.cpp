@@ -33,23 +33,21 @@ void logDebug(const QString& text) {
     QUORLog::Instance().logDebug(text);
 }
 
-/// Twice in each voxel of reduced data; what lies wider apart shows as bands.
-float sampleDistance(vtkImageData* image) {
-    return std::max(1.0F, float(0.5 * image->GetSpacing()[0]));
-}
-
-vtkSmartPointer<vtkVolumeMapper> makeMapper(vtkImageData* image, bool hardware) {
-    vtkSmartPointer<vtkVolumeMapper> mapper;
-    if (hardware) {
-        mapper = vtkSmartPointer<vtkGPUVolumeRayCastMapper>::New();
-    } else {
-        auto software = vtkSmartPointer<vtkFixedPointVolumeRayCastMapper>::New();
-        software->AutoAdjustSampleDistancesOff();
-        software->SetSampleDistance(sampleDistance(image));
-        mapper = software;
-    }
+/// Twice in each voxel of reduced data; what lies wider apart shows as bands. Automatic distances would
+/// also take the scale of the volume in the scene for that of its voxels, and show nothing.
+template <class Mapper>
+vtkSmartPointer<vtkVolumeMapper> makeMapper(vtkImageData* image) {
+    auto mapper = vtkSmartPointer<Mapper>::New();
+    mapper->AutoAdjustSampleDistancesOff();
+    mapper->SetSampleDistance(std::max(1.0F, float(0.5 * image->GetSpacing()[0])));
     mapper->SetInputData(image);
     return mapper;
+}
+
+vtkSmartPointer<vtkVolumeMapper> makeMapper(vtkAlgorithm* data, bool hardware) {
+    auto* image = vtkImageData::SafeDownCast(data->GetOutputDataObject(0));
+    return hardware ? makeMapper<vtkGPUVolumeRayCastMapper>(image)
+                    : makeMapper<vtkFixedPointVolumeRayCastMapper>(image);
 }
 
 /// Never seen; as an invisible part it costs nothing.
@@ -84,7 +82,7 @@ void addRampPoint(vtkPiecewiseFunction& ramp, int number, double x, double opaci
 } // namespace
 
 QUOR3DVolume::QUOR3DVolume(vtkAlgorithm* data, bool hardware)
-    : _mapper(makeMapper(vtkImageData::SafeDownCast(data->GetOutputDataObject(0)), hardware)),
+    : _mapper(makeMapper(data, hardware)),
       _volume(vtkSmartPointer<vtkVolume>::New()),
       _assembly(vtkSmartPointer<vtkAssembly>::New()) {
     _volume->SetMapper(_mapper);

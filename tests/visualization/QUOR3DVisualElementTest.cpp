@@ -361,20 +361,21 @@ TEST_F(QUOR3DVisualElementTest, volumesAreDrawnByTheMapperOfTheMachine) {
 /// What the element draws, seen from above.
 class QUOR3DVisualElementPictureTest : public OffscreenScene {
 protected:
-    std::array<int, 3> centerOf(const Record& record, double light) {
+    std::array<int, 3> centerOf(const Record& record, double light, double scale = 1.0) {
         QUOR3DVisualElement element(_group.get(), 12);
         element.update(std::make_shared<Record>(record), true, _abort);
-        renderer->RemoveAllViewProps();
-        renderer->AddViewProp(element.getProp());
+        auto* prop = vtkProp3D::SafeDownCast(element.getProp());
+        prop->SetScale(scale);
+        renderer->AddViewProp(prop);
         renderer->RemoveAllLights();
         vtkNew<vtkLight> lamp;
         lamp->SetColor(light, light, light);
         lamp->SetPosition(0, 0, 1000);
         renderer->AddLight(lamp);
         vtkCamera* camera = renderer->GetActiveCamera();
-        camera->SetPosition(5.5, 5.5, 200);
-        camera->SetFocalPoint(5.5, 5.5, 0);
-        renderer->ResetCameraClippingRange(0, 11, 0, 11, 0, 55);
+        camera->SetPosition(5.5 * scale, 5.5 * scale, 200 * scale);
+        camera->SetFocalPoint(5.5 * scale, 5.5 * scale, 0);
+        camera->SetClippingRange(100 * scale, 300 * scale);
         window->Render();
         const std::array<int, 3> color = pixel(SIDE / 2, SIDE / 2);
         renderer->RemoveAllViewProps();
@@ -416,16 +417,24 @@ TEST_F(QUOR3DVisualElementPictureTest, opaqueSurfacesAreSeenThroughTranslucentOn
     EXPECT_GT(inner[1] - outer[1], 40);
 }
 
-TEST_F(QUOR3DVisualElementPictureTest, volumesShowTheirValuesWhateverTheReduction) {
+TEST_F(QUOR3DVisualElementPictureTest, bothMappersShowTheSameVolumeWhateverReductionAndScale) {
     for (const int shrink : {1, 2}) {
-        Record record = makeRecord(_file, {}, shrink);
-        record.setRenderingType(QUORProductSettings::Volume);
-        record.setVolumeValueLow(5.0);
-        record.setVolumeOpacityLow(50.0);
-        record.setVolumeValueHigh(40.0);
-        const std::array<int, 3> color = centerOf(record, 1.0);
-        EXPECT_LT(color[0], 10) << shrink;
-        EXPECT_GT(color[1] + color[2], 150) << shrink;
+        for (const double scale : {1.0, 2000.0}) {
+            SCOPED_TRACE(testing::Message() << shrink << ' ' << scale);
+            Record record = makeRecord(_file, {}, shrink);
+            record.setRenderingType(QUORProductSettings::Volume);
+            record.setVolumeValueLow(5.0);
+            record.setVolumeOpacityLow(10.0);
+            record.setVolumeValueHigh(60.0);
+            const std::array<int, 3> software = centerOf(record, 1.0, scale);
+            QUOR3DVisualElement::setHardwareRendering(true);
+            const std::array<int, 3> hardware = centerOf(record, 1.0, scale);
+            QUOR3DVisualElement::setHardwareRendering(false);
+            EXPECT_LT(software[0], 10);
+            EXPECT_GT(software[1] + software[2], 120);
+            EXPECT_NEAR(hardware[1], software[1], 12);
+            EXPECT_NEAR(hardware[2], software[2], 12);
+        }
     }
 }
 

@@ -189,7 +189,9 @@ TEST_F(QUORColormapTest, whatCannotBeBuiltIsGreyOverTheDataRange) {
         writeColors(row.text);
         const QUORColormap first(QLatin1String(row.name), dbz, QUORColormap::Absolute);
         const QUORColormap map(QLatin1String(row.name), dbz, QUORColormap::Absolute);
-        EXPECT_EQ(_log.count(QStringLiteral("W: Color map %1 of data type 9 has no").arg(QLatin1String(row.name))), 1);
+        EXPECT_EQ(
+            _log.count(QStringLiteral("W: Color map %1 of data type 9 has no").arg(QLatin1String(row.name))),
+            1);
         EXPECT_EQ(map.getName(), QStringLiteral("Fixed"));
         ASSERT_EQ(map.getMap()->GetSize(), 16);
         EXPECT_EQ(nodeOf(map, 0)[0], 1.0);

@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <vtkDataSet.h>
 #include <vtkProp3D.h>
 
 #include <cmath>
@@ -143,6 +144,7 @@ TEST_F(QUORVisualizationTest, itemsAreReusedForTheSameFrameOnly) {
     const auto item = _visualization.getPipelineItem();
     EXPECT_EQ(_visualization.getVisualizationResult(), item);
     EXPECT_EQ(item->getSite(), QStringLiteral("TEST"));
+    EXPECT_TRUE(_visualization.getVTKDataSet());
     EXPECT_TRUE(_log.contains(QStringLiteral("D: - No pipeline item!")));
     _visualization.setSourceData(frame);
     EXPECT_EQ(_visualization.getPipelineItem(), item);
