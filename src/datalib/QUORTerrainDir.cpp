@@ -121,6 +121,7 @@ void QUORTerrainDir::scanFiles() {
                  QStringLiteral(" s/file)"));
     const QMutexLocker lock(&_mutex);
     _tiles = tiles;
+    _sets.clear();
 }
 
 void QUORTerrainDir::resetFiles() {

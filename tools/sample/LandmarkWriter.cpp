@@ -45,12 +45,12 @@ std::vector<LandmarkWriter::Town> LandmarkWriter::makeTowns(std::uint32_t seed, 
     std::vector<Town> towns;
     for (int i = 0; i < MAX_TRIES && towns.size() < TOWNS; ++i) {
         const double lat = siteLat + (2.0 * dice.roll() - 1.0) * REACH_DEGREES;
-        const double lon = siteLon + (2.0 * dice.roll() - 1.0) * REACH_DEGREES;
+        const double lon = std::remainder(siteLon + (2.0 * dice.roll() - 1.0) * REACH_DEGREES, 360.0);
         const int altitude = land.heightAt(lat, lon);
         const bool crowded = std::any_of(towns.begin(), towns.end(), [&](const Town& town) {
             return std::hypot(town.lat - lat, town.lon - lon) < MIN_DISTANCE_DEGREES;
         });
-        if (altitude > 0 && altitude < 1200 && !crowded) {
+        if (std::abs(lat) < 90.0 && altitude > 0 && altitude < 1200 && !crowded) {
             const int number = int(towns.size());
             towns.push_back(
                 {QString::fromUtf8(PLACE_NAMES[towns.size()]), lat, lon, altitude, std::min(number / 3, 5)});
