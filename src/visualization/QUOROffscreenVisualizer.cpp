@@ -97,7 +97,7 @@ bool QUOROffscreenVisualizer::canVisualize(const std::shared_ptr<QUORDataFrame>&
 void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataFrame>& frame,
                                                  const QString& outputFile) {
     const QUORLogScope scope("QUOROffscreenVisualizer::startVisualization");
-    _gate.acquire();
+    closeGate();
     _outputFile = outputFile;
     try {
         _visualization->setSourceData(frame);
@@ -108,15 +108,21 @@ void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataF
     }
 }
 
+void QUOROffscreenVisualizer::closeGate() {
+    std::unique_lock lock(_gateMutex);
+    _gateOpened.wait(lock, [this] { return _gateOpen; });
+    _gateOpen = false;
+}
+
 void QUOROffscreenVisualizer::openGate() {
-    if (_gate.available() == 0) {
-        _gate.release();
-    }
+    const std::lock_guard lock(_gateMutex);
+    _gateOpen = true;
+    _gateOpened.notify_all();
 }
 
 void QUOROffscreenVisualizer::waitUntilReady() {
-    _gate.acquire();
-    _gate.release();
+    std::unique_lock lock(_gateMutex);
+    _gateOpened.wait(lock, [this] { return _gateOpen; });
 }
 
 QUORGeneralSettings::CPtr QUOROffscreenVisualizer::getVisualizationGeneralSettings() {

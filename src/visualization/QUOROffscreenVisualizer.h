@@ -7,12 +7,13 @@
 #include "QUORViewAngle.h"
 #include "QUORVisualizationObserver.h"
 
-#include <QSemaphore>
 #include <QString>
 
 #include <vtkSmartPointer.h>
 
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 
 class QUORDataFrame;
 class QUORRenderer;
@@ -66,6 +67,7 @@ public:
     QUORBackgroundSettings::CPtr getBackgroundSettings() const { return _backgroundSettings; }
 
 private:
+    void closeGate();
     void openGate();
     bool provideWindow(QString& error);
     void renderImage(QUORVisualization& visualization);
@@ -74,7 +76,10 @@ private:
     void writeImage();
     void logFailure(const QString& reason) const;
 
-    QSemaphore _gate{1};
+    std::mutex _gateMutex;
+    std::condition_variable _gateOpened;
+    /// Closed by the job's thread, opened by the main thread; guarded by the mutex.
+    bool _gateOpen = true;
     std::shared_ptr<QUORVisualization> _visualization;
     QUORGeneralSettings::Ptr _generalSettings;
     QUORBackgroundSettings::Ptr _backgroundSettings;
