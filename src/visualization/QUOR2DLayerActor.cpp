@@ -15,37 +15,37 @@
 #include <algorithm>
 #include <optional>
 
-vtkStandardNewMacro(QUOR2DLayerActor)
+namespace {
 
-    namespace {
-
-    /// Depth testing off while it lives; nothing where the viewport has no OpenGL window.
-    class DepthTestOff {
-    public:
-        explicit DepthTestOff(vtkViewport* viewport) {
-            auto* window = vtkOpenGLRenderWindow::SafeDownCast(viewport->GetVTKWindow());
-            if (!window)
-                return;
-            _restore.emplace(window->GetState(), GL_DEPTH_TEST);
-            window->GetState()->vtkglDisable(GL_DEPTH_TEST);
+/// Depth testing off while it lives; nothing where the viewport has no OpenGL window.
+class DepthTestOff {
+public:
+    explicit DepthTestOff(vtkViewport* viewport) {
+        auto* window = vtkOpenGLRenderWindow::SafeDownCast(viewport->GetVTKWindow());
+        if (!window) {
+            return;
         }
-
-    private:
-        std::optional<vtkOpenGLState::ScopedglEnableDisable> _restore;
-    };
-
-    bool isEqual(const vtkMatrix4x4* a, const vtkMatrix4x4* b) {
-        return a && std::equal(a->GetData(), a->GetData() + 16, b->GetData());
+        _restore.emplace(window->GetState(), GL_DEPTH_TEST);
+        window->GetState()->vtkglDisable(GL_DEPTH_TEST);
     }
 
-    template <typename Visitor>
-    void forEachPart(vtkAssembly * assembly, Visitor visitor) {
-        vtkCollectionSimpleIterator cookie;
-        vtkProp3DCollection* parts = assembly->GetParts();
-        parts->InitTraversal(cookie);
-        while (vtkProp3D* part = parts->GetNextProp3D(cookie))
-            visitor(part);
+private:
+    std::optional<vtkOpenGLState::ScopedglEnableDisable> _restore;
+};
+
+bool isEqual(const vtkMatrix4x4* a, const vtkMatrix4x4* b) {
+    return a && std::equal(a->GetData(), a->GetData() + 16, b->GetData());
+}
+
+template <typename Visitor>
+void forEachPart(vtkAssembly* assembly, Visitor visitor) {
+    vtkCollectionSimpleIterator cookie;
+    vtkProp3DCollection* parts = assembly->GetParts();
+    parts->InitTraversal(cookie);
+    while (vtkProp3D* part = parts->GetNextProp3D(cookie)) {
+        visitor(part);
     }
+}
 
 } // namespace
 
@@ -69,11 +69,13 @@ double* QUOR2DLayerActor::GetBounds() {
     // The assembly's own way pokes a matrix into each part, which counts as a change of the part.
     forEachPart(this->Assembly, [&](vtkProp3D* part) {
         const double* bounds = part->GetVisibility() && part->GetUseBounds() ? part->GetBounds() : nullptr;
-        if (bounds && vtkMath::AreBoundsInitialized(bounds))
+        if (bounds && vtkMath::AreBoundsInitialized(bounds)) {
             box.AddBounds(bounds);
+        }
     });
-    if (!box.IsValid())
+    if (!box.IsValid()) {
         return nullptr;
+    }
     box.GetBounds(this->Bounds);
     return this->Bounds;
 }
@@ -84,8 +86,9 @@ void QUOR2DLayerActor::BuildPaths(vtkAssemblyPaths* paths, vtkAssemblyPath* path
 }
 
 void QUOR2DLayerActor::ShallowCopy(vtkProp* prop) {
-    if (auto* other = QUOR2DLayerActor::SafeDownCast(prop))
+    if (auto* other = QUOR2DLayerActor::SafeDownCast(prop)) {
         this->Assembly = other->Assembly;
+    }
     this->Superclass::ShallowCopy(prop);
 }
 
@@ -108,8 +111,9 @@ int QUOR2DLayerActor::RenderOverlay(vtkViewport* viewport) {
 vtkTypeBool QUOR2DLayerActor::HasTranslucentPolygonalGeometry() {
     vtkTypeBool translucent = 0;
     forEachPart(this->Assembly, [&](vtkProp3D* part) {
-        if (part->GetVisibility() && part->HasTranslucentPolygonalGeometry())
+        if (part->GetVisibility() && part->HasTranslucentPolygonalGeometry()) {
             translucent = 1;
+        }
     });
     return translucent;
 }
@@ -124,8 +128,9 @@ int QUOR2DLayerActor::RenderParts(vtkViewport* viewport, RenderPass pass) {
     const DepthTestOff depthTestOff(viewport);
     int rendered = 0;
     forEachPart(this->Assembly, [&](vtkProp3D* part) {
-        if (part->GetVisibility())
+        if (part->GetVisibility()) {
             rendered += (part->*pass)(viewport);
+        }
     });
     return rendered;
 }
@@ -133,10 +138,14 @@ int QUOR2DLayerActor::RenderParts(vtkViewport* viewport, RenderPass pass) {
 void QUOR2DLayerActor::HandMatrixToParts() {
     const vtkMatrix4x4* own = this->GetMatrix();
     // What holds the matrix already keeps its modification time, and what was built by it.
-    if (!isEqual(this->PartMatrix, own))
+    if (!isEqual(this->PartMatrix, own)) {
         this->PartMatrix->DeepCopy(own);
+    }
     forEachPart(this->Assembly, [&](vtkProp3D* part) {
-        if (!isEqual(part->GetUserMatrix(), own))
+        if (!isEqual(part->GetUserMatrix(), own)) {
             part->SetUserMatrix(this->PartMatrix);
+        }
     });
 }
+
+vtkStandardNewMacro(QUOR2DLayerActor)

@@ -79,8 +79,9 @@ void QUOR2DVisualElement::rebuild(const QUORAbortFlag& /*abort*/) {
 }
 
 void QUOR2DVisualElement::show(bool visible) {
-    if (visible && !_prop && _data)
+    if (visible && !_prop && _data) {
         createVTK();
+    }
 }
 
 void QUOR2DVisualElement::createVTKData() {
@@ -88,8 +89,9 @@ void QUOR2DVisualElement::createVTKData() {
     dropDisplay();
     _data = nullptr;
     const QUORFile::CPtr file = _params->getDataFile();
-    if (file)
+    if (file) {
         _data = vtk_2D_data_create(*file);
+    }
 }
 
 void QUOR2DVisualElement::createVTK() {

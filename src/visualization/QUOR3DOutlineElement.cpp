@@ -39,10 +39,12 @@ std::vector<double> tickLevels(const QUORLayerParameters3dOutline& record) {
     const double interval = record.getTickInterval();
     const double top = altitude + height;
     std::vector<double> levels;
-    if (!(height > 0.0 && interval > 0.0 && height / interval <= MAXIMUM_TICKS && std::isfinite(top)))
+    if (!(height > 0.0 && interval > 0.0 && height / interval <= MAXIMUM_TICKS && std::isfinite(top))) {
         return levels;
-    for (double tick = std::max(0.0, std::ceil(altitude / interval)); tick * interval <= top; ++tick)
+    }
+    for (double tick = std::max(0.0, std::ceil(altitude / interval)); tick * interval <= top; ++tick) {
         levels.push_back((tick * interval - altitude) / height);
+    }
     return levels;
 }
 
@@ -108,8 +110,9 @@ vtkSmartPointer<vtkActor> QUOR3DOutlineElement::makeTicks() const {
     vtkNew<vtkCellArray> lines;
     for (const double z : tickLevels(*_params)) {
         for (const double x : {-0.5, 0.5}) {
-            for (const double y : {-0.5, 0.5})
+            for (const double y : {-0.5, 0.5}) {
                 addTick(points, lines, x, y, z);
+            }
         }
     }
     return quorMakeLineActor(points, lines, _style.color("tick/color"), _style.number("tick/width"));

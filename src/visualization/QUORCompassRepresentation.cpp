@@ -15,57 +15,56 @@
 
 #include <array>
 
-vtkStandardNewMacro(QUORCompassRepresentation)
+namespace {
 
-    namespace {
+constexpr std::array<QUORStyleGroup::Row, 3> STYLE{{
+    {"compass/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
+    {"compass/opacity/highlighted", QUORStyleGroup::Kind::Opacity, {1.0}},
+    {"compass/opacity/nonhighlighted", QUORStyleGroup::Kind::Opacity, {1.0}},
+}};
 
-    constexpr std::array<QUORStyleGroup::Row, 3> STYLE{{
-        {"compass/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-        {"compass/opacity/highlighted", QUORStyleGroup::Kind::Opacity, {1.0}},
-        {"compass/opacity/nonhighlighted", QUORStyleGroup::Kind::Opacity, {1.0}},
-    }};
+constexpr double FULL_TURN = 6.2831854820251465;
+constexpr double DEGREES_PER_RADIAN = 180.0 / 3.14159265;
+constexpr double UNKNOWN_DISTANCE = 9999.9;
 
-    constexpr double FULL_TURN = 6.2831854820251465;
-    constexpr double DEGREES_PER_RADIAN = 180.0 / 3.14159265;
-    constexpr double UNKNOWN_DISTANCE = 9999.9;
+/// Holds a highlight state for the length of a call to the base class.
+class ForcedHighlight {
+public:
+    ForcedHighlight(int& state, int forced) : _state(state), _previous(state) { _state = forced; }
+    ~ForcedHighlight() { _state = _previous; }
+    ForcedHighlight(const ForcedHighlight&) = delete;
+    ForcedHighlight& operator=(const ForcedHighlight&) = delete;
 
-    /// Holds a highlight state for the length of a call to the base class.
-    class ForcedHighlight {
-    public:
-        ForcedHighlight(int& state, int forced) : _state(state), _previous(state) { _state = forced; }
-        ~ForcedHighlight() { _state = _previous; }
-        ForcedHighlight(const ForcedHighlight&) = delete;
-        ForcedHighlight& operator=(const ForcedHighlight&) = delete;
+private:
+    int& _state;
+    int _previous;
+};
 
-    private:
-        int& _state;
-        int _previous;
-    };
-
-    QString statusText(bool known, double heading) {
-        if (!known)
-            return QCoreApplication::translate("VTK", "N");
-        const double degrees = heading * 2.0 * 3.1415927 * 57.29577951308232;
-        return QCoreApplication::translate("VTK", "Heading") + QLatin1Char(' ') +
-               QString::number(degrees, 'f', 0);
+QString statusText(bool known, double heading) {
+    if (!known) {
+        return QCoreApplication::translate("VTK", "N");
     }
+    const double degrees = heading * 2.0 * 3.1415927 * 57.29577951308232;
+    return QCoreApplication::translate("VTK", "Heading") + QLatin1Char(' ') +
+           QString::number(degrees, 'f', 0);
+}
 
-    void paint(vtkProperty2D * property, const QUORPoint3D& color, double opacity) {
-        property->SetColor(color.x, color.y, color.z);
-        property->SetOpacity(opacity);
-    }
+void paint(vtkProperty2D* property, const QUORPoint3D& color, double opacity) {
+    property->SetColor(color.x, color.y, color.z);
+    property->SetOpacity(opacity);
+}
 
-    void paint(vtkTextProperty * property, const QUORPoint3D& color, double opacity) {
-        property->SetColor(color.x, color.y, color.z);
-        property->SetOpacity(opacity);
-    }
+void paint(vtkTextProperty* property, const QUORPoint3D& color, double opacity) {
+    property->SetColor(color.x, color.y, color.z);
+    property->SetOpacity(opacity);
+}
 
-    void paint(vtkCenteredSliderRepresentation * slider, const QUORPoint3D& color, double opacity) {
-        paint(slider->GetTubeProperty(), color, opacity);
-        paint(slider->GetSliderProperty(), color, opacity);
-        paint(slider->GetSelectedProperty(), color, opacity);
-        paint(slider->GetLabelProperty(), color, opacity);
-    }
+void paint(vtkCenteredSliderRepresentation* slider, const QUORPoint3D& color, double opacity) {
+    paint(slider->GetTubeProperty(), color, opacity);
+    paint(slider->GetSliderProperty(), color, opacity);
+    paint(slider->GetSelectedProperty(), color, opacity);
+    paint(slider->GetLabelProperty(), color, opacity);
+}
 
 } // namespace
 
@@ -81,8 +80,9 @@ QUORCompassRepresentation::QUORCompassRepresentation() : _style("COMPASS", STYLE
 }
 
 void QUORCompassRepresentation::cameraMoved(QUORCameraInteractor* camera) {
-    if (!camera)
+    if (!camera) {
         return;
+    }
     this->SetHeading(camera->getHeading() / FULL_TURN);
     this->SetTilt(camera->getPitch() >= 0.0 ? camera->getPitch() * DEGREES_PER_RADIAN : 0.0);
     this->SetDistance(camera->getTargetDistance() > 0.0 ? camera->getTargetDistance() : UNKNOWN_DISTANCE);
@@ -147,19 +147,22 @@ int QUORCompassRepresentation::RenderOverlay(vtkViewport* viewport) {
 int QUORCompassRepresentation::renderParts(vtkViewport* viewport, int (vtkProp::*pass)(vtkViewport*)) {
     BuildRepresentation();
     int rendered = (this->RingActor->*pass)(viewport) + (this->LabelActor->*pass)(viewport);
-    if (!this->HighlightState)
+    if (!this->HighlightState) {
         return rendered;
+    }
     rendered += (this->DistanceRepresentation.Get()->*pass)(viewport);
-    if (hasStatusText())
+    if (hasStatusText()) {
         rendered += (this->StatusActor->*pass)(viewport);
+    }
     return rendered;
 }
 
 int QUORCompassRepresentation::ComputeInteractionState(int x, int y, int modify) {
     const ForcedHighlight highlight(this->HighlightState, 1);
     const int state = this->Superclass::ComputeInteractionState(x, y, modify);
-    if (state == TiltDown || state == TiltUp || state == TiltAdjusting)
+    if (state == TiltDown || state == TiltUp || state == TiltAdjusting) {
         this->InteractionState = Inside; // the tilt slider is never drawn, so it must not react either
+    }
     return this->InteractionState;
 }
 
@@ -189,3 +192,5 @@ void QUORCompassRepresentation::GetActors(vtkPropCollection* actors) {
 void QUORCompassRepresentation::ReleaseGraphicsResources(vtkWindow* window) {
     this->Superclass::ReleaseGraphicsResources(window);
 }
+
+vtkStandardNewMacro(QUORCompassRepresentation)

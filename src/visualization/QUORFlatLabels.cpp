@@ -24,8 +24,9 @@ vtkSmartPointer<vtkProperty> makeProperty(const QUORStyleGroup::Color& color) {
 QUORFlatLabels::QUORFlatLabels(QUOR2DLayerActor& layer, const QUORStyleGroup& style, double scale)
     : _layer(layer), _scale(scale), _property(makeProperty(style.color("label/color"))) {
     const double haloWidth = style.number("label/halo/width");
-    if (haloWidth <= 0.0)
+    if (haloWidth <= 0.0) {
         return;
+    }
     _haloProperty = makeProperty(style.color("label/halo/color"));
     _haloProperty->SetRepresentationToWireframe();
     _haloProperty->SetLineWidth(static_cast<float>(2.0 * haloWidth));
@@ -49,8 +50,9 @@ QUORFlatLabels::Size QUORFlatLabels::measure() const {
 }
 
 void QUORFlatLabels::addAt(double x, double y) {
-    if (_haloProperty)
+    if (_haloProperty) {
         addActor(_haloProperty, x, y);
+    }
     addActor(_property, x, y);
 }
 

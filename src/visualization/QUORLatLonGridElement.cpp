@@ -50,11 +50,12 @@ Area areaAround(const QUORGeoProjection& projection, double range) {
     Area area;
     const QUORCoordinate centre = projection.getReferenceLocation();
     centre.calcLatLonBounds(range, area.minLat, area.maxLat, area.minLon, area.maxLon, MINIMUM_DEGREES);
-    if (area.minLat <= -90 || area.maxLat >= 90)
+    if (area.minLat <= -90 || area.maxLat >= 90) {
         area.lonStep = POLAR_LONGITUDE_STEP;
-    else
+    } else {
         area.lonStep = std::max(
             1, static_cast<int>(std::lround(centre.calcOneLatDegLength() / centre.calcOneLonDegLength())));
+    }
     if (projection.getName() == QLatin1String("merc")) {
         area.minLat = std::max(area.minLat, -MERCATOR_LIMIT);
         area.maxLat = std::min(area.maxLat, MERCATOR_LIMIT);
@@ -65,18 +66,20 @@ Area areaAround(const QUORGeoProjection& projection, double range) {
 std::vector<QUORCoordinate> parallel(const Area& area, int lat) {
     std::vector<QUORCoordinate> samples;
     const int count = (area.maxLon - area.minLon) * SAMPLES_PER_STEP / area.lonStep;
-    for (int k = 0; k <= count; ++k)
+    for (int k = 0; k <= count; ++k) {
         samples.emplace_back(static_cast<double>(lat),
                              area.minLon + k * static_cast<double>(area.lonStep) / SAMPLES_PER_STEP);
+    }
     return samples;
 }
 
 std::vector<QUORCoordinate> meridian(const Area& area, int lon) {
     std::vector<QUORCoordinate> samples;
     const int count = (area.maxLat - area.minLat) * SAMPLES_PER_STEP;
-    for (int k = 0; k <= count; ++k)
+    for (int k = 0; k <= count; ++k) {
         samples.emplace_back(area.minLat + static_cast<double>(k) / SAMPLES_PER_STEP,
                              static_cast<double>(lon));
+    }
     return samples;
 }
 
@@ -111,8 +114,9 @@ public:
                 size = _labels.measure();
                 label(first, -0.5 * size.width, -1.4 * size.height);
             }
-            if (_area.maxLat < 90)
+            if (_area.maxLat < 90) {
                 label(last, -0.5 * size.width, 0.6 * size.height);
+            }
         }
     }
 
@@ -130,8 +134,9 @@ private:
         _projection.projectFromLatLon(samples, projected);
         for (std::size_t i = 0; i < projected.size(); ++i) {
             const vtkIdType id = _points->InsertNextPoint(projected[i].x, projected[i].y, projected[i].z);
-            if (i > 0 && distance(projected[i - 1], projected[i]) < TORN_LINE)
+            if (i > 0 && distance(projected[i - 1], projected[i]) < TORN_LINE) {
                 _lines->InsertNextCell({id - 1, id});
+            }
         }
         return {projected.front(), projected.back()};
     }
@@ -170,19 +175,22 @@ void QUORLatLonGridElement::loadStyle(bool night) {
 
 QString QUORLatLonGridElement::getLatitudeLabel(double lat) {
     const QString number = QString::number(std::abs(lat), 'g', 6);
-    if (lat == 0.0)
+    if (lat == 0.0) {
         return number;
+    }
     return number + QLatin1Char(lat > 0.0 ? 'N' : 'S');
 }
 
 QString QUORLatLonGridElement::getLongitudeLabel(double lon) {
-    if (lon <= -180.0)
+    if (lon <= -180.0) {
         lon += 360.0;
-    else if (lon > 180.0)
+    } else if (lon > 180.0) {
         lon -= 360.0;
+    }
     const QString number = QString::number(std::abs(lon), 'g', 6);
-    if (lon == 0.0 || std::abs(lon) >= 180.0)
+    if (lon == 0.0 || std::abs(lon) >= 180.0) {
         return number;
+    }
     return number + QLatin1Char(lon > 0.0 ? 'E' : 'W');
 }
 
@@ -195,11 +203,13 @@ void QUORLatLonGridElement::createVTK() {
     _prop = nullptr;
     loadStyle(false);
     const QUORGeoProjection::CPtr projection = _params->getGeoProjection();
-    if (!projection || !projection->isReady() || !(_params->getRange() >= 0.0))
+    if (!projection || !projection->isReady() || !(_params->getRange() >= 0.0)) {
         return;
+    }
     const Area area = areaAround(*projection, _params->getRange());
-    if (area.minLat > area.maxLat)
+    if (area.minLat > area.maxLat) {
         return;
+    }
 
     auto layer = vtkSmartPointer<QUOR2DLayerActor>::New();
     const double scale = _style.number("label/size");

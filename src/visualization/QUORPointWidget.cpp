@@ -23,29 +23,27 @@
 #include <algorithm>
 #include <cmath>
 
-vtkStandardNewMacro(QUORPointWidget)
+namespace {
 
-    namespace {
+constexpr std::array<QUORStyleGroup::Row, 8> STYLE{{
+    {"line/selected/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
+    {"line/selected/width", QUORStyleGroup::Kind::LineWidth, {2.0}},
+    {"line/unselected/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
+    {"line/unselected/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
+    {"marker/radius", QUORStyleGroup::Kind::Length, {5100.0}},
+    {"home/marker/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
+    {"home/label/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
+    {"home/label/fontsize", QUORStyleGroup::Kind::FontSize, {8.0}},
+}};
 
-    constexpr std::array<QUORStyleGroup::Row, 8> STYLE{{
-        {"line/selected/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-        {"line/selected/width", QUORStyleGroup::Kind::LineWidth, {2.0}},
-        {"line/unselected/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-        {"line/unselected/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
-        {"marker/radius", QUORStyleGroup::Kind::Length, {5100.0}},
-        {"home/marker/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-        {"home/label/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-        {"home/label/fontsize", QUORStyleGroup::Kind::FontSize, {8.0}},
-    }};
+void dressLine(vtkProperty* property, const QUORStyleGroup::Color& color, double width) {
+    property->SetLineWidth(static_cast<float>(width));
+    property->SetColor(color[0], color[1], color[2]);
+}
 
-    void dressLine(vtkProperty * property, const QUORStyleGroup::Color& color, double width) {
-        property->SetLineWidth(static_cast<float>(width));
-        property->SetColor(color[0], color[1], color[2]);
-    }
-
-    bool isZero(double value) {
-        return static_cast<float>(value) == 0.0F;
-    }
+bool isZero(double value) {
+    return static_cast<float>(value) == 0.0F;
+}
 
 } // namespace
 
@@ -115,8 +113,9 @@ void QUORPointWidget::dressCursor() {
 }
 
 void QUORPointWidget::destroy() {
-    if (!_parts)
+    if (!_parts) {
         return;
+    }
     this->RemoveAllObservers();
     _callback->Delete();
     _callback = nullptr;
@@ -129,19 +128,22 @@ void QUORPointWidget::loadStyle(bool night) {
 }
 
 void QUORPointWidget::update() {
-    if (!_parts)
+    if (!_parts) {
         return;
+    }
     this->Cursor3D->Update();
     this->GetPolyData(_pointData);
     vtkPoints* points = _pointData->GetPoints();
     QUOR_ASSERT(points);
-    if (points->GetNumberOfPoints() == 0)
+    if (points->GetNumberOfPoints() == 0) {
         return;
+    }
     const double* point = points->GetPoint(0);
     QUOR_ASSERT(point);
     _point = {point[0], point[1], point[2]};
-    if (_observer)
+    if (_observer) {
         _observer->pointMoved(this, _point);
+    }
     _pointMarker->VisibilityOn();
     _homeMarker->VisibilityOn();
     showPointColor();
@@ -169,8 +171,9 @@ void QUORPointWidget::setBounds(const double* bounds) {
 }
 
 void QUORPointWidget::resetActors() {
-    if (!_parts)
+    if (!_parts) {
         return;
+    }
     showPointColor();
     _pointMarker->GetProperty()->SetAmbient(1.0);
     _pointMarker->GetProperty()->SetOpacity(0.4);
@@ -184,8 +187,9 @@ void QUORPointWidget::resetActors() {
 
 void QUORPointWidget::SetEnabled(int enabling) {
     this->Superclass::SetEnabled(enabling);
-    if (_parts)
+    if (_parts) {
         _pointMarker->SetVisibility(enabling);
+    }
 }
 
 vtkPropAssembly* QUORPointWidget::getParts() const {
@@ -198,14 +202,18 @@ void QUORPointWidget::showPointColor() {
 }
 
 void QUORPointWidget::placePointMarker(const QUORPoint3D& position) {
-    if (_parts)
+    if (_parts) {
         _pointMarker->SetPosition(position.x, position.y, position.z);
+    }
 }
 
 void QUORPointWidget::placeHome() {
-    if (!_parts)
+    if (!_parts) {
         return;
+    }
     const double z = _homePosition.z * _verticalScale;
     _homeMarker->SetPosition(_homePosition.x, _homePosition.y, z);
     _homeCaption->SetAttachmentPoint(_homePosition.x, _homePosition.y, z);
 }
+
+vtkStandardNewMacro(QUORPointWidget)

@@ -4,6 +4,7 @@
 #include "QUORPointWidget.h"
 
 void QUORPointWidgetCallback::Execute(vtkObject* caller, unsigned long /*event*/, void* /*callData*/) {
-    if (auto* widget = QUORPointWidget::SafeDownCast(caller))
+    if (auto* widget = QUORPointWidget::SafeDownCast(caller)) {
         widget->update();
+    }
 }

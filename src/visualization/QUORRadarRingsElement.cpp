@@ -43,10 +43,12 @@ vtkIdType insertAt(vtkPoints* points, double radius, double angle) {
 
 void addRing(vtkPoints* points, vtkCellArray* lines, double radius) {
     const vtkIdType first = points->GetNumberOfPoints();
-    for (int k = 0; k < RING_POINTS; ++k)
+    for (int k = 0; k < RING_POINTS; ++k) {
         insertAt(points, radius, k * 2.0 * std::numbers::pi / RING_POINTS);
-    for (int k = 0; k < RING_POINTS; ++k)
+    }
+    for (int k = 0; k < RING_POINTS; ++k) {
         lines->InsertNextCell({first + k, first + (k + 1) % RING_POINTS});
+    }
 }
 
 void addSpokes(vtkPoints* points, vtkCellArray* lines, double radius) {
@@ -84,14 +86,16 @@ void QUORRadarRingsElement::createVTK() {
     loadStyle(false);
     const double unit = _params->isMetricUnits() ? 1.0 : NAUTICAL_UNIT;
     const double outer = unit * _params->getRange();
-    if (!(outer > 0.0 && outer <= MAXIMUM_RADIUS))
+    if (!(outer > 0.0 && outer <= MAXIMUM_RADIUS)) {
         return;
+    }
 
     vtkNew<vtkPoints> points;
     points->SetDataTypeToDouble();
     vtkNew<vtkCellArray> lines;
-    for (const double fraction : RING_FRACTIONS)
+    for (const double fraction : RING_FRACTIONS) {
         addRing(points, lines, outer * fraction);
+    }
     addSpokes(points, lines, outer);
 
     auto layer = vtkSmartPointer<QUOR2DLayerActor>::New();

@@ -48,8 +48,9 @@ QUORStyleGroup::Color readRow(const QUORSettingsReader& reader, const QUORStyleG
         return value;
     }
     static constexpr std::array<const char*, 3> COMPONENTS{"/r", "/g", "/b"};
-    for (std::size_t i = 0; i < COMPONENTS.size(); ++i)
+    for (std::size_t i = 0; i < COMPONENTS.size(); ++i) {
         value[i] = readNumber(reader, key + COMPONENTS[i], row.kind, row.fallback[i]);
+    }
     return value;
 }
 

@@ -22,8 +22,9 @@ std::vector<Part*> partsOf(Assembly* assembly) {
     std::vector<Part*> parts;
     assembly->GetParts()->InitTraversal();
     while (auto* part = assembly->GetParts()->GetNextProp3D()) {
-        if (auto* wanted = Part::SafeDownCast(part))
+        if (auto* wanted = Part::SafeDownCast(part)) {
             parts.push_back(wanted);
+        }
     }
     return parts;
 }

@@ -22,8 +22,9 @@ protected:
     void SetUp() override {
         QString error;
         window = QUORRenderWindowFactory::create(error);
-        if (!window)
+        if (!window) {
             GTEST_SKIP() << "cannot draw here: " << error.toStdString();
+        }
         window->SetSize(SIDE, SIDE);
         window->AddRenderer(renderer);
         interactor->SetRenderWindow(window);
@@ -34,8 +35,9 @@ protected:
     }
 
     void TearDown() override {
-        if (!window)
+        if (!window) {
             return;
+        }
         interactor->SetRenderWindow(nullptr);
         renderer->RemoveAllViewProps();
         window->RemoveRenderer(renderer);

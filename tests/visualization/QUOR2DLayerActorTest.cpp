@@ -104,8 +104,9 @@ TEST_F(QUOR2DLayerActorTest, ScaleAndPositionMoveTheParts) {
         EXPECT_EQ(colorAt(3.5, 3.3), RED);
         EXPECT_EQ(colorAt(2.0, 3.7), BLACK);
         const std::array<double, 6> expected{0.0, 4.0, 2.5, 3.5, 0.0, 0.0};
-        for (std::size_t i = 0; i < expected.size(); ++i)
+        for (std::size_t i = 0; i < expected.size(); ++i) {
             EXPECT_DOUBLE_EQ(layer->GetBounds()[i], expected[i]);
+        }
     }
 }
 

@@ -28,8 +28,9 @@ class QUORCompassRepresentationTest : public OffscreenScene {
 protected:
     void SetUp() override {
         OffscreenScene::SetUp();
-        if (IsSkipped())
+        if (IsSkipped()) {
             return;
+        }
         camera->SetDefaultRenderer(renderer);
         camera->SetCurrentRenderer(renderer);
         compass->SetRenderer(renderer);
@@ -63,8 +64,9 @@ protected:
         actors->InitTraversal();
         while (vtkProp* actor = actors->GetNextProp()) {
             auto* candidate = vtkTextActor::SafeDownCast(actor);
-            if (candidate && text == QString::fromUtf8(candidate->GetInput()))
+            if (candidate && text == QString::fromUtf8(candidate->GetInput())) {
                 return candidate;
+            }
         }
         return nullptr;
     }

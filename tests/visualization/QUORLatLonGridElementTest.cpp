@@ -116,9 +116,10 @@ TEST_F(QUORLatLonGridElementTest, SpansAllLongitudesAtThePole) {
     EXPECT_EQ(lines()->GetNumberOfPoints(), parallels * 181 + meridians * 25);
     // The parallels have end labels only, exactly at their ends; the meridians only their southern ones.
     ASSERT_EQ(actors().size(), static_cast<std::size_t>(parallels + meridians + 1));
-    for (int i = 0; i < parallels; ++i)
+    for (int i = 0; i < parallels; ++i) {
         expectLabelAt(actors()[static_cast<std::size_t>(i)],
                       projection->projectFromLatLon(QUORCoordinate(84.0 + i, 180.0)), 0.0, 0.0);
+    }
     expectLabelAt(actors()[parallels], projection->projectFromLatLon(QUORCoordinate(84.0, -180.0)), -0.5,
                   -1.4);
 }
@@ -144,11 +145,13 @@ TEST_F(QUORLatLonGridElementTest, StaysBoundedWhateverTheArea) {
         SCOPED_TRACE(row.name);
         updateWith(row.projection, row.range);
         ASSERT_EQ(row.points > 0, bool(element.getProp()));
-        if (row.points == 0)
+        if (row.points == 0) {
             continue;
+        }
         EXPECT_EQ(lines()->GetNumberOfPoints(), row.points);
         const double* bounds = lines()->GetBounds();
-        for (int i = 0; i < 6; ++i)
+        for (int i = 0; i < 6; ++i) {
             EXPECT_LT(std::abs(bounds[i]), 3.0e7);
+        }
     }
 }

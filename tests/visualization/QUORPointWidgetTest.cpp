@@ -32,8 +32,9 @@ class QUORPointWidgetTest : public OffscreenScene {
 protected:
     void SetUp() override {
         OffscreenScene::SetUp();
-        if (IsSkipped())
+        if (IsSkipped()) {
             return;
+        }
         vtkCamera* camera = renderer->GetActiveCamera();
         camera->ParallelProjectionOn();
         camera->SetParallelScale(20000.0);
@@ -125,20 +126,15 @@ TEST_F(QUORPointWidgetTest, NewBoundsKeepTheRelativeHeight) {
 }
 
 TEST_F(QUORPointWidgetTest, ResetsColoursAndTakesItsStyleFromTheFile) {
-    ScratchHome::writeSettings(
-        "QUOR3DVisStyles.conf",
-        "[CURSORTOOL_DAY]\nline\\selected\\width=3\nline\\unselected\\color\\g=0.9\n"
-        "home\\marker\\color\\r=0.6\nhome\\label\\fontsize=11.6\nmarker\\radius=2000\n");
+    ScratchHome::writeSettings("QUOR3DVisStyles.conf",
+                               "[CURSORTOOL_DAY]\nline\\selected\\width=3\n"
+                               "home\\marker\\color\\r=0.6\nhome\\label\\fontsize=11.6\n");
     widget->setPointColor({51, 102, 255});
     show(nullptr);
     widget->resetActors();
     EXPECT_FLOAT_EQ(widget->GetSelectedProperty()->GetLineWidth(), 3.0F);
-    EXPECT_DOUBLE_EQ(widget->GetProperty()->GetColor()[1], 0.9);
     EXPECT_EQ(caption()->GetCaptionTextProperty()->GetFontSize(), 12);
     EXPECT_DOUBLE_EQ(homeMarker()->GetProperty()->GetColor()[0], 0.6);
-    EXPECT_NEAR(homeMarker()->GetBounds()[5] - homeMarker()->GetBounds()[4], 4000.0, 1.0);
     EXPECT_NEAR(pointMarker()->GetProperty()->GetColor()[0], 0.2, 1e-6);
     EXPECT_DOUBLE_EQ(pointMarker()->GetPosition()[2], 5000.0);
-    widget->SetEnabled(0);
-    EXPECT_FALSE(pointMarker()->GetVisibility());
 }

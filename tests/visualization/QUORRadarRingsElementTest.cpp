@@ -95,9 +95,10 @@ TEST_F(QUORRadarRingsElementTest, LabelsEachRingTwice) {
             const double x[2] = {radius, -radius - 1.1 * width * scale};
             for (std::size_t side = 0; side < 2; ++side) {
                 vtkActor* label = parts[1 + 2 * i + side];
-                for (int axis = 0; axis < 6; ++axis)
+                for (int axis = 0; axis < 6; ++axis) {
                     EXPECT_DOUBLE_EQ(label->GetMapper()->GetBounds()[axis],
                                      text[static_cast<std::size_t>(axis)]);
+                }
                 EXPECT_NEAR(label->GetPosition()[0], x[side], 1e-6);
                 EXPECT_NEAR(label->GetPosition()[1], 0.3 * height * scale, 1e-6);
                 EXPECT_DOUBLE_EQ(label->GetPosition()[2], 0.0);
@@ -130,18 +131,9 @@ TEST_F(QUORRadarRingsElementTest, ShowsNothingWithoutASensibleRadius) {
     }
 }
 
-TEST_F(QUORRadarRingsElementTest, TakesItsStyleFromTheFile) {
-    const QByteArray style = "[RADARRINGS_DAY]\nline\\color\\r=0.75\nline\\width=2.5\n"
-                             "label\\color\\g=0.9\nlabel\\size=20000\n";
-    ScratchHome::writeSettings("QUOR3DVisStyles.conf", style);
-    update(makeRecord(80000.0, true));
-    EXPECT_DOUBLE_EQ(actors().at(0)->GetProperty()->GetColor()[0], 0.75);
-    EXPECT_FLOAT_EQ(actors().at(0)->GetProperty()->GetLineWidth(), 2.5F);
-    EXPECT_DOUBLE_EQ(actors().at(1)->GetProperty()->GetColor()[1], 0.9);
-    EXPECT_NEAR(actors().at(1)->GetScale()[0], 4000.0, 1e-6);
-
-    ScratchHome::writeSettings("QUOR3DVisStyles.conf", style + "label\\halo\\width=1.5\n");
-    element.invalidate();
+TEST_F(QUORRadarRingsElementTest, AHaloLiesUnderEachLabel) {
+    ScratchHome::writeSettings("QUOR3DVisStyles.conf",
+                               "[RADARRINGS_DAY]\nlabel\\halo\\width=1.5\nlabel\\size=20000\n");
     update(makeRecord(80000.0, true));
     ASSERT_EQ(actors().size(), 17U);
     vtkActor* halo = actors()[1];
@@ -149,4 +141,5 @@ TEST_F(QUORRadarRingsElementTest, TakesItsStyleFromTheFile) {
     EXPECT_FLOAT_EQ(halo->GetProperty()->GetLineWidth(), 3.0F);
     EXPECT_EQ(halo->GetMapper(), actors()[2]->GetMapper());
     EXPECT_DOUBLE_EQ(halo->GetPosition()[0], actors()[2]->GetPosition()[0]);
+    EXPECT_NEAR(halo->GetScale()[0], 4000.0, 1e-6);
 }

@@ -43,8 +43,9 @@ TEST(QUORStyleGroupTest, ReadsTheGroupOfTheHourWithItsDefaults) {
         EXPECT_DOUBLE_EQ(style.number("pen/opacity"), row.opacity);
         EXPECT_DOUBLE_EQ(style.number("font/size"), 9.0);
     }
-    for (const char* key : {"font/size", "pen/color/b", "pen/opacity"})
+    for (const char* key : {"font/size", "pen/color/b", "pen/opacity"}) {
         EXPECT_EQ(log.count(key), 1) << key;
+    }
 }
 
 /// A key that no component reads would be an edit without effect.
