@@ -11,12 +11,16 @@
 #include <QCoreApplication>
 
 #include <vtkActor.h>
+#include <vtkCellArray.h>
 #include <vtkColorTransferFunction.h>
 #include <vtkDataSetMapper.h>
 #include <vtkImageData.h>
 #include <vtkNew.h>
+#include <vtkPointData.h>
+#include <vtkPolyData.h>
 #include <vtkProperty.h>
 #include <vtkThreshold.h>
+#include <vtkUnstructuredGrid.h>
 
 namespace {
 
@@ -53,6 +57,24 @@ vtkSmartPointer<vtkAlgorithm> vtk_2D_data_create(const QUORFile& file) {
     threshold->Update();
     log.logDebug(QStringLiteral("..2d data read in ") + watch.seconds() + QStringLiteral(" seconds."));
     return threshold;
+}
+
+/// The pixel cells as polygons, which the mapper draws as they are: what it would extract from a grid by
+/// itself leaks with each image.
+vtkSmartPointer<vtkPolyData> makeSurface(vtkUnstructuredGrid* pixels) {
+    vtkNew<vtkCellArray> quads;
+    quads->AllocateExact(pixels->GetNumberOfCells(), 4 * pixels->GetNumberOfCells());
+    vtkIdType count = 0;
+    const vtkIdType* ids = nullptr;
+    for (vtkIdType i = 0; i < pixels->GetNumberOfCells(); ++i) {
+        pixels->GetCellPoints(i, count, ids);
+        quads->InsertNextCell({ids[0], ids[1], ids[3], ids[2]});
+    }
+    auto surface = vtkSmartPointer<vtkPolyData>::New();
+    surface->SetPoints(pixels->GetPoints());
+    surface->SetPolys(quads);
+    surface->GetPointData()->ShallowCopy(pixels->GetPointData());
+    return surface;
 }
 
 } // namespace
@@ -101,7 +123,7 @@ void QUOR2DVisualElement::createVTK() {
     _colormap = std::make_shared<QUORColormap>(QStringLiteral("Default"),
                                                _params->getDataFile()->getDataType(), QUORColormap::Absolute);
     _mapper = vtkSmartPointer<vtkDataSetMapper>::New();
-    _mapper->SetInputConnection(_data->GetOutputPort());
+    _mapper->SetInputData(makeSurface(vtkUnstructuredGrid::SafeDownCast(_data->GetOutputDataObject(0))));
     _mapper->SetLookupTable(_colormap->getMap());
     _mapper->SetUseLookupTableScalarRange(true);
     // Bytes would otherwise be taken as colours themselves.
