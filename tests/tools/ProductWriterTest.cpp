@@ -164,11 +164,16 @@ TEST(ProductWriter, OneByteVelocityIsFolded) {
     }
 }
 
-TEST(ProductWriter, FailureLeavesNothingBehind) {
+TEST(ProductWriter, FailureSaysWhereAndLeavesNothingBehind) {
     const QTemporaryDir dir;
+    QFile blocker(dir.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
     QDir(dir.path()).mkdir(QStringLiteral("taken"));
-    EXPECT_NE(ProductWriter::write(unusualProduct(), dir.filePath(QStringLiteral("taken"))), QString());
-    EXPECT_NE(ProductWriter::write(unusualProduct(), dir.filePath(QStringLiteral("missing/x"))), QString());
+    for (const QString& name : {QStringLiteral("taken"), QStringLiteral("file/x")}) {
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(ProductWriter::write(unusualProduct(), path).startsWith(path + QStringLiteral(": ")));
+    }
     const auto all = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
-    EXPECT_EQ(QDir(dir.path()).entryList(all), QStringList(QStringLiteral("taken")));
+    EXPECT_EQ(QDir(dir.path()).entryList(all),
+              QStringList({QStringLiteral("file"), QStringLiteral("taken")}));
 }

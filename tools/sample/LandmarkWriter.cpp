@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "LandmarkWriter.h"
 
-#include "QUORFilePublisher.h"
+#include "WholeFile.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTextStream>
 
 #include <algorithm>
@@ -79,19 +77,6 @@ QString LandmarkWriter::toText(const std::vector<Town>& towns) {
 }
 
 QString LandmarkWriter::write(const QString& folder, const std::vector<Town>& towns, QString& path) {
-    if (!QDir().mkpath(folder)) {
-        return folder + QStringLiteral(": the folder cannot be made");
-    }
     path = folder + QStringLiteral("/QUOR3DLandmarks.conf");
-    QUORFilePublisher publisher(path);
-    if (!publisher.isReady()) {
-        return publisher.getError();
-    }
-    const QByteArray bytes = toText(towns).toUtf8();
-    QFile file(publisher.getTemporaryPath());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || file.write(bytes) != bytes.size()) {
-        return file.errorString();
-    }
-    file.close();
-    return publisher.publish(false) ? QString() : publisher.getError();
+    return writeWholeFile(path, toText(towns).toUtf8());
 }

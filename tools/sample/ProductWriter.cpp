@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ProductWriter.h"
 
-#include "QUORFilePublisher.h"
+#include "WholeFile.h"
 
-#include <QFile>
 #include <QtEndian>
 
 #include <algorithm>
@@ -173,15 +172,5 @@ QByteArray ProductWriter::toBytes(const SampleProduct& product) {
 }
 
 QString ProductWriter::write(const SampleProduct& product, const QString& path) {
-    QUORFilePublisher publisher(path);
-    if (!publisher.isReady()) {
-        return publisher.getError();
-    }
-    const QByteArray bytes = toBytes(product);
-    QFile file(publisher.getTemporaryPath());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || file.write(bytes) != bytes.size()) {
-        return file.errorString();
-    }
-    file.close();
-    return publisher.publish(false) ? QString() : publisher.getError();
+    return writeWholeFile(path, toBytes(product));
 }

@@ -68,6 +68,6 @@ public:
     /// extension, such as CAZ210729123848.cap.
     static QString fileName(const SampleProduct& product);
     static QByteArray toBytes(const SampleProduct& product);
-    /// The file appears whole under its name, or not at all; an empty text, or the reason.
+    /// The file appears whole under its name, or not at all; an empty text, or the path and the reason.
     static QString write(const SampleProduct& product, const QString& path);
 };

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "TerrainWriter.h"
 
-#include "QUORFilePublisher.h"
+#include "WholeFile.h"
 
-#include <QDir>
-#include <QFile>
 #include <QtEndian>
 
 #include <algorithm>
@@ -152,26 +150,15 @@ QByteArray TerrainWriter::makeTile(int lat, int lon) const {
 
 QString TerrainWriter::writeTiles(const QString& folder, int degrees,
                                   const std::function<void(const QString& path)>& written) const {
-    if (!QDir().mkpath(folder)) {
-        return folder + QStringLiteral(": the folder cannot be made");
-    }
     const int south = std::max(int(std::floor(_siteLat - degrees)), -90);
     const int north = std::min(int(std::ceil(_siteLat + degrees)), 90);
     for (int lat = south; lat < north; ++lat) {
         for (int lon = int(std::floor(_siteLon - degrees)); lon < int(std::ceil(_siteLon + degrees)); ++lon) {
             const int name = lon < -180 ? lon + 360 : lon >= 180 ? lon - 360 : lon;
             const QString path = folder + QLatin1Char('/') + fileName(lat, name);
-            QUORFilePublisher publisher(path);
-            QFile file(publisher.getTemporaryPath());
-            const QByteArray bytes = makeTile(lat, lon);
-            if (!publisher.isReady() || !file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ||
-                file.write(bytes) != bytes.size()) {
-                return path + QStringLiteral(": ") +
-                       (publisher.isReady() ? file.errorString() : publisher.getError());
-            }
-            file.close();
-            if (!publisher.publish(false)) {
-                return path + QStringLiteral(": ") + publisher.getError();
+            const QString error = writeWholeFile(path, makeTile(lat, lon));
+            if (!error.isEmpty()) {
+                return error;
             }
             written(path);
         }

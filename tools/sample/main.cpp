@@ -5,7 +5,6 @@
 #include "TerrainWriter.h"
 
 #include <QCoreApplication>
-#include <QDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -34,16 +33,13 @@ int writeProducts(const SampleOptions& options) {
     const StormProducts storm(frame, StormModel(options.seed, reach));
     QString error;
     const auto write = [&](const QString& folder, const SampleProduct& product) {
-        const QString directory = options.output + QLatin1Char('/') + folder;
-        const QString path = directory + QLatin1Char('/') + ProductWriter::fileName(product);
-        error = QDir().mkpath(directory) ? ProductWriter::write(product, path)
-                                         : QStringLiteral("the folder cannot be made");
-        if (!error.isEmpty()) {
-            error = path + QStringLiteral(": ") + error;
-            return false;
+        const QString path =
+            options.output + QLatin1Char('/') + folder + QLatin1Char('/') + ProductWriter::fileName(product);
+        error = ProductWriter::write(product, path);
+        if (error.isEmpty()) {
+            announce(path);
         }
-        announce(path);
-        return true;
+        return error.isEmpty();
     };
     for (int step = 0; step < options.steps; ++step) {
         if (!storm.make(step * STEP_SECONDS, write)) {
