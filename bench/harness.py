@@ -12,11 +12,18 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BINARIES = ROOT / "build" / "release" / "bin"
 DEADLINE = 180
 
-# Data only, as a plain script would draw it: no terrain, grid, rings, labels, outline or flat layer.
-DATA_ONLY = ("\n[DISPLAYSTATE]\nDISPLAYSTATES\\size=2\nDISPLAYSTATES\\1\\displayStateName=Custom\n"
-             "DISPLAYSTATES\\2\\displayStateName=Data\n") + "".join(
-    "DISPLAYSTATES\\2\\displayStateLayerVisible%d=%s\nDISPLAYSTATES\\2\\displayStateLayerOpacity%d=100\n"
-    % (key, "true" if key in (10, 40, 12) else "false", key) for key in (10, 40, 11, 12, 13, 44, 41, 42, 43))
+
+
+def display_state(hidden):
+    """A display state named "Data" without the layers of those keys."""
+    return ("\n[DISPLAYSTATE]\nDISPLAYSTATES\\size=2\nDISPLAYSTATES\\1\\displayStateName=Custom\n"
+            "DISPLAYSTATES\\2\\displayStateName=Data\n") + "".join(
+        "DISPLAYSTATES\\2\\displayStateLayerVisible%d=%s\nDISPLAYSTATES\\2\\displayStateLayerOpacity%d=100\n"
+        % (key, "false" if key in hidden else "true", key) for key in (10, 40, 11, 12, 13, 44, 41, 42, 43))
+
+
+# As a plain script would draw it: no terrain, grid, rings, labels, outline or flat layer.
+DATA_ONLY = display_state((11, 13, 44, 41, 42, 43))
 
 
 class Failure(Exception):
@@ -27,7 +34,7 @@ class Service:
     """quor3dd in the foreground with a home of its own; a context manager. Lines of its log are kept with
     the time at which they arrived."""
 
-    def __init__(self, loglevel=0, displaystate="Default", settings=""):
+    def __init__(self, loglevel=0, displaystate="Default", settings="", product2d="(none)"):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="quor3d-bench."))
         self.volumes, self.flat, self.images = (self.root / name for name in ("3d", "2d", "images"))
         conf = self.root / "home" / ".config" / "QUOR"
@@ -39,7 +46,7 @@ class Service:
         (conf / "QUOR3D.conf").write_text("[GENERAL]\ndata3d=%s\ndata2d=%s\n%s" % (self.volumes, self.flat, settings))
         (self.root / "background.conf").write_text(
             "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=TIFF\ndisplaystate=%s\nproducts\\size=4\n%s"
-            % (self.images, displaystate, "".join("products\\%d\\product=(none)\n" % i for i in range(1, 5))))
+            % (self.images, displaystate, "".join("products\\%d\\product=%s\n" % (i, product2d) for i in range(1, 5))))
         self.loglevel = loglevel
         self.lines = []
         self.process = None
