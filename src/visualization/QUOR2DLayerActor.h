@@ -19,7 +19,7 @@ public:
     static QUOR2DLayerActor* New();
     vtkTypeMacro(QUOR2DLayerActor, vtkProp3D)
 
-        void AddPart(vtkProp3D* part);
+    void AddPart(vtkProp3D* part);
     vtkAssembly* GetAssembly() const;
 
     double* GetBounds() override;

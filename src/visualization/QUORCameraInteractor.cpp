@@ -18,35 +18,35 @@
 
 vtkStandardNewMacro(QUORCameraInteractor)
 
-    namespace {
+namespace {
 
-    constexpr double PI = 3.14159265;
-    constexpr double FLOOR_HEIGHT = 2000.0;
-    constexpr double NEAR_DISTANCE = 100.0;
-    constexpr double NUDGE = 0.000001;
-    constexpr double PITCH_LIMIT = 1.5690509957500003;
-    constexpr double PITCH_LIMIT_SINE = 0.9999984769101585;
-    constexpr double PITCH_LIMIT_COSINE = 0.0017453301587975797;
-    constexpr double PAN_SCALE = 0.001;
+constexpr double PI = 3.14159265;
+constexpr double FLOOR_HEIGHT = 2000.0;
+constexpr double NEAR_DISTANCE = 100.0;
+constexpr double NUDGE = 0.000001;
+constexpr double PITCH_LIMIT = 1.5690509957500003;
+constexpr double PITCH_LIMIT_SINE = 0.9999984769101585;
+constexpr double PITCH_LIMIT_COSINE = 0.0017453301587975797;
+constexpr double PAN_SCALE = 0.001;
 
-    constexpr QUORPoint3D VERTICAL{0.0, 0.0, 1.0};
+constexpr QUORPoint3D VERTICAL{0.0, 0.0, 1.0};
 
-    using namespace QUORViewGeometry;
+using namespace QUORViewGeometry;
 
-    QUORPoint3D pitchAxis(const QUORPoint3D& position, const QUORPoint3D& target) {
-        const QUORPoint3D v = normalised(target - position);
-        return {v.y, -v.x, 0.0};
-    }
+QUORPoint3D pitchAxis(const QUORPoint3D& position, const QUORPoint3D& target) {
+    const QUORPoint3D v = normalised(target - position);
+    return {v.y, -v.x, 0.0};
+}
 
-    /// Of a rotation: headings and pitches grow clockwise about their axes.
-    double degrees(double radians) {
-        return radians * -180.0 / PI;
-    }
+/// Of a rotation: headings and pitches grow clockwise about their axes.
+double degrees(double radians) {
+    return radians * -180.0 / PI;
+}
 
-    /// A pitch step must neither turn the view over nor make it look up.
-    bool keepsLookingDown(const QUORPoint3D& before, const QUORPoint3D& after) {
-        return before.x * after.x + before.y * after.y > 0.0 && after.z < 0.0;
-    }
+/// A pitch step must neither turn the view over nor make it look up.
+bool keepsLookingDown(const QUORPoint3D& before, const QUORPoint3D& after) {
+    return before.x * after.x + before.y * after.y > 0.0 && after.z < 0.0;
+}
 
 } // namespace
 

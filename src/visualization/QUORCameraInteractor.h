@@ -22,9 +22,9 @@ public:
     static QUORCameraInteractor* New();
     vtkTypeMacro(QUORCameraInteractor, vtkInteractorStyleUser)
 
-        /// A distance of 0 or less is derived: twice the position's length, and 0.3 of the maximum distance.
-        void resetCamera(const QUORPoint3D& position, const QUORPoint3D& direction, double maxDistance,
-                         double maxTargetDistance);
+    /// A distance of 0 or less is derived: twice the position's length, and 0.3 of the maximum distance.
+    void resetCamera(const QUORPoint3D& position, const QUORPoint3D& direction, double maxDistance,
+                     double maxTargetDistance);
     /// Repeats the last reset.
     void resetCamera();
     /// Takes another view and keeps the maximum distances.

@@ -11,9 +11,7 @@ public:
     static QUORCameraInteractorCallback* New() { return new QUORCameraInteractorCallback; }
     vtkTypeMacro(QUORCameraInteractorCallback, vtkCommand)
 
-        void setObserver(QUORCameraInteractorObserver* observer) {
-        _observer = observer;
-    }
+    void setObserver(QUORCameraInteractorObserver* observer) { _observer = observer; }
     /// `callData` points to an int: 0 for a move, 1 for a reset; nothing happens without it.
     void Execute(vtkObject* caller, unsigned long event, void* callData) override;
 

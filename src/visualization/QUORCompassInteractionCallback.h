@@ -11,10 +11,8 @@ public:
     static QUORCompassInteractionCallback* New() { return new QUORCompassInteractionCallback; }
     vtkTypeMacro(QUORCompassInteractionCallback, vtkCommand)
 
-        /// Not owned; must outlive the compass widget's last event.
-        void setCamera(QUORCameraInteractor* camera) {
-        _camera = camera;
-    }
+    /// Not owned; must outlive the compass widget's last event.
+    void setCamera(QUORCameraInteractor* camera) { _camera = camera; }
     void Execute(vtkObject* caller, unsigned long event, void* callData) override;
 
 private:

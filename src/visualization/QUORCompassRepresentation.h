@@ -41,7 +41,8 @@ public:
     QUORCompassRepresentation& operator=(const QUORCompassRepresentation&) = delete;
     vtkTypeMacro(QUORCompassRepresentation, vtkCompassRepresentation)
 
-        protected : QUORCompassRepresentation();
+protected:
+    QUORCompassRepresentation();
     ~QUORCompassRepresentation() override = default;
 
 private:

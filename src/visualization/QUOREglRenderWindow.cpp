@@ -15,7 +15,7 @@
 
 vtkStandardNewMacro(QUOREglRenderWindow)
 
-    QUOREglRenderWindow::QUOREglRenderWindow() {
+QUOREglRenderWindow::QUOREglRenderWindow() {
     this->SetOffScreenRendering(1);
     this->FrameBlitMode = NoBlit;
     this->OwnContext = 1;

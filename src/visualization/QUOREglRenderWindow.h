@@ -13,8 +13,8 @@ public:
     static QUOREglRenderWindow* New();
     vtkTypeMacro(QUOREglRenderWindow, vtkGenericOpenGLRenderWindow)
 
-        /// Makes the context when there is none yet.
-        void Initialize() override;
+    /// Makes the context when there is none yet.
+    void Initialize() override;
     /// Releases what was drawn and destroys the context; the window may be used again.
     void Finalize() override;
 

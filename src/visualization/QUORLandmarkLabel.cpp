@@ -27,6 +27,14 @@ constexpr double TEXT_GAP = 3.0;
 /// Labels have 6 to 11 points: at the window's nominal 72 dots an inch nobody could read the small ones.
 constexpr double DOTS_PER_POINT = 120.0 / 72.0;
 
+constexpr int EDGE_WIDTH = 1; // pixels
+
+/// What sets letters of a colour off from any ground.
+double edgeShade(const std::array<double, 3>& color) {
+    const double luminance = 0.2126 * color[0] + 0.7152 * color[1] + 0.0722 * color[2]; // ITU-R BT.709
+    return luminance < 0.35 ? 0.95 : 0.05;
+}
+
 /// Metres in front of the camera.
 double depthOf(const std::array<double, 3>& place, vtkCamera* camera) {
     const double* position = camera->GetPosition();
@@ -51,7 +59,7 @@ double pixelsPerMetre(const std::array<double, 3>& place, vtkRenderer* renderer)
 
 vtkStandardNewMacro(QUORLandmarkLabel)
 
-    QUORLandmarkLabel::QUORLandmarkLabel() {
+QUORLandmarkLabel::QUORLandmarkLabel() {
     Sphere->SetRadius(MARKER_RADIUS);
     Sphere->SetThetaResolution(MARKER_THETA_RESOLUTION);
     Sphere->SetPhiResolution(MARKER_PHI_RESOLUTION);
@@ -137,6 +145,11 @@ void QUORLandmarkLabel::PlaceParts(vtkRenderer* renderer) {
     TextProperty->SetColor(Color[0], Color[1], Color[2]);
     TextActor->SetTextProperty(TextProperty);
     TextActor->SetInput(Text.toUtf8().constData());
+    const double shade = edgeShade(Color);
+    EdgeProperty->ShallowCopy(TextProperty);
+    EdgeProperty->SetColor(shade, shade, shade);
+    EdgeActor->SetTextProperty(EdgeProperty);
+    EdgeActor->SetInput(TextActor->GetInput());
     const int* position = PositionCoordinate->GetComputedDisplayValue(renderer);
     TextActor->SetDisplayPosition(position[0], position[1]);
 }
@@ -147,11 +160,26 @@ int QUORLandmarkLabel::RenderOpaqueGeometry(vtkViewport* viewport) {
         return 0;
     }
     PlaceParts(renderer);
-    return Marker->RenderOpaqueGeometry(viewport) + TextActor->RenderOpaqueGeometry(viewport);
+    return Marker->RenderOpaqueGeometry(viewport) + EdgeActor->RenderOpaqueGeometry(viewport) +
+           TextActor->RenderOpaqueGeometry(viewport);
 }
 
 int QUORLandmarkLabel::RenderOverlay(vtkViewport* viewport) {
-    return IsInView(vtkRenderer::SafeDownCast(viewport)) ? TextActor->RenderOverlay(viewport) : 0;
+    if (!IsInView(vtkRenderer::SafeDownCast(viewport))) {
+        return 0;
+    }
+    DrawEdge(viewport);
+    return TextActor->RenderOverlay(viewport);
+}
+
+void QUORLandmarkLabel::DrawEdge(vtkViewport* viewport) {
+    const double* place = TextActor->GetPositionCoordinate()->GetValue();
+    for (int y = -EDGE_WIDTH; y <= EDGE_WIDTH; ++y) {
+        for (int x = -EDGE_WIDTH; x <= EDGE_WIDTH; ++x) {
+            EdgeActor->SetDisplayPosition(int(place[0]) + x, int(place[1]) + y);
+            EdgeActor->RenderOverlay(viewport);
+        }
+    }
 }
 
 int QUORLandmarkLabel::RenderTranslucentPolygonalGeometry(vtkViewport* /*viewport*/) {
@@ -165,5 +193,6 @@ vtkTypeBool QUORLandmarkLabel::HasTranslucentPolygonalGeometry() {
 void QUORLandmarkLabel::ReleaseGraphicsResources(vtkWindow* window) {
     Marker->ReleaseGraphicsResources(window);
     TextActor->ReleaseGraphicsResources(window);
+    EdgeActor->ReleaseGraphicsResources(window);
     vtkActor2D::ReleaseGraphicsResources(window);
 }

@@ -18,7 +18,8 @@ class vtkTextProperty;
 
 /// One landmark: a small sphere in the scene, drawn with the opaque geometry, and its name above it on the
 /// screen, drawn with the overlay. Both are placed anew at every render; a label behind the camera or outside
-/// the view is left out. It has no bounds, so no camera takes it into account.
+/// the view is left out. A thin edge, dark round a light name and light round a dark one, keeps it readable
+/// over land, sea and rain. It has no bounds, so no camera takes it into account.
 ///
 /// Built on the pipeline's thread, drawn and released on the main thread.
 class QUORLandmarkLabel : public vtkActor2D {
@@ -58,6 +59,7 @@ protected:
 private:
     bool IsInView(vtkRenderer* renderer) const;
     void PlaceParts(vtkRenderer* renderer);
+    void DrawEdge(vtkViewport* viewport);
 
     std::array<double, 3> WorldPosition{};
     QString Text;
@@ -69,4 +71,6 @@ private:
     vtkNew<vtkActor> Marker;
     vtkNew<vtkTextProperty> TextProperty;
     vtkNew<vtkTextActor> TextActor;
+    vtkNew<vtkTextProperty> EdgeProperty;
+    vtkNew<vtkTextActor> EdgeActor;
 };

@@ -60,7 +60,8 @@ public:
     QUORPointWidget& operator=(const QUORPointWidget&) = delete;
     vtkTypeMacro(QUORPointWidget, vtkPointWidget)
 
-        protected : QUORPointWidget();
+protected:
+    QUORPointWidget();
     ~QUORPointWidget() override;
 
     void OnMiddleButtonDown() override {}

@@ -29,8 +29,8 @@
 #include <vtkLightCollection.h>
 #include <vtkNew.h>
 #include <vtkPolyDataMapper.h>
-#include <vtkPropCollection.h>
 #include <vtkPropAssembly.h>
+#include <vtkPropCollection.h>
 #include <vtkProperty.h>
 #include <vtkRenderWindow.h>
 #include <vtkRenderWindowInteractor.h>

@@ -17,7 +17,8 @@ ScratchHome::ScratchHome() {
     qputenv("XDG_CONFIG_DIRS", home + "/xdg");
     qputenv("XDG_RUNTIME_DIR", home);
     qunsetenv("QUOR3D_BG_SETTINGS");
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, _dir.path() + QStringLiteral("/.config"));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
+                       _dir.path() + QStringLiteral("/.config"));
     QCoreApplication::setOrganizationName(QUORSystem::ORGANIZATION_NAME);
     QCoreApplication::setOrganizationDomain(QUORSystem::ORGANIZATION_DOMAIN);
     QCoreApplication::setApplicationName(QStringLiteral("QUOR3D"));

@@ -27,8 +27,8 @@ protected:
     }
     /// All names in the folder, hidden ones too.
     QStringList names() const {
-        return QDir(_dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                           QDir::NoDotAndDotDot);
+        return QDir(_dir.path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
 
     QTemporaryDir _dir;

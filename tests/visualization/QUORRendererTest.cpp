@@ -37,7 +37,7 @@ public:
     static CountingActor* New();
     vtkTypeMacro(CountingActor, vtkOpenGLActor)
 
-        void ReleaseGraphicsResources(vtkWindow* window) override {
+    void ReleaseGraphicsResources(vtkWindow* window) override {
         ++releases;
         this->Superclass::ReleaseGraphicsResources(window);
     }
@@ -46,7 +46,7 @@ public:
 };
 vtkStandardNewMacro(CountingActor)
 
-    vtkSmartPointer<CountingActor> square(double size, double height, double r, double g, double b) {
+vtkSmartPointer<CountingActor> square(double size, double height, double r, double g, double b) {
     vtkNew<vtkPlaneSource> plane;
     plane->SetOrigin(-size, -size, height);
     plane->SetPoint1(size, -size, height);

@@ -69,9 +69,9 @@ QString LandmarkWriter::toText(const std::vector<Town>& towns) {
             << entry << "\\location\\lat=" << QString::number(town.lat, 'f', 4) << '\n'
             << entry << "\\location\\lon=" << QString::number(town.lon, 'f', 4) << '\n'
             << entry << "\\location\\alt=" << town.altitude << '\n'
-            << entry << "\\color\\r=0.05\n"
-            << entry << "\\color\\g=0.05\n"
-            << entry << "\\color\\b=0.2\n";
+            << entry << "\\color\\r=1\n"
+            << entry << "\\color\\g=0.97\n"
+            << entry << "\\color\\b=0.86\n";
     }
     return text;
 }
