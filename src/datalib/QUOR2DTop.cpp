@@ -16,7 +16,7 @@ bool QUOR2DTop::filter(QUORFile::CPtr file) const {
     return !file->getProduct().isEmpty() && file->getDimensions() == 2;
 }
 
-QUORFileLeaf::Ptr QUOR2DTop::findBestMatching2DFile(QUORFileLeaf::CPtr file3d, const QString& product,
+QUORFileLeaf::Ptr QUOR2DTop::findBestMatching2DFile(const QUORFileLeaf::CPtr& file3d, const QString& product,
                                                     int timeWindow) const {
     if (!QUOR_VERIFY(file3d)) {
         return nullptr;

@@ -17,6 +17,6 @@ public:
     bool filter(QUORFile::CPtr file) const override;
 
     /// The file of the same site and that product (a pattern) closest in time within half the window.
-    QUORFileLeaf::Ptr findBestMatching2DFile(QUORFileLeaf::CPtr file3d, const QString& product,
+    QUORFileLeaf::Ptr findBestMatching2DFile(const QUORFileLeaf::CPtr& file3d, const QString& product,
                                              int timeWindow) const;
 };

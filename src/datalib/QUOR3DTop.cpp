@@ -22,8 +22,8 @@ bool QUOR3DTop::filter(QUORFile::CPtr file) const {
     return file->getProduct() == VOLUME_PRODUCT && file->getDimensions() == 3;
 }
 
-QUORFileLeaf::Ptr QUOR3DTop::findBestMatching3DFile(QUORFileLeaf::CPtr leaf, const QString& configuration,
-                                                    int timeWindow) const {
+QUORFileLeaf::Ptr QUOR3DTop::findBestMatching3DFile(const QUORFileLeaf::CPtr& leaf,
+                                                    const QString& configuration, int timeWindow) const {
     if (!QUOR_VERIFY(leaf)) {
         return nullptr;
     }
@@ -31,8 +31,8 @@ QUORFileLeaf::Ptr QUOR3DTop::findBestMatching3DFile(QUORFileLeaf::CPtr leaf, con
                          timeWindow);
 }
 
-QUORFileLeaf::Ptr QUOR3DTop::find3DFileMatching2DFile(QUORFileLeaf::CPtr leaf2d, const QString& configuration,
-                                                      int timeWindow) const {
+QUORFileLeaf::Ptr QUOR3DTop::find3DFileMatching2DFile(const QUORFileLeaf::CPtr& leaf2d,
+                                                      const QString& configuration, int timeWindow) const {
     if (!QUOR_VERIFY(leaf2d)) {
         return nullptr;
     }

@@ -17,8 +17,8 @@ public:
     bool filter(QUORFile::CPtr file) const override;
 
     /// The volume of the same site and product and that configuration (a pattern) within half the window.
-    QUORFileLeaf::Ptr findBestMatching3DFile(QUORFileLeaf::CPtr leaf, const QString& configuration,
+    QUORFileLeaf::Ptr findBestMatching3DFile(const QUORFileLeaf::CPtr& leaf, const QString& configuration,
                                              int timeWindow) const;
-    QUORFileLeaf::Ptr find3DFileMatching2DFile(QUORFileLeaf::CPtr leaf2d, const QString& configuration,
+    QUORFileLeaf::Ptr find3DFileMatching2DFile(const QUORFileLeaf::CPtr& leaf2d, const QString& configuration,
                                                int timeWindow) const;
 };

@@ -158,7 +158,7 @@ QUORDirTop::Result QUORDirTop::addValid(const QUORFile::CPtr& file, const QStrin
 /// The leaf that stands in the way of the file, or null when the file is in the tree now.
 QUORFileLeaf::Ptr QUORDirTop::insertOrFind(const QUORFile::CPtr& file, const QUORFileLeaf::Ptr& giveWay) {
     const std::unique_lock lock(_lock);
-    const QUORFileLeaf::Ptr present =
+    QUORFileLeaf::Ptr present =
         leafAt(file->getSite(), file->getProduct(), file->getConfiguration(), file->getTime());
     if (present && present != giveWay) {
         return present;
@@ -181,7 +181,7 @@ QUORDirTop::Result QUORDirTop::removeFile(const QString& name) {
     return leaf ? ResultOk : ResultInvalid;
 }
 
-void QUORDirTop::addToAllLevels(QUORFile::CPtr file) {
+void QUORDirTop::addToAllLevels(const QUORFile::CPtr& file) {
     logAdding(*file);
     const std::unique_lock lock(_lock);
     insert(_children, _byName, file);
@@ -192,10 +192,9 @@ QUORFileLeaf::Ptr QUORDirTop::insert(Children& sites, ByName& byName, const QUOR
     if (!site) {
         site = makeChild(file->getSite(), nullptr);
     }
-    const auto leaf =
-        std::dynamic_pointer_cast<QUORFileLeaf>(site->addChild(file->getProduct(), nullptr)
-                                                    ->addChild(file->getConfiguration(), nullptr)
-                                                    ->addChild(file->getTime(), file));
+    auto leaf = std::dynamic_pointer_cast<QUORFileLeaf>(site->addChild(file->getProduct(), nullptr)
+                                                            ->addChild(file->getConfiguration(), nullptr)
+                                                            ->addChild(file->getTime(), file));
     if (leaf->getFile() == file) {
         byName.insert(file->getName(), leaf);
     }
@@ -343,7 +342,7 @@ QUORFileLeaf::Ptr QUORDirTop::findBestMatch(const QUORFileLeaf& leaf, const QUOR
         leavesAround(QUORWildcard::literal(leaf.getSite()), product, configuration, t, timeWindow), t);
 }
 
-QStringList QUORDirTop::findAllMatchingProducts(QUORFileLeaf::CPtr leaf, int timeWindow,
+QStringList QUORDirTop::findAllMatchingProducts(const QUORFileLeaf::CPtr& leaf, int timeWindow,
                                                 bool withConfiguration) const {
     if (!leaf) {
         return {};
@@ -355,7 +354,7 @@ QStringList QUORDirTop::findAllMatchingProducts(QUORFileLeaf::CPtr leaf, int tim
 }
 
 QStringList QUORDirTop::listSites() const {
-    const QStringList sites = getChildrenNames();
+    QStringList sites = getChildrenNames();
     logDebug(QStringLiteral("Available sites:"));
     if (sites.isEmpty()) {
         logDebug(QStringLiteral(" - (no sites found)"));

@@ -66,7 +66,7 @@ public:
     /// file that was replaced or, when the result says so, that has its place.
     Result addFile(const QString& name, const QStringList& leaving = {}, QString* other = nullptr);
     Result removeFile(const QString& name);
-    void addToAllLevels(QUORFile::CPtr file);
+    void addToAllLevels(const QUORFile::CPtr& file);
 
     /// The leaf of that file name, without directory.
     QUORFileLeaf::Ptr findLeaf(const QString& fileName) const;
@@ -82,7 +82,7 @@ public:
                             int timeWindow) const;
     /// The closest data time; of equally close ones the first in key order.
     static QUORFileLeaf::Ptr findClosestMatch(const Leaves& leaves, const QDateTime& t);
-    QStringList findAllMatchingProducts(QUORFileLeaf::CPtr leaf, int timeWindow,
+    QStringList findAllMatchingProducts(const QUORFileLeaf::CPtr& leaf, int timeWindow,
                                         bool withConfiguration) const;
     QStringList listSites() const;
     QStringList listProductsForSite(const QString& site, bool withConfiguration) const;

@@ -20,10 +20,10 @@ void QUORDirectory::release(Children& children) {
 }
 
 QUORDirectory::Ptr QUORDirectory::addChild(const QString& name, QUORFile::CPtr file) {
-    if (const Ptr child = _children.value(name)) {
+    if (Ptr child = _children.value(name)) {
         return child;
     }
-    const Ptr child = makeChild(name, std::move(file));
+    Ptr child = makeChild(name, std::move(file));
     if (child) {
         _children.insert(name, child);
     }

@@ -113,7 +113,7 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
 
 std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf& leaf,
                                                                 const QString& product2d) const {
-    const auto frame = std::make_shared<QUORDataFrame>(_dataStore);
+    auto frame = std::make_shared<QUORDataFrame>(_dataStore);
     frame->setSite(leaf.getSite());
     frame->setMoment(leaf.getTime(), _generalSettings->getTimeWindow());
     frame->setDataParams3d(leaf.getProduct(), leaf.getConfiguration());

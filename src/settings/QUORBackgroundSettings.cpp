@@ -57,7 +57,7 @@ QString fileNameFromEnvironment() {
 
 // A record is made for every job, so its warning about the user comes once.
 QString findSettingsFile() {
-    const QString named = fileNameFromEnvironment();
+    QString named = fileNameFromEnvironment();
     if (!named.isEmpty()) {
         return named;
     }
@@ -173,7 +173,7 @@ int QUORBackgroundSettings::status() const {
 }
 
 QString QUORBackgroundSettings::getBgUsername() {
-    const QString user = findConfiguredUser();
+    QString user = findConfiguredUser();
     if (user.isEmpty()) {
         QUORLog::Instance().logWarning(userWarning());
         return DEFAULT_USER;

@@ -28,7 +28,8 @@ void QUORDisplayGroup::copyState(const QUORDisplayGroup& other) {
     _members.removeIf([&](const QUORDisplayLayer::Ptr& member) { return !other.getLayer(member->getKey()); });
 }
 
-bool QUORDisplayGroup::hasChanged(QUORDisplayGroup::CPtr /*previous*/, QStringList* /*changes*/) const {
+bool QUORDisplayGroup::hasChanged(const QUORDisplayGroup::CPtr& /*previous*/,
+                                  QStringList* /*changes*/) const {
     return false;
 }
 

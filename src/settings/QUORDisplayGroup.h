@@ -26,7 +26,7 @@ public:
     /// Makes the members' keys those of `other`, and their states too.
     void copyState(const QUORDisplayGroup& other);
     /// Groups of one tree never differ.
-    bool hasChanged(QUORDisplayGroup::CPtr previous, QStringList* changes) const;
+    bool hasChanged(const QUORDisplayGroup::CPtr& previous, QStringList* changes) const;
     /// Of the group and its members.
     void resetParameters() override;
 

@@ -48,7 +48,7 @@ void QUORDisplayLayer::copyState(const QUORDisplayLayer& other) {
     _opacity = other._opacity;
 }
 
-void QUORDisplayLayer::setParameters(QUORLayerParameters::Ptr parameters) {
+void QUORDisplayLayer::setParameters(const QUORLayerParameters::Ptr& parameters) {
     if (!parameters) {
         _parameters.reset();
         return;

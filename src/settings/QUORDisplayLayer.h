@@ -41,7 +41,7 @@ public:
 
     std::shared_ptr<QUORLayerParameters> getParameters() const { return _parameters; }
     /// Keeps a copy of the record, of its exact class; null clears the layer's record.
-    void setParameters(std::shared_ptr<QUORLayerParameters> parameters);
+    void setParameters(const std::shared_ptr<QUORLayerParameters>& parameters);
     /// Clears the record and invalidates the element, where there is one.
     virtual void resetParameters();
 

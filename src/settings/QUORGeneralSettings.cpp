@@ -212,12 +212,12 @@ QString QUORGeneralSettings::formatLongitude(const QUORCoordinate& coordinate) c
     return formatCoordinates(coordinate, QUORCoordinate::Longitude);
 }
 
-void QUORGeneralSettings::loadDisplayStates(QUORDisplayState::Ptr current) {
+void QUORGeneralSettings::loadDisplayStates(const QUORDisplayState::Ptr& current) {
     const QUORLogScope scope("QUORGeneralSettings::loadDisplayStates");
     QUORPresetStore::load(*current, _displayStates);
 }
 
-void QUORGeneralSettings::saveDisplayStates(QUORDisplayState::Ptr current) {
+void QUORGeneralSettings::saveDisplayStates(const QUORDisplayState::Ptr& current) {
     const QUORLogScope scope("QUORGeneralSettings::saveDisplayStates");
     QUORPresetStore::save(*current, _displayStates);
 }
@@ -226,12 +226,12 @@ QStringList QUORGeneralSettings::getDisplayStateNames() const {
     return QUORPresetStore::getNames(_displayStates);
 }
 
-void QUORGeneralSettings::loadViewAngles(QUORViewAngle::Ptr current) {
+void QUORGeneralSettings::loadViewAngles(const QUORViewAngle::Ptr& current) {
     const QUORLogScope scope("QUORGeneralSettings::loadViewAngles");
     QUORPresetStore::load(*current, _viewAngles);
 }
 
-void QUORGeneralSettings::saveViewAngles(QUORViewAngle::Ptr current) {
+void QUORGeneralSettings::saveViewAngles(const QUORViewAngle::Ptr& current) {
     const QUORLogScope scope("QUORGeneralSettings::saveViewAngles");
     QUORPresetStore::save(*current, _viewAngles);
 }

@@ -99,16 +99,16 @@ public:
 
     /// The stored current selection goes into `current`, which keeps its name; the stored presets are
     /// appended to the list. Without a stored array nothing changes.
-    void loadDisplayStates(QUORDisplayState::Ptr current);
-    void saveDisplayStates(QUORDisplayState::Ptr current);
+    void loadDisplayStates(const QUORDisplayState::Ptr& current);
+    void saveDisplayStates(const QUORDisplayState::Ptr& current);
     /// The translated "Default", then the names of the presets.
     QStringList getDisplayStateNames() const;
     const QList<QUORDisplayState::Ptr>& getDisplayStatePresets() const { return _displayStates; }
     void addDisplayStatePreset(QUORDisplayState::Ptr preset) { _displayStates.append(std::move(preset)); }
 
     /// The same for view angles.
-    void loadViewAngles(QUORViewAngle::Ptr current);
-    void saveViewAngles(QUORViewAngle::Ptr current);
+    void loadViewAngles(const QUORViewAngle::Ptr& current);
+    void saveViewAngles(const QUORViewAngle::Ptr& current);
     QStringList getViewAngleNames() const;
     const QList<QUORViewAngle::Ptr>& getViewAnglePresets() const { return _viewAngles; }
     void addViewAnglePreset(QUORViewAngle::Ptr preset) { _viewAngles.append(std::move(preset)); }

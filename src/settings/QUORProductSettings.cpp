@@ -152,7 +152,7 @@ void QUORProductSettings::writeValues(QUORSettingsWriter& writer) const {
     writer.write(QUORConfig::PRODUCT_VOLUME_OPACITY_HIGH, _volumeOpacityHigh);
 }
 
-bool QUORProductSettings::hasChanged(QUORProductSettings::CPtr other, QStringList* changes) const {
+bool QUORProductSettings::hasChanged(const QUORProductSettings::CPtr& other, QStringList* changes) const {
     QStringList messages;
     if (_renderingType != other->_renderingType) {
         messages.append(other->_renderingType == Surface ? QStringLiteral("- Changed to surface rendering")

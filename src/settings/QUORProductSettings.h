@@ -43,7 +43,7 @@ public:
     /// Defaults from the data type, or fixed ones for none; product and configuration stay.
     void reset(const QUORDataType* dataType);
     /// What the step from this record to `other` changes, as one line each.
-    bool hasChanged(QUORProductSettings::CPtr other, QStringList* changes) const;
+    bool hasChanged(const QUORProductSettings::CPtr& other, QStringList* changes) const;
 
     QString getProduct() const { return _product; }
     QString getConfiguration() const { return _configuration; }

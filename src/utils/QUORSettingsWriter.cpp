@@ -186,7 +186,7 @@ QString QUORSettingsWriter::stage(const QString& fileName) const {
         return publisher.getError();
     }
     const QString temporary = publisher.getTemporaryPath();
-    if (const QString error = copyInto(temporary, fileName); !error.isEmpty()) {
+    if (QString error = copyInto(temporary, fileName); !error.isEmpty()) {
         return error;
     }
     {

@@ -47,7 +47,7 @@ QString getUserHomeDirectory(const QString& user) {
     if (!file.exists()) {
         return QStringLiteral("/");
     }
-    const QString fallback = QStringLiteral("/home/") + user;
+    QString fallback = QStringLiteral("/home/") + user;
     if (!file.open(QIODevice::ReadOnly)) {
         QUORLog::Instance().logWarning(
             QStringLiteral("Error reading /etc/passwd, using default home directory for user ") + user);

@@ -31,8 +31,7 @@ void showLastColor(vtkScalarBarActor* bar, const QUORColormap& colormap) {
 } // namespace
 
 vtkSmartPointer<vtkScalarBarActor> QUORColorBar::make(const QUORColormap& colormap) {
-    const vtkSmartPointer<vtkScalarBarActor> bar =
-        colormap.makeBar(colormap.getDataUnits(), 0.1, 0.05, 0.8, 0.95);
+    vtkSmartPointer<vtkScalarBarActor> bar = colormap.makeBar(colormap.getDataUnits(), 0.1, 0.05, 0.8, 0.95);
     showLastColor(bar, colormap);
     // Else the title touches the first label in small pictures.
     bar->SetVerticalTitleSeparation(8);

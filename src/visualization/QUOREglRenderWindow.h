@@ -8,7 +8,7 @@
 /// be made, the window says so once (vtkErrorMacro), draws nothing and does no harm.
 ///
 /// One thread, the main thread, makes, uses and destroys a window and everything that was drawn in it.
-class QUOREglRenderWindow : public vtkGenericOpenGLRenderWindow {
+class QUOREglRenderWindow final : public vtkGenericOpenGLRenderWindow {
 public:
     static QUOREglRenderWindow* New();
     vtkTypeMacro(QUOREglRenderWindow, vtkGenericOpenGLRenderWindow)

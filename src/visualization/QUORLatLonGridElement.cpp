@@ -174,7 +174,7 @@ void QUORLatLonGridElement::loadStyle(bool night) {
 }
 
 QString QUORLatLonGridElement::getLatitudeLabel(double lat) {
-    const QString number = QString::number(std::abs(lat), 'g', 6);
+    QString number = QString::number(std::abs(lat), 'g', 6);
     if (lat == 0.0) {
         return number;
     }
@@ -187,7 +187,7 @@ QString QUORLatLonGridElement::getLongitudeLabel(double lon) {
     } else if (lon > 180.0) {
         lon -= 360.0;
     }
-    const QString number = QString::number(std::abs(lon), 'g', 6);
+    QString number = QString::number(std::abs(lon), 'g', 6);
     if (lon == 0.0 || std::abs(lon) >= 180.0) {
         return number;
     }

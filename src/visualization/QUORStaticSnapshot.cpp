@@ -181,7 +181,7 @@ vtkSmartPointer<vtkOpenGLFramebufferObject> QUORStaticSnapshot::takeFramebuffer(
     const std::size_t bytes = std::max<std::size_t>(1, std::size_t(_size[0]) * _size[1] * BYTES_PER_PIXEL);
     const std::size_t most = std::clamp<std::size_t>(MOST_BYTES / bytes, 1, MOST_COPIES);
     if (_kept.size() >= most) {
-        const vtkSmartPointer<vtkOpenGLFramebufferObject> oldest = _kept[most - 1].buffers;
+        vtkSmartPointer<vtkOpenGLFramebufferObject> oldest = _kept[most - 1].buffers;
         keepAtMost(most);
         _kept.pop_back();
         return oldest;

@@ -156,7 +156,7 @@ QString TerrainWriter::writeTiles(const QString& folder, int degrees,
         for (int lon = int(std::floor(_siteLon - degrees)); lon < int(std::ceil(_siteLon + degrees)); ++lon) {
             const int name = lon < -180 ? lon + 360 : lon >= 180 ? lon - 360 : lon;
             const QString path = folder + QLatin1Char('/') + fileName(lat, name);
-            const QString error = writeWholeFile(path, makeTile(lat, lon));
+            QString error = writeWholeFile(path, makeTile(lat, lon));
             if (!error.isEmpty()) {
                 return error;
             }

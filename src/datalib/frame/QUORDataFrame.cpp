@@ -35,7 +35,7 @@ QUORDataFrame::QUORDataFrame(QUORDataStore::Ptr store) : _store(std::move(store)
     const QUORLogScope scope("QUORDataFrame::QUORDataFrame");
 }
 
-QUORDataFrame::QUORDataFrame(QUORDataFrame::CPtr other)
+QUORDataFrame::QUORDataFrame(const QUORDataFrame::CPtr& other)
     : _store(other->_store),
       _activeData3d(other->_activeData3d),
       _data2d(other->_data2d),
@@ -220,7 +220,7 @@ void QUORDataFrame::resetFrame() {
     _timeWindow = 0;
 }
 
-QString QUORDataFrame::getDataId(QUORGeneralSettings::CPtr settings) const {
+QString QUORDataFrame::getDataId(const QUORGeneralSettings::CPtr& settings) const {
     QUOR_ASSERT(settings);
     if (!_activeData3d) {
         return translated("(No data loaded)");
@@ -229,10 +229,10 @@ QString QUORDataFrame::getDataId(QUORGeneralSettings::CPtr settings) const {
            settings->formattedTime(_activeData3d->getFile()->getDataTime());
 }
 
-QStringList QUORDataFrame::getLegend(QUORGeneralSettings::CPtr settings) const {
+QStringList QUORDataFrame::getLegend(const QUORGeneralSettings::CPtr& settings) const {
     QUOR_ASSERT(settings);
     logDebug(QStringLiteral("QUORDataFrame::getLegend() called."));
-    const QStringList legend = makeLegend(*settings);
+    QStringList legend = makeLegend(*settings);
     logDebug(QStringLiteral("QUORDataFrame::getLegend() finished"));
     return legend;
 }

@@ -27,7 +27,7 @@ public:
 
     explicit QUORDataFrame(QUORDataStore::Ptr store);
     /// A copy without the product settings.
-    explicit QUORDataFrame(QUORDataFrame::CPtr other);
+    explicit QUORDataFrame(const QUORDataFrame::CPtr& other);
     /// Loads at once. An empty 2D product lets the frame choose the first one within the time window; the
     /// terrain range is half the grid's diagonal times the factor. Without the 3D product the frame stays
     /// empty.
@@ -55,9 +55,9 @@ public:
     void resetFrame();
 
     /// Site and time of the 3D product.
-    QString getDataId(QUORGeneralSettings::CPtr settings) const;
+    QString getDataId(const QUORGeneralSettings::CPtr& settings) const;
     /// Quantity, time, extent and site of the 3D product, one line each.
-    QStringList getLegend(QUORGeneralSettings::CPtr settings) const;
+    QStringList getLegend(const QUORGeneralSettings::CPtr& settings) const;
 
     /// Null when not loaded, here and below.
     QUORFileLeaf::CPtr getData3d() const { return _activeData3d; }
