@@ -101,8 +101,8 @@ void QUORBackgroundSettings::reset() {
 }
 
 void QUORBackgroundSettings::load() {
-    if (!QUORSettingsReader::isReadable(_fileName)) {
-        reset();
+    _isRead = QUORSettingsReader::isReadable(_fileName);
+    if (!_isRead) {
         return;
     }
     QSettings settings(_fileName, QSettings::NativeFormat);
@@ -131,7 +131,7 @@ void QUORBackgroundSettings::load() {
 void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
     const QString text = reader.readText(OUTPUT_FORMAT, QUORExportSettings::getDefaultOutputFormatString());
     _outputFormat = QUORExportSettings::getOutputFormatFromString(text);
-    const QString subject = QStringLiteral("format ") + _fileName;
+    const QString subject = QStringLiteral("output format ") + _fileName;
     if (_outputFormat == QUORExportSettings::UnknownFormat) {
         QUORLogOnce::logWarning(
             subject, QStringLiteral("Settings file ") + _fileName + QStringLiteral(": ") + OUTPUT_FORMAT +
@@ -145,6 +145,9 @@ void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
 
 void QUORBackgroundSettings::save() const {
     QUORLog::Instance().logDebug(QStringLiteral("Saving background settings to ") + _fileName);
+    if (!QUORSettingsReader::isReadable(_fileName)) {
+        return;
+    }
     QSettings settings(_fileName, QSettings::NativeFormat);
     QUORSettingsWriter writer(settings, GROUP);
     writer.write(ACTIVATED, _activated);

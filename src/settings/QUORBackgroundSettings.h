@@ -34,7 +34,10 @@ public:
     /// Finds the file and loads it.
     QUORBackgroundSettings();
 
+    /// Keeps what it holds when the file cannot be read.
     void load();
+    /// Whether the last load could read the file; one that is missing holds the defaults.
+    bool isRead() const { return _isRead; }
     void save() const;
     void reset();
     /// 0 when the file can be opened for reading and writing, which creates it when it is missing; 1 when
@@ -80,6 +83,7 @@ public:
 private:
     void readFormat(const class QUORSettingsReader& reader);
 
+    bool _isRead = false;
     bool _activated = false;
     QString _directory;
     QUORExportSettings::OutputFormat _outputFormat = QUORExportSettings::Tiff;

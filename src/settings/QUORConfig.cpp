@@ -2,6 +2,7 @@
 #include "QUORConfig.h"
 
 #include "QUORLog.h"
+#include "QUORSettingsReader.h"
 #include "QUORSystem.h"
 
 #include <QCoreApplication>
@@ -58,7 +59,7 @@ namespace {
 constexpr int COPY_TIMEOUT_MS = 30000;
 
 QString settingsFolder() {
-    return QFileInfo(QSettings().fileName()).absolutePath();
+    return QFileInfo(QUORSettingsReader::findUserFile(QCoreApplication::applicationName())).path();
 }
 
 void setSettingsPath(const QString& path) {
@@ -83,7 +84,7 @@ void QUORConfig::destroy() {
 
 QSettings* QUORConfig::get() {
     _mutex.lock();
-    _settings = std::make_unique<QSettings>();
+    _settings = QUORSettingsReader::open(QCoreApplication::applicationName());
     return _settings.get();
 }
 

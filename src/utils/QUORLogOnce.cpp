@@ -7,10 +7,14 @@
 #include <QMutex>
 #include <QMutexLocker>
 
+#include <utility>
+
 namespace {
 
-// Subjects come from file and key names; forgetting them all repeats a few lines at worst.
-constexpr qsizetype MAXIMUM_SUBJECTS = 1000;
+// Subjects come from the names of files and keys, of which a file may hold any number.
+constexpr qsizetype MAXIMUM_WARNINGS = 1000;
+constexpr qsizetype MAXIMUM_ERRORS = 2000;
+const QString FULL = QStringLiteral("More lines about lasting states are not logged");
 
 struct Memory {
     QMutex mutex;
@@ -22,30 +26,27 @@ Memory& memory() {
     return instance;
 }
 
-bool isNew(const QString& subject, const QString& text) {
+/// What to log: the text, nothing when it is known, or once that there is no room for it.
+QString findNews(const QString& subject, const QString& text, qsizetype maximum) {
     Memory& m = memory();
     const QMutexLocker lock(&m.mutex);
-    if (const auto known = m.lines.constFind(subject); known != m.lines.cend() && *known == text) {
-        return false;
-    }
-    if (m.lines.size() >= MAXIMUM_SUBJECTS) {
-        m.lines.clear();
-    }
-    m.lines.insert(subject, text);
-    return true;
+    const bool full = m.lines.size() >= maximum && !m.lines.contains(subject);
+    QString& known = m.lines[full ? FULL : subject];
+    const QString& line = full ? FULL : text;
+    return std::exchange(known, line) == line ? QString() : line;
 }
 
 } // namespace
 
 void QUORLogOnce::logError(const QString& subject, const QString& text) {
-    if (isNew(subject, text)) {
-        QUORLog::Instance().logError(text);
+    if (const QString line = findNews(subject, text, MAXIMUM_ERRORS); !line.isEmpty()) {
+        QUORLog::Instance().logError(line);
     }
 }
 
 void QUORLogOnce::logWarning(const QString& subject, const QString& text) {
-    if (isNew(subject, text)) {
-        QUORLog::Instance().logWarning(text);
+    if (const QString line = findNews(subject, text, MAXIMUM_WARNINGS); !line.isEmpty()) {
+        QUORLog::Instance().logWarning(line);
     }
 }
 

@@ -6,21 +6,26 @@
 
 #include <optional>
 
-/// What the settings layer does not tell about its files: why one cannot be read and which line it does
-/// not understand. Any thread may call.
+/// What the settings layer does not tell about its files: why one cannot be read, which line it does not
+/// understand, and whether somebody is saving it. Any thread may call.
 namespace QUORSettingsFile {
 
-/// Why the file cannot be read; empty when it can, and when there is no file. Asked of the system, because
-/// a folder that may not be searched makes a file look as if it were missing, and a pipe in the place of a
-/// file keeps its reader waiting for ever.
-QString findAccessError(const QString& fileName);
-
 /// The whole content, empty for no file; nothing, with the reason in `error`, when a part of it could not
-/// be read.
+/// be read, and for what the settings layer must never open: a pipe keeps its reader waiting for ever, and
+/// values nested deeply enough end the process. Asked of the system, because a folder that may not be
+/// searched makes a file look as if it were missing.
 std::optional<QByteArray> read(const QString& fileName, QString& error);
 
-/// The number, from 1, of the first line that is no comment (";" or "#"), section or key with its value; 0
-/// when there is none. A value may go on over lines, in quotation marks or behind a backslash.
+/// Whether another process has the file open for writing. Known only of files that belong to this user, or
+/// to anybody where the process has the right to take leases.
+bool isBeingWritten(const QString& fileName);
+
+/// Waits while a save in place is in progress, until a second after its last sign of life at most.
+void awaitSave(const QString& fileName);
+
+/// The number, from 1, of the first line that is no comment (";" or "#"), section or key with its value, or
+/// that swallows the next one, as behind a quotation mark which nobody closed; 0 when there is none. A list
+/// may go on behind a backslash.
 int findBadLine(const QByteArray& content);
 
 /// Without what the settings layer takes for a format error although it reads the rest: comments with "#"

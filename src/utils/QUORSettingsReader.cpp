@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "QUORSettingsReader.h"
 
-#include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUORSettingsFile.h"
 #include "QUORSystem.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr auto SIZE_KEY = "size";
 constexpr int MAXIMUM_ELEMENTS = 1000;
+const QString NO_APPLICATION = QStringLiteral("none");
 
 /// Switches the fallbacks to packaged defaults for one look-up.
 class FallbackSwitch {
@@ -46,54 +48,61 @@ struct Number<double> {
     static std::optional<double> parse(const QString& text) { return QUORSettingsReader::toDouble(text); }
 };
 
+void reportFormat(const QString& fileName, const QByteArray& content) {
+    const QString subject = QStringLiteral("format ") + fileName;
+    const int line = QUORSettingsFile::findBadLine(content);
+    if (line == 0) {
+        QUORLogOnce::forget(subject);
+        return;
+    }
+    QUORLogOnce::logWarning(subject,
+                            QStringLiteral("Settings file ") + fileName + QStringLiteral(": line ") +
+                                QString::number(line) +
+                                QStringLiteral(" is no comment, [section] or key=value of one line"));
+}
+
 } // namespace
 
 // The settings layer parses a section when it is asked for a key of it, and then misses keys such as
 // `list\1\x` that stand before the first section: both constructors have all sections parsed at once.
 QUORSettingsReader::QUORSettingsReader(QSettings& settings)
     : _settings(&settings), _levels{Level{{QString()}, {}}} {
-    isReadable(_settings->fileName());
     _settings->allKeys();
 }
 
 QUORSettingsReader::QUORSettingsReader(const QString& applicationName)
-    : _owned(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
-                                         QUORSystem::ORGANIZATION_NAME, applicationName)),
-      _settings(_owned.get()),
-      _levels{Level{{QString()}, {}}} {
-    isReadable(_settings->fileName());
+    : _owned(open(applicationName)), _settings(_owned.get()), _levels{Level{{QString()}, {}}} {
     _settings->allKeys();
 }
 
-QUORSettingsReader::~QUORSettingsReader() {
-    if (_settings->status() == QSettings::FormatError) {
-        reportFormat();
-    }
+QString QUORSettingsReader::findUserFile(const QString& applicationName) {
+    // An object for the file itself would read it at once.
+    const QSettings neighbour(QSettings::NativeFormat, QSettings::UserScope, QUORSystem::ORGANIZATION_NAME,
+                              NO_APPLICATION);
+    return QFileInfo(neighbour.fileName()).absolutePath() + QLatin1Char('/') + applicationName +
+           QStringLiteral(".conf");
+}
+
+std::unique_ptr<QSettings> QUORSettingsReader::open(const QString& applicationName) {
+    const bool readable = isReadable(findUserFile(applicationName));
+    return std::make_unique<QSettings>(QSettings::NativeFormat,
+                                       readable ? QSettings::UserScope : QSettings::SystemScope,
+                                       QUORSystem::ORGANIZATION_NAME, applicationName);
 }
 
 bool QUORSettingsReader::isReadable(const QString& fileName) {
     const QString subject = QStringLiteral("read ") + fileName;
-    const QString error = QUORSettingsFile::findAccessError(fileName);
-    if (error.isEmpty()) {
+    QUORSettingsFile::awaitSave(fileName);
+    QString error;
+    const std::optional<QByteArray> content = QUORSettingsFile::read(fileName, error);
+    if (content) {
         QUORLogOnce::forget(subject);
+        reportFormat(fileName, *content);
         return true;
     }
     QUORLogOnce::logError(subject, QStringLiteral("Settings file ") + fileName +
                                        QStringLiteral(" cannot be read: ") + error);
     return false;
-}
-
-// The status shows only while a changed file is parsed, so this is said once for each change.
-void QUORSettingsReader::reportFormat() const {
-    const QString fileName = _settings->fileName();
-    QString error;
-    const int line =
-        QUORSettingsFile::findBadLine(QUORSettingsFile::read(fileName, error).value_or(QByteArray()));
-    if (line > 0) {
-        QUORLog::Instance().logWarning(QStringLiteral("Settings file ") + fileName +
-                                       QStringLiteral(": line ") + QString::number(line) +
-                                       QStringLiteral(" is no comment, [section] or key=value"));
-    }
 }
 
 QStringList QUORSettingsReader::getGroupPrefixes(const QString& group) {

@@ -23,9 +23,9 @@ class QUORSettingsReader {
 public:
     /// Over an object that somebody else owns; relative to the group that is open in it.
     explicit QUORSettingsReader(QSettings& settings);
-    /// A fresh object for the user-scope file of that application name, packaged defaults behind it.
+    /// A fresh object as `open` makes it.
     explicit QUORSettingsReader(const QString& applicationName);
-    ~QUORSettingsReader();
+    ~QUORSettingsReader() = default;
     QUORSettingsReader(const QUORSettingsReader&) = delete;
     QUORSettingsReader& operator=(const QUORSettingsReader&) = delete;
 
@@ -64,7 +64,14 @@ public:
     static std::optional<int> toInt(const QString& text);
     static std::optional<double> toDouble(const QString& text);
 
-    /// Whether a settings file can be read, or is missing; an error line, once, when it cannot.
+    /// The user-scope file of that application name.
+    static QString findUserFile(const QString& applicationName);
+    /// An object over the user-scope file of that application name, packaged defaults behind it. The packaged
+    /// defaults alone, in system scope, when the user's file is not readable.
+    static std::unique_ptr<QSettings> open(const QString& applicationName);
+
+    /// Whether a settings file may be opened, or is missing; an error line, once, when it may not. A line in
+    /// it that cannot be understood is a warning, once. Waits for a save in progress.
     static bool isReadable(const QString& fileName);
 
     /// The prefixes under which the keys of a top-level group may stand, the first that has a key wins.
@@ -86,7 +93,6 @@ private:
         bool inUserFile = false;
     };
 
-    void reportFormat() const;
     std::optional<Found> find(const QString& key) const;
     void reportRivals(const Found& found, const QString& key) const;
     /// The warning about a value, or its end once the value is good.

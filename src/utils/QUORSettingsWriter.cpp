@@ -146,6 +146,9 @@ bool QUORSettingsWriter::commitMissing() {
 }
 
 bool QUORSettingsWriter::commit() {
+    if (_settings.scope() == QSettings::SystemScope) {
+        return false; // stands in for a user's file that cannot be read, which was reported
+    }
     const QFileInfo file(_settings.fileName());
     const QString fileName = file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
     const QString subject = QStringLiteral("save ") + fileName;
@@ -202,6 +205,9 @@ QString QUORSettingsWriter::stage(const QString& fileName) const {
         }
     }
     makeNewerThan(temporary, QFileInfo(fileName));
+    if (QUORSettingsFile::isBeingWritten(fileName)) {
+        return QStringLiteral("another program is writing it");
+    }
     return publisher.publish() ? QString() : publisher.getError();
 }
 

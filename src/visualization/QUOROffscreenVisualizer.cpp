@@ -73,7 +73,11 @@ QUOROffscreenVisualizer::~QUOROffscreenVisualizer() {
 
 void QUOROffscreenVisualizer::initVisualization() {
     _generalSettings = std::make_shared<QUORGeneralSettings>();
-    _backgroundSettings = std::make_shared<QUORBackgroundSettings>();
+    // A file that cannot be read for the moment must not send an image to another place.
+    auto settings = std::make_shared<QUORBackgroundSettings>();
+    if (settings->isRead() || _backgroundSettings == nullptr) {
+        _backgroundSettings = std::move(settings);
+    }
     _displayState = std::make_shared<QUORDisplayState>();
     applyPresetDisplayState();
 }

@@ -7,6 +7,7 @@
 #include "QUORDisplayState.h"
 #include "QUORLayerParameters.h"
 #include "QUORLog.h"
+#include "QUORSettingsReader.h"
 #include "QUORStopwatch.h"
 #include "QUORStyleGroup.h"
 #include "QUORSystem.h"
@@ -36,10 +37,11 @@ void logDebug(const QString& text) {
 /// Changes whenever a styles file does: built geometry keeps the style that it was built with.
 QString readStyleStamp() {
     QString stamp;
-    for (const QSettings::Scope scope : {QSettings::UserScope, QSettings::SystemScope}) {
-        const QSettings settings(QSettings::NativeFormat, scope, QUORSystem::ORGANIZATION_NAME,
-                                 QUORStyleGroup::FILE_NAME);
-        const QFileInfo file(settings.fileName());
+    const QSettings packaged(QSettings::NativeFormat, QSettings::SystemScope, QUORSystem::ORGANIZATION_NAME,
+                             QUORStyleGroup::FILE_NAME);
+    for (const QString& name :
+         {QUORSettingsReader::findUserFile(QUORStyleGroup::FILE_NAME), packaged.fileName()}) {
+        const QFileInfo file(name);
         stamp += file.absoluteFilePath() + QLatin1Char(' ') + QString::number(file.size()) +
                  QLatin1Char(' ') + QString::number(file.lastModified().toMSecsSinceEpoch()) +
                  QLatin1Char('\n');

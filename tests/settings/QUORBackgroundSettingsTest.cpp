@@ -132,7 +132,8 @@ TEST_F(QUORBackgroundSettingsTest, SaysOnceThatItsFileCannotBeRead) {
     ASSERT_TRUE(QFile::link(path(), path()));
     settings.load();
     EXPECT_EQ(log.count(line), 2);
-    EXPECT_EQ(settings.getWidth(), 1600);
+    EXPECT_EQ(settings.getWidth(), 640);
+    EXPECT_FALSE(settings.isRead());
     ASSERT_TRUE(QFile::remove(path()));
     ASSERT_EQ(::mkfifo(qPrintable(path()), 0600), 0);
     settings.load();

@@ -2,12 +2,16 @@
 #include "QUORSettingsReader.h"
 
 #include "LogCapture.h"
+#include "QUORSettingsWriter.h"
 #include "ScratchHome.h"
 
 #include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
+#include <QThread>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -185,6 +189,55 @@ TEST(QUORSettingsReaderTest, BoundsArraysByWhatTheFileHolds) {
     EXPECT_EQ(reader.beginReadArray(QStringLiteral("stray")), 1000);
     EXPECT_EQ(reader.getArrayIndexes(), QList<int>{1999999});
     EXPECT_EQ(log.count(QStringLiteral("Bounds.conf: elements of stray beyond number 1000 do not count")), 1);
+}
+
+TEST(QUORSettingsReaderTest, WaitsForASaveInPlace) {
+    const QString name = QStringLiteral("Saved");
+    ScratchHome::writeSettings(name + QStringLiteral(".conf"), QStringLiteral("x=1\n"));
+    QFile editor(QUORSettingsReader::findUserFile(name));
+    ASSERT_TRUE(editor.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    const std::unique_ptr<QThread> saving(QThread::create([&] {
+        QThread::msleep(100);
+        editor.write("y=2\n");
+        editor.flush();
+        QThread::msleep(100);
+        editor.write("x=3\n");
+        editor.close();
+    }));
+    saving->start();
+    EXPECT_EQ(QUORSettingsReader(name).readInt(QStringLiteral("x"), 0), 3);
+    saving->wait();
+}
+
+TEST(QUORSettingsReaderTest, FallsBackToThePackagedFileAlone) {
+    writePackaged(QStringLiteral("x=1\n"));
+    const QString file = QUORSettingsReader::findUserFile(QStringLiteral("Packaged"));
+    QDir().mkpath(ScratchHome::settingsDirectory());
+    ASSERT_EQ(::mkfifo(qPrintable(file), 0600), 0);
+    QUORSettingsReader reader(QStringLiteral("Packaged"));
+    EXPECT_EQ(reader.readInt(QStringLiteral("x"), 0), 1);
+    QUORSettingsWriter writer(reader.settings(), QStringLiteral("A"));
+    writer.write(QStringLiteral("x"), 2);
+    EXPECT_FALSE(writer.commit());
+    EXPECT_TRUE(QFile::remove(file));
+}
+
+TEST(QUORSettingsReaderTest, AFileOfBadValuesDoesNotFloodTheLog) {
+    QString text = QStringLiteral("a line of prose\n");
+    for (int i = 0; i < 1200; ++i) {
+        text += QStringLiteral("k%1=x\n").arg(i);
+    }
+    ScratchHome::writeSettings(QStringLiteral("Flood.conf"), text);
+    const LogCapture log;
+    for (int load = 0; load < 2; ++load) {
+        QUORSettingsReader reader(QStringLiteral("Flood"));
+        for (int i = 0; i < 1200; ++i) {
+            reader.readInt(QStringLiteral("k") + QString::number(i), 0);
+        }
+    }
+    EXPECT_EQ(log.count(QStringLiteral("Flood.conf: line 1 is no comment")), 1);
+    EXPECT_LE(log.count(QStringLiteral("W: ")), 1001);
+    EXPECT_EQ(log.count(QStringLiteral("More lines about lasting states")), 1);
 }
 
 } // namespace
