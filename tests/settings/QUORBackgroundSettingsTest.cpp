@@ -184,27 +184,6 @@ TEST_F(QUORBackgroundSettingsTest, FallsBackToTheDefaultUser) {
     EXPECT_EQ(log.count(warning), 3) << "a record for every job must not flood the log";
 }
 
-TEST_F(QUORBackgroundSettingsTest, NamesFormats) {
-    const struct {
-        const char* text;
-        int format;
-        const char* name;
-        const char* extension;
-    } rows[] = {{"TIFF", 0, "TIFF", ".tiff"},
-                {"PNG", 1, "PNG", ".png"},
-                {"JPEG", 2, "JPEG", ".jpg"},
-                {"png", 3, "", "."},
-                {"", 3, "", "."}};
-    for (const auto& row : rows) {
-        const int format = QUORExportSettings::getOutputFormatFromString(QString::fromLatin1(row.text));
-        EXPECT_EQ(format, row.format);
-        EXPECT_EQ(QUORExportSettings::getOutputFormatString(format), QString::fromLatin1(row.name));
-        EXPECT_EQ(QUORExportSettings::getOutputFileExtension(format), QString::fromLatin1(row.extension));
-    }
-    EXPECT_EQ(QUORExportSettings::getSupportedOutputFormats().join(QLatin1Char(' ')),
-              QStringLiteral("TIFF PNG JPEG"));
-}
-
 TEST_F(QUORBackgroundSettingsTest, StoresExportSettings) {
     QUORExportSettings settings;
     EXPECT_TRUE(settings.isColorBar() && settings.isLegend() && settings.isCompass());

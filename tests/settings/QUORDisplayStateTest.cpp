@@ -87,22 +87,6 @@ TEST(QUORDisplayStateTest, CopiesWhatIsShownAndNothingElse) {
     EXPECT_TRUE(a.hasChanged(b, nullptr));
 }
 
-TEST(QUORDisplayStateTest, MatchesGroupsOfOtherMembers) {
-    QUORDisplayGroup target(1, QStringLiteral("T"), true,
-                            {std::make_shared<QUORDisplayLayer>(5, QStringLiteral("five"), 50),
-                             std::make_shared<QUORDisplayLayer>(6, QStringLiteral("six"), 60)});
-    const QUORDisplayGroup source(2, QStringLiteral("S"), true,
-                                  {std::make_shared<QUORDisplayLayer>(7, QStringLiteral("seven"), 70),
-                                   std::make_shared<QUORDisplayLayer>(6, QStringLiteral("SIX"), 61)});
-    target.copyState(source);
-    EXPECT_EQ(target.getKey(), 2);
-    ASSERT_EQ(target.getMembers().size(), 2);
-    EXPECT_EQ(target.getLayer(5), nullptr);
-    EXPECT_EQ(target.getLayer(6)->getName(), QStringLiteral("SIX"));
-    EXPECT_EQ(target.getLayer(6)->getOrder(), 60);
-    EXPECT_EQ(target.getLayer(7)->getOrder(), 0);
-}
-
 TEST(QUORDisplayStateTest, KeepsACopyOfParameters) {
     QUORDisplayLayer layer(11, QStringLiteral("L"), 1);
     const auto record = std::make_shared<QUORLayerParameters3dOutline>();
@@ -134,18 +118,6 @@ TEST(QUORDisplayStateTest, ResetsParametersEverywhere) {
     }
     EXPECT_EQ(element->invalidated, 1);
     EXPECT_TRUE(state.getLayer(12)->isEmpty());
-}
-
-TEST(QUORDisplayStateTest, PrintsItself) {
-    QUORDisplayState state;
-    state.getLayer(13)->setVisible(false);
-    const LogCapture log;
-    state.printDisplayState();
-    const QStringList lines = log.lines();
-    ASSERT_EQ(lines.size(), 10);
-    EXPECT_EQ(lines.at(1),
-              QStringLiteral("D: Group: GROUP_RADARLAYERS (10), opacity=100, enabled=1, open=1"));
-    EXPECT_EQ(lines.at(4), QStringLiteral("D:   Layer:  LAYER_2DPRODUCT (13), opacity=100, enabled=0"));
 }
 
 } // namespace

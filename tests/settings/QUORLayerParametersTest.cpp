@@ -165,28 +165,4 @@ TEST(QUORLayerParametersTest, ComparesTheRenderingOf3dProducts) {
                      base);
 }
 
-TEST(QUORLayerParametersTest, ResetsToTheDefaultsOfADataType) {
-    const QUORDataType reflectivity(2);
-    const struct {
-        const QUORDataType* type;
-        double low;
-        double high;
-    } rows[] = {{nullptr, -9999.0, 9999.0}, {&reflectivity, -31.5, 66.5}};
-    for (const auto& row : rows) {
-        QUORLayerParameters3d parameters;
-        parameters.setRenderingType(QUORProductSettings::Volume);
-        parameters.setColorScaleName(QStringLiteral("Rain"));
-        parameters.setDataShrinkH(1);
-        parameters.setDataShrinkV(3);
-        parameters.setDataSmooth(0);
-        parameters.setSurfacePars({{1.0, 2}, {3.0, 4}});
-        parameters.resetPars(row.type);
-        QUORLayerParameters3d expected;
-        expected.setSurfacePars({{row.low, 100}});
-        expected.setVolumeValueLow(row.low);
-        expected.setVolumeValueHigh(row.high);
-        EXPECT_FALSE(expected.hasChanged(parameters));
-    }
-}
-
 } // namespace

@@ -125,16 +125,3 @@ TEST_F(QUORPointWidgetTest, NewBoundsKeepTheRelativeHeight) {
     }
 }
 
-TEST_F(QUORPointWidgetTest, ResetsColoursAndTakesItsStyleFromTheFile) {
-    ScratchHome::writeSettings("QUOR3DVisStyles.conf",
-                               "[CURSORTOOL_DAY]\nline\\selected\\width=3\n"
-                               "home\\marker\\color\\r=0.6\nhome\\label\\fontsize=11.6\n");
-    widget->setPointColor({51, 102, 255});
-    show(nullptr);
-    widget->resetActors();
-    EXPECT_FLOAT_EQ(widget->GetSelectedProperty()->GetLineWidth(), 3.0F);
-    EXPECT_EQ(caption()->GetCaptionTextProperty()->GetFontSize(), 12);
-    EXPECT_DOUBLE_EQ(homeMarker()->GetProperty()->GetColor()[0], 0.6);
-    EXPECT_NEAR(pointMarker()->GetProperty()->GetColor()[0], 0.2, 1e-6);
-    EXPECT_DOUBLE_EQ(pointMarker()->GetPosition()[2], 5000.0);
-}
