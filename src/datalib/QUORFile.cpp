@@ -161,6 +161,15 @@ bool QUORFile::canBeRead(const QString& path) {
     return Descriptor(path).read(&byte, 1) >= 0;
 }
 
+bool QUORFile::isUnchanged() const {
+    const Descriptor file(_path);
+    struct stat info {};
+    PHD header{};
+    return isValid() && file.describe(info) == 0 && S_ISREG(info.st_mode) &&
+           info.st_size >= getTotalFileSize() && file.read(header.data(), getHeaderSize()) >= 0 &&
+           header == _header;
+}
+
 QUORFile::Status QUORFile::readHeader(const QString& path) {
     const Descriptor file(_path);
     struct stat info {};

@@ -41,6 +41,8 @@ public:
     static bool canBeRead(const QString& path);
 
     bool isValid() const { return _status == Valid; }
+    /// Whether the path still holds this product, whole and under the same header; logs nothing.
+    bool isUnchanged() const;
     Status getStatus() const { return _status; }
     /// Why no grid can be built from this file, or an empty text when one can: then the file holds all
     /// elements, points and steps are positive, element size and data type agree, the time exists, and

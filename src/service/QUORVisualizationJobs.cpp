@@ -90,7 +90,7 @@ void QUORVisualizationJobs::visualize(const QString& path, bool required2D) {
 bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
     const QUORDirTop::Ptr top = _dataStore->get3DTop();
     const QUORFileLeaf::CPtr leaf = top ? top->findLeaf(fileNameOf(path)) : nullptr;
-    if (!leaf || !leaf->getFile()) {
+    if (!leaf || !leaf->getFile() || !leaf->getFile()->isUnchanged()) {
         logGone(path);
         return false;
     }
@@ -107,8 +107,7 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
         return false;
     }
     _visualizer->startVisualization(frame, getOutputFile(*leaf, *settings));
-    _visualizer->waitUntilReady();
-    return true;
+    return _visualizer->waitUntilReady();
 }
 
 std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf& leaf,

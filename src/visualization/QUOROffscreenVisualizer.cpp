@@ -103,6 +103,7 @@ void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataF
     const QUORLogScope scope("QUOROffscreenVisualizer::startVisualization");
     closeGate();
     _outputFile = outputFile;
+    _rendered = false;
     try {
         _visualization->setSourceData(frame);
         _visualization->updateVisualization(true);
@@ -124,9 +125,10 @@ void QUOROffscreenVisualizer::openGate() {
     _gateOpened.notify_all();
 }
 
-void QUOROffscreenVisualizer::waitUntilReady() {
+bool QUOROffscreenVisualizer::waitUntilReady() {
     std::unique_lock lock(_gateMutex);
     _gateOpened.wait(lock, [this] { return _gateOpen; });
+    return _rendered;
 }
 
 QUORGeneralSettings::CPtr QUOROffscreenVisualizer::getVisualizationGeneralSettings() {
@@ -233,11 +235,24 @@ void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
         logFailure(QStringLiteral("there is no scene"));
         return;
     }
+    if (lacks3DData(visualization)) {
+        logDebug(QStringLiteral("Not rendered without its 3D data: ") + _outputFile);
+        return;
+    }
     prepareWindow();
     prepareRenderer(visualization);
     logDebug(QStringLiteral("Rendering visualization.."));
     _renderer->render();
+    _rendered = true;
     writeImage();
+}
+
+/// Without the echoes of its product an image would say that there are none; why they are missing, the
+/// element has said.
+bool QUOROffscreenVisualizer::lacks3DData(const QUORVisualization& visualization) const {
+    return _displayState->getGroup(QUORDisplayState::RADAR_GROUP)->isVisible() &&
+           _displayState->getLayer(QUORDisplayState::PRODUCT_3D_LAYER)->isVisible() &&
+           !visualization.getVTKDataSet();
 }
 
 void QUOROffscreenVisualizer::logFailure(const QString& reason) const {

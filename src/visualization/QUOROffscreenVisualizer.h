@@ -49,9 +49,9 @@ public:
     /// Closes the gate and has the scene of the frame built; the image goes to `outputFile`, an absolute
     /// path.
     void startVisualization(const std::shared_ptr<QUORDataFrame>& frame, const QString& outputFile);
-    /// Returns when the image is on disk, or the reason why it is not is in the log. The main thread must
-    /// be delivering events meanwhile.
-    void waitUntilReady();
+    /// Returns when the image is on disk, or the reason why it is not is in the log; false when there was
+    /// nothing worth writing. The main thread must be delivering events meanwhile.
+    bool waitUntilReady();
 
     /// Renders and writes the image; opens the gate on every way out.
     void visualizationFinished(QUORVisualization* visualization) override;
@@ -71,6 +71,7 @@ private:
     void openGate();
     bool provideWindow(QString& error);
     void renderImage(QUORVisualization& visualization);
+    bool lacks3DData(const QUORVisualization& visualization) const;
     void prepareWindow();
     void prepareRenderer(QUORVisualization& visualization);
     void writeImage();
@@ -85,6 +86,7 @@ private:
     QUORBackgroundSettings::Ptr _backgroundSettings;
     QUORDisplayState::Ptr _displayState;
     QString _outputFile;
+    bool _rendered = false;
 
     vtkSmartPointer<vtkOpenGLRenderWindow> _window;
     vtkSmartPointer<vtkGenericRenderWindowInteractor> _interactor;

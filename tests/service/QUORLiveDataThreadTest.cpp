@@ -111,6 +111,7 @@ TEST_F(QUORLiveDataThreadTest, StopIsPromptAndLeavesTheQueue) {
         timer.start();
     }
     EXPECT_LT(timer.elapsed(), 2000);
+    EXPECT_LT(_log.count(GONE), 100000);
 }
 
 TEST_F(QUORLiveDataThreadTest, AStopDuringAJobReturnsAfterItsImage) {

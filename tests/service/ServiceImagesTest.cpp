@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ServiceFolders.h"
 #include "ServiceProcess.h"
+#include "WaitUntil.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,6 +16,7 @@ namespace {
 constexpr const char* WITHOUT_2D = "products\\size=4\n"
                                    "products\\1\\product=(none)\nproducts\\2\\product=(none)\n"
                                    "products\\3\\product=(none)\nproducts\\4\\product=(none)\n";
+constexpr int DEADLINE = 20000;
 const QString FIRST_IMAGE = QStringLiteral("TEST_Z_240601120000.png");
 const QString SECOND_IMAGE = QStringLiteral("TEST_Z_240601120500.png");
 const QString IGNORED = QStringLiteral("N: File visualization ignored.");
@@ -43,11 +45,11 @@ protected:
         _service.write(QStringLiteral("bg.conf"), _folders.backgroundSettings(background));
     }
     bool waitForImage(const QString& name) const {
-        return ServiceProcess::waitFor([&] { return QFile::exists(_folders.image(name)); });
+        return waitUntil([&] { return QFile::exists(_folders.image(name)); }, DEADLINE);
     }
     qsizetype count(const QString& text) const { return _service.log().count(text); }
     bool waitForCount(const QString& text, qsizetype wanted) const {
-        return ServiceProcess::waitFor([&] { return count(text) >= wanted; });
+        return waitUntil([&] { return count(text) >= wanted; }, DEADLINE);
     }
     QStringList images() const {
         return QDir(_folders.path(QStringLiteral("out"))).entryList(QDir::Files | QDir::Hidden);
@@ -68,50 +70,6 @@ TEST_F(ServiceImagesTest, ADroppedFileBecomesAnImage) {
     EXPECT_TRUE(_service.log().contains(
         QRegularExpression(QStringLiteral("File visualized in \\d+\\.\\d{3} seconds\\."))));
     EXPECT_EQ(images(), QStringList{FIRST_IMAGE});
-}
-
-TEST_F(ServiceImagesTest, AGrowingFileIsRenderedOnceWhenItIsComplete) {
-    start(WITHOUT_2D);
-    const QByteArray content = ServiceFolders::storm().bytes();
-    QFile file(_folders.path(QStringLiteral("3d/")) + ServiceFolders::storm().fileName());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    file.write(content.first(300));
-    ASSERT_TRUE(_service.waitForLog(QStringLiteral("FILE IS NOT COMPLETE")));
-    file.write(content.sliced(300, 600));
-    ASSERT_TRUE(_service.waitForLog(QStringLiteral("FILE STILL INCOMPLETE")));
-    EXPECT_TRUE(images().isEmpty());
-    file.write(content.sliced(900));
-    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
-    EXPECT_EQ(_service.terminate(), 0);
-    EXPECT_EQ(count(VISUALIZED), 1);
-}
-
-TEST_F(ServiceImagesTest, ABurstIsWorkedOffInOrder) {
-    start(WITHOUT_2D);
-    constexpr int files = 6;
-    QStringList expected;
-    for (int i = 0; i < files; ++i) {
-        expected.append(_folders.drop(ServiceFolders::storm(i)));
-    }
-    ASSERT_TRUE(waitForCount(VISUALIZED, files));
-    QStringList arrived;
-    static const QRegularExpression line(QStringLiteral("new 3D file arrived (\\S+)"));
-    for (const QRegularExpressionMatch& match : line.globalMatch(_service.log())) {
-        arrived.append(match.captured(1));
-    }
-    EXPECT_EQ(arrived, expected);
-    EXPECT_EQ(images().size(), files);
-}
-
-TEST_F(ServiceImagesTest, TerminationDuringAJobEndsAfterItsImage) {
-    start(WITHOUT_2D);
-    _folders.drop(ServiceFolders::storm(0));
-    _folders.drop(ServiceFolders::storm(5));
-    ASSERT_TRUE(_service.waitForLog(QStringLiteral("QUOROffscreenVisualizer::startVisualization() called.")));
-    EXPECT_EQ(_service.terminate(), 0);
-    EXPECT_TRUE(QImage(_folders.image(FIRST_IMAGE)).isNull() == false);
-    EXPECT_TRUE(
-        _service.log().contains(QStringLiteral("QUORLiveDataThread::~QUORLiveDataThread() finished.")));
 }
 
 TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
@@ -138,6 +96,7 @@ TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
                                                      << qPrintable(complaints.join('\n'));
     }
     EXPECT_TRUE(complaints.filter(QStringLiteral("folder")).isEmpty());
+    EXPECT_EQ(images(), QStringList{FIRST_IMAGE});
 }
 
 TEST_F(ServiceImagesTest, SiteNamesStayInsideTheOutputDirectory) {
@@ -211,6 +170,22 @@ TEST_F(ServiceImagesTest, A2DFileRendersTheFilesItCompletes) {
                                     _folders.path(QStringLiteral("2d/MAX"))));
     EXPECT_EQ(_service.terminate(), 0);
     EXPECT_EQ(count(VISUALIZED), 2);
+}
+
+TEST_F(ServiceImagesTest, AReplacedProductLeavesTheImageOfTheFirst) {
+    start({});
+    _folders.drop(ServiceFolders::rain(), QStringLiteral("2d"));
+    ASSERT_TRUE(_service.waitForLog(QStringLiteral("new 2D file arrived")));
+    const QString file = _folders.drop(ServiceFolders::storm());
+    ASSERT_TRUE(waitForCount(VISUALIZED, 1));
+    const QByteArray image = _service.read(QStringLiteral("data/out/") + FIRST_IMAGE);
+    TestProduct other = ServiceFolders::storm();
+    other.groundElevation = 7;
+    other.writeTo(file);
+    _folders.drop(ServiceFolders::rain(1), QStringLiteral("2d"));
+    ASSERT_TRUE(waitForCount(IGNORED, 1));
+    EXPECT_EQ(count(QStringLiteral("W: Data not available anymore: ") + file), 1);
+    EXPECT_EQ(_service.read(QStringLiteral("data/out/") + FIRST_IMAGE), image);
 }
 
 TEST_F(ServiceImagesTest, SettingsAreReadForEveryImage) {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ServiceProcess.h"
 
+#include "WaitUntil.h"
+
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QThread>
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -96,7 +96,7 @@ void ServiceProcess::signal(int number) const {
 
 std::optional<int> ServiceProcess::waitForEnd(int milliseconds) {
     int status = 0;
-    if (!waitFor([&] { return ::waitpid(pid_t(_daemon), &status, WNOHANG) == _daemon; }, milliseconds)) {
+    if (!waitUntil([&] { return ::waitpid(pid_t(_daemon), &status, WNOHANG) == _daemon; }, milliseconds)) {
         return std::nullopt;
     }
     _daemon = 0;
@@ -109,17 +109,5 @@ std::optional<int> ServiceProcess::terminate(int milliseconds) {
 }
 
 bool ServiceProcess::waitForLog(const QString& text, int milliseconds) const {
-    return waitFor([&] { return log().contains(text); }, milliseconds);
-}
-
-bool ServiceProcess::waitFor(const std::function<bool()>& condition, int milliseconds) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > milliseconds) {
-            return false;
-        }
-        QThread::msleep(5);
-    }
-    return true;
+    return waitUntil([&] { return log().contains(text); }, milliseconds);
 }

@@ -6,7 +6,6 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <functional>
 #include <optional>
 
 /// Runs the real program under a home of its own. What it leaves running is killed with the object.
@@ -43,7 +42,6 @@ public:
 
     QString log() const { return QString::fromUtf8(read(QStringLiteral("log"))); }
     bool waitForLog(const QString& text, int milliseconds = 20000) const;
-    static bool waitFor(const std::function<bool()>& condition, int milliseconds = 20000);
 
 private:
     QTemporaryDir _home;

@@ -103,15 +103,6 @@ TEST(ServiceProcessTest, ADaemonDetachesAndFollowsItsSignals) {
     }
 }
 
-TEST(ServiceProcessTest, ARestartAppendsToTheLog) {
-    ServiceProcess service;
-    for (int i = 0; i < 2; ++i) {
-        ASSERT_TRUE(service.startDaemon());
-        EXPECT_EQ(service.terminate(), 0);
-    }
-    EXPECT_EQ(service.log().count(QStringLiteral("quor3dd starting\n")), 2);
-}
-
 TEST(ServiceProcessTest, ThePidFileFollowsNoLinkAndIsReadableByAll) {
     ServiceProcess service;
     service.write(QStringLiteral("precious"), "keep");

@@ -2,12 +2,10 @@
 #include "LogCapture.h"
 
 #include "QUORLog.h"
+#include "WaitUntil.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
-#include <QThread>
 
 LogCapture::LogCapture() : _previousLevel(QUORLog::Instance().level()) {
     QUORLog::Instance().setLevel(QUORLog::Debug);
@@ -37,16 +35,7 @@ int LogCapture::count(const QString& text) const {
 }
 
 bool LogCapture::waitFor(const QString& text, int milliseconds) const {
-    QElapsedTimer timer;
-    timer.start();
-    while (!contains(text)) {
-        if (timer.elapsed() > milliseconds) {
-            return false;
-        }
-        QCoreApplication::processEvents();
-        QThread::msleep(2);
-    }
-    return true;
+    return waitUntil([&] { return contains(text); }, milliseconds);
 }
 
 void LogCapture::clear() {
