@@ -30,6 +30,7 @@ constexpr double SMALLEST_EARTH_RADIUS = 6.0e6;
 constexpr double LARGEST_EARTH_RADIUS = 6.6e6;
 constexpr double SMALLEST_INVERSE_FLATTENING = 100.0;
 constexpr double LARGEST_EXTENT = 5.0e6; ///< metres, far beyond any radar's range
+constexpr std::size_t SMALLEST_PURGE = 64;
 
 class Descriptor {
 public:
@@ -122,6 +123,7 @@ QUORGeoProjection::CPtr sharedProjection(const QString& name, const QUORCoordina
     using Key = std::tuple<QString, double, double, double, double>;
     static QMutex mutex;
     static std::map<Key, std::weak_ptr<const QUORGeoProjection>> projections;
+    static std::size_t purgeAt = SMALLEST_PURGE;
 
     const Key key{name, site.getLat(), site.getLon(), radius, inverseFlattening};
     const QMutexLocker lock(&mutex);
@@ -130,7 +132,11 @@ QUORGeoProjection::CPtr sharedProjection(const QString& name, const QUORCoordina
             return projection;
         }
     }
-    std::erase_if(projections, [](const auto& entry) { return entry.second.expired(); });
+    // Only after doubling: to look through all of them for every new one takes seconds at 30,000.
+    if (projections.size() >= purgeAt) {
+        std::erase_if(projections, [](const auto& entry) { return entry.second.expired(); });
+        purgeAt = std::max(SMALLEST_PURGE, 2 * projections.size());
+    }
     auto projection = std::make_shared<const QUORGeoProjection>(name, site, radius, inverseFlattening);
     projections[key] = projection;
     return projection;
