@@ -87,7 +87,9 @@ void QUORDirectoryWatchData::scan() {
         discard(name, stamps.value(name), !QUORFile::canBeRead(pathOf(name)));
     }
     logDiscarded(leftOut.discarded);
-    _duplicates = leftOut.duplicates;
+    for (auto entry = leftOut.duplicates.cbegin(); entry != leftOut.duplicates.cend(); ++entry) {
+        _duplicates.insert(entry.key(), {entry.value()});
+    }
 }
 
 QUORDirTop::Ptr QUORDirectoryWatchData::dirFactory(const QStringList& names,
@@ -188,12 +190,12 @@ void QUORDirectoryWatchData::refresh() {
     doRetries();
 }
 
-QUORDirTop::Result QUORDirectoryWatchData::addToTree(const QString& name) {
+QUORDirTop::Result QUORDirectoryWatchData::addToTree(const QString& name, Clock::time_point freshUntil) {
     const Stamp stamp = stampOf(name);
     QString other;
     const QUORDirTop::Result result = _tree->addFile(name, _removedNames, &other);
     if (result == QUORDirTop::ResultDuplicate) {
-        _duplicates.insert(name, other);
+        _duplicates.insert(name, {other, freshUntil});
     } else if (!other.isEmpty()) {
         _replaced.insert(other);
     }
@@ -214,7 +216,7 @@ QStringList QUORDirectoryWatchData::addAll(const QStringList& names) {
     QStringList discarded;
     for (const QString& name : names) {
         logDebug(QStringLiteral("ADD: TRYING TO ADD ") + name);
-        const QUORDirTop::Result result = addToTree(name);
+        const QUORDirTop::Result result = addToTree(name, Clock::now() + _timing.recent);
         if (result == QUORDirTop::ResultOk) {
             logDebug(QStringLiteral("ADD: ADDED TO DIRECTORY ") + name);
             added.append(name);
@@ -248,25 +250,46 @@ void QUORDirectoryWatchData::removeFilesFromDir() {
         _duplicates.remove(name);
     }
     _removedNames = removed;
-    _addedNames += addAll(takeDuplicatesOf(removed));
+    fillPlacesOf(removed);
 }
 
-QStringList QUORDirectoryWatchData::takeDuplicatesOf(const QStringList& names) {
-    if (names.isEmpty() || _duplicates.isEmpty()) {
-        return {};
-    }
-    const QSet<QString> holders(names.begin(), names.end());
-    QStringList duplicates;
-    for (auto entry = _duplicates.cbegin(); entry != _duplicates.cend(); ++entry) {
-        if (holders.contains(entry.value())) {
-            duplicates.append(entry.key());
+/// A clean-up of old products must not have their copies drawn: only what has just arrived is announced,
+/// as when a file is linked to its final name and its first name is removed.
+void QUORDirectoryWatchData::fillPlacesOf(const QStringList& removed) {
+    const QMap<QString, Duplicate> duplicates = takeDuplicatesOf(removed);
+    for (auto entry = duplicates.cbegin(); entry != duplicates.cend(); ++entry) {
+        const QString& name = entry.key();
+        if (QUORDirectoryListing::hasVanished(pathOf(name))) {
+            continue;
+        }
+        const QUORDirTop::Result result = addToTree(name, entry->freshUntil);
+        if (result == QUORDirTop::ResultOk && Clock::now() < entry->freshUntil) {
+            _addedNames.append(name);
+        } else if (isUnfinished(result)) {
+            wait(name);
+        } else if (result == QUORDirTop::ResultInvalid) {
+            logDiscarded({name});
         }
     }
-    std::sort(duplicates.begin(), duplicates.end());
-    for (const QString& name : std::as_const(duplicates)) {
-        _duplicates.remove(name);
+}
+
+/// In the order of their names.
+QMap<QString, QUORDirectoryWatchData::Duplicate>
+QUORDirectoryWatchData::takeDuplicatesOf(const QStringList& names) {
+    if (names.isEmpty()) {
+        return {};
     }
-    return duplicates;
+    QMap<QString, Duplicate> taken;
+    const QSet<QString> holders(names.begin(), names.end());
+    for (auto entry = _duplicates.begin(); entry != _duplicates.end();) {
+        if (holders.contains(entry->holder)) {
+            taken.insert(entry.key(), *entry);
+            entry = _duplicates.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+    return taken;
 }
 
 void QUORDirectoryWatchData::doRetries() {
@@ -289,7 +312,7 @@ bool QUORDirectoryWatchData::retryFile(QUORDirWatchRetryItem& item) {
     item.update(stamp.size, _timing.retry * 9 / 10);
     const QString prefix = QStringLiteral("RETRY(") + QString::number(item.getRetries()) + QLatin1Char(')');
     logDebug(prefix + QStringLiteral(" ADDING ") + name);
-    const QUORDirTop::Result result = addToTree(name);
+    const QUORDirTop::Result result = addToTree(name, Clock::now() + _timing.recent);
     if (result == QUORDirTop::ResultOk) {
         logDebug(prefix + QStringLiteral(": ADDED TO DIRECTORY ") + name);
         _addedNames.append(name);

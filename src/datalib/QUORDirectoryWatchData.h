@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QMap>
 #include <QSet>
 #include <QStringList>
 
@@ -20,6 +21,8 @@ struct QUORWatchTiming {
     std::chrono::milliseconds check{60000};
     /// Files that are still being written.
     std::chrono::milliseconds retry{1000};
+    /// So long after its arrival a duplicate is announced when the file that has its place goes.
+    std::chrono::milliseconds recent{60000};
 };
 
 /// One watched directory: its tree, the names of the last listing and the files that wait to be complete.
@@ -84,6 +87,14 @@ private:
         bool operator==(const Stamp&) const = default;
     };
 
+    using Clock = std::chrono::steady_clock;
+
+    struct Duplicate {
+        QString holder; ///< the name of the file that has its place in the tree
+        /// Until then it counts as an arrival; what was there at the start never does.
+        Clock::time_point freshUntil = Clock::time_point::min();
+    };
+
     /// A file that was given up.
     struct Discarded {
         Stamp stamp;
@@ -96,13 +107,14 @@ private:
     void noteListing(const QUORDirectoryListing& listing);
     QString pathOf(const QString& name) const;
     Stamp stampOf(const QString& name) const;
-    QUORDirTop::Result addToTree(const QString& name);
+    QUORDirTop::Result addToTree(const QString& name, Clock::time_point freshUntil);
     bool retryFile(QUORDirWatchRetryItem& item);
     void wait(const QString& name);
     void setWaiting(QList<QUORDirWatchRetryItem::Ptr> items);
     void stopWaiting(const QString& name);
     QStringList addAll(const QStringList& names);
-    QStringList takeDuplicatesOf(const QStringList& names);
+    void fillPlacesOf(const QStringList& removed);
+    QMap<QString, Duplicate> takeDuplicatesOf(const QStringList& names);
     void discard(const QString& name, const Stamp& stamp, bool unreadable);
     bool reconsiderDiscarded();
 
@@ -122,8 +134,8 @@ private:
     std::atomic<bool> _listingFailed{false};
     /// Files whose place in the tree a duplicate took before their removal was seen.
     QSet<QString> _replaced;
-    /// Duplicates, each with the name of the file that has its place: tried again when that one is removed.
-    QHash<QString, QString> _duplicates;
+    /// Tried again when the file that has their place is removed.
+    QHash<QString, Duplicate> _duplicates;
     /// Unreadable or unfinished files that were given up: when a check finds them changed, or readable again,
     /// they wait again.
     QHash<QString, Discarded> _discarded;

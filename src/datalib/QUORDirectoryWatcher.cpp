@@ -114,9 +114,14 @@ void QUORDirectoryWatcher::directoryChanged(const QString& path) {
     const QUORLogScope scope("QUORDirectoryWatcher::directoryChanged");
     logNotificationTime();
     logDebug(QStringLiteral("Changed directory: ") + path);
+    const bool watched = _notifier.directories().contains(path);
     const std::lock_guard lock(_mutex);
     if (path == _data->getPath()) {
         _data->markDirty();
+        if (!watched) {
+            // Deleted or unmounted. What takes its place may have the same identity.
+            _watched = {};
+        }
     }
     if (_sleeping) {
         _wakeUp.notify_one();

@@ -70,6 +70,7 @@ private:
     bool _watchFailed = false;
     mutable std::mutex _mutex;
     std::condition_variable _wakeUp;
+    /// For the thread sanitizer, which does not see the end of a QThread.
     std::condition_variable _ended;
     bool _running = true;
     bool _finished = false;

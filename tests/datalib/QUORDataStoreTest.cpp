@@ -5,6 +5,7 @@
 #include "QUORDataStoreObserver.h"
 #include "QUORTerrainDir.h"
 #include "TestProduct.h"
+#include "WaitUntil.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -57,15 +58,6 @@ protected:
         product.prefix = QLatin1String(prefix);
         product.time.setTime({12, minute});
         return product.write(folder("3d"));
-    }
-    static bool waitUntil(const std::function<bool()>& reached) {
-        QElapsedTimer timer;
-        timer.start();
-        while (!reached() && timer.elapsed() < 10000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-            QThread::msleep(1);
-        }
-        return reached();
     }
 
     QTemporaryDir _dir;
