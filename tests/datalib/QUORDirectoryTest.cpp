@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <atomic>
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
@@ -136,56 +136,6 @@ TEST_F(QUORDirectoryTest, RemovesEmptyLevelsAndLetsGoOfLeaves) {
     EXPECT_EQ(held->getParent(), nullptr);
     EXPECT_EQ(held->getKey(), QStringLiteral("B/CAPPI/Z/240601120000"));
     EXPECT_TRUE(held->isValid());
-}
-
-TEST_F(QUORDirectoryTest, ADuplicateReplacesALeafWhoseFileIsGone) {
-    const QString temporary = write("A", {12, 0}) + QStringLiteral(".tmp");
-    const QString name = temporary.chopped(4);
-    ASSERT_TRUE(QDir(path()).rename(name, temporary));
-    QUOR3DTop top(path());
-    ASSERT_TRUE(top.findLeaf(temporary));
-    ASSERT_TRUE(QDir(path()).rename(temporary, name));
-    QString replaced;
-    EXPECT_EQ(top.addFile(name, {}, &replaced), QUORDirTop::ResultOk);
-    EXPECT_EQ(replaced, temporary);
-    EXPECT_FALSE(top.findLeaf(temporary));
-    EXPECT_EQ(top.findLeaf(QStringLiteral("A"), QStringLiteral("CAPPI"), QStringLiteral("Z"),
-                           QStringLiteral("240601120000")),
-              top.findLeaf(name));
-    EXPECT_EQ(top.findLeaves(_any, _any, _any, at(12, 0), 0).size(), 1);
-
-    ASSERT_TRUE(QFile::copy(path() + QLatin1Char('/') + name, path() + QLatin1Char('/') + temporary));
-    EXPECT_EQ(top.addFile(temporary), QUORDirTop::ResultDuplicate);
-    EXPECT_EQ(top.addFile(temporary, {name}), QUORDirTop::ResultOk);
-    EXPECT_FALSE(top.findLeaf(name));
-}
-
-TEST_F(QUORDirectoryTest, RefreshFollowsTheDisk) {
-    const QString first = write("A", {12, 0});
-    QUOR3DTop top(path());
-    const QUORFileLeaf::Ptr old = top.findLeaf(first);
-    QFile::remove(old->getPath());
-    const QString second = write("B", {12, 0}, 2, "CBZ");
-    top.refresh();
-    EXPECT_FALSE(top.findLeaf(first));
-    EXPECT_TRUE(top.findLeaf(second));
-    EXPECT_EQ(old->getParent(), nullptr);
-    EXPECT_EQ(old->getSite(), QStringLiteral("A"));
-}
-
-TEST_F(QUORDirectoryTest, MissingDirectoriesGiveEmptyTrees) {
-    const LogCapture log;
-    for (const QString& missing : {path() + QStringLiteral("/none"), QString()}) {
-        QUOR2DTop top(missing);
-        EXPECT_FALSE(top.isValid());
-        EXPECT_TRUE(top.findLeaves(_any, _any, _any, _any).isEmpty());
-        EXPECT_TRUE(top.findLatestLeaves(_any, _any, _any, 0).isEmpty());
-        EXPECT_FALSE(QUORDirTop::findClosestMatch({}, at(12, 0)));
-        EXPECT_TRUE(top.listSites().isEmpty());
-        EXPECT_TRUE(top.findAllMatchingProducts(nullptr, 600, true).isEmpty());
-    }
-    EXPECT_EQ(log.count(QStringLiteral("D:  - (no sites found)")), 2);
-    EXPECT_TRUE(QUOR2DTop(path()).isValid());
 }
 
 TEST_F(QUORDirectoryTest, PatternsMatchWholeNamesWithoutCase) {
@@ -335,27 +285,20 @@ TEST_F(QUORDirectoryTest, SearchesRunWhileTheTreeChanges) {
     }
     QUOR3DTop top(path());
     std::atomic<bool> running{true};
-    std::array<std::thread, 2> searchers;
-    for (std::thread& searcher : searchers) {
-        searcher = std::thread([&] {
-            while (running) {
-                const QUORFileLeaf::Ptr leaf = top.findLeaf(stays);
-                EXPECT_TRUE(leaf && top.findBestMatching3DFile(leaf, _any, 600) == leaf);
-                for (const auto& found : top.findLeaves(_any, _any, _any, _any)) {
-                    EXPECT_FALSE(found->getPath().isEmpty());
-                    found->getParent();
-                }
-                top.listProductsForSite(QStringLiteral("B"), true);
+    const auto search = [&] {
+        while (running) {
+            const QUORFileLeaf::Ptr leaf = top.findLeaf(stays);
+            EXPECT_TRUE(leaf && top.findBestMatching3DFile(leaf, _any, 600) == leaf);
+            for (const auto& found : top.findLeaves(_any, _any, _any, _any)) {
+                EXPECT_FALSE(found->getPath().isEmpty());
+                found->getParent();
             }
-        });
-    }
-    for (int round = 0; round < 20; ++round) {
-        for (const QString& name : names) {
-            EXPECT_EQ(top.removeFile(name), QUORDirTop::ResultOk);
         }
-        for (const QString& name : names) {
-            EXPECT_EQ(top.addFile(name), QUORDirTop::ResultOk);
-        }
+    };
+    std::thread searchers[] = {std::thread(search), std::thread(search)};
+    for (int i = 0; i < 400; ++i) {
+        EXPECT_EQ(top.removeFile(names[i % 20]), QUORDirTop::ResultOk);
+        EXPECT_EQ(top.addFile(names[i % 20]), QUORDirTop::ResultOk);
     }
     running = false;
     for (std::thread& searcher : searchers) {

@@ -232,7 +232,10 @@ TEST_F(QUORDirectoryWatcherTest, ARenameIntoPlaceKeepsTheProduct) {
     ASSERT_TRUE(waitUntil([&] { return announced.added.contains(name); }));
     EXPECT_TRUE(watcher->getTree()->findLeaf(name));
     EXPECT_TRUE(waitUntil([&] { return announced.removed == QStringList{temporary}; }));
-    EXPECT_TRUE(watcher->getTree()->findLeaf(name));
+    const QString any = QStringLiteral("*");
+    const auto leaves = watcher->getTree()->findLeaves(any, any, any, product(0).time, 0);
+    ASSERT_EQ(leaves.size(), 1);
+    EXPECT_EQ(leaves.first(), watcher->getTree()->findLeaf(name));
 }
 
 TEST_F(QUORDirectoryWatcherTest, ADuplicateFollowsItsOriginalAndIsAnnouncedWhenItIsNew) {

@@ -96,42 +96,35 @@ TEST_F(QUORFileTest, KnowsWhetherItsProductIsStillThere) {
     EXPECT_FALSE(file.isUnchanged());
 }
 
-TEST_F(QUORFileTest, MissingFilesAreNotReadable) {
-    const LogCapture log;
-    const QString path = pathOf(QStringLiteral("CAZ240601120000.cap"));
-    const QUORFile file(path);
-    EXPECT_EQ(file.getStatus(), QUORFile::NotReadable);
-    EXPECT_EQ(log.lines(),
-              QStringList({QStringLiteral("D: QUORFile::QUORFile(): file does not exist: ") + path,
-                           QStringLiteral("E: QUORFile does not exist: ") + path}));
-    EXPECT_EQ(file.getName(), QStringLiteral("CAZ240601120000.cap"));
-    EXPECT_EQ(file.getBaseName(), QStringLiteral("CAZ240601120000"));
-    EXPECT_EQ(file.getTime(), QStringLiteral("240601120000"));
-    EXPECT_EQ(QUORFile(QString()).getStatus(), QUORFile::NotReadable);
-}
-
-TEST_F(QUORFileTest, WhatFailsWhileItIsReadIsNotReadable) {
-    // The first page of an address space is never mapped: reading there is an input error.
-    const QString path = QStringLiteral("/proc/self/mem");
-    EXPECT_EQ(QUORFile(path).getStatus(), QUORFile::NotReadable);
-    EXPECT_FALSE(QUORFile::canBeRead(path));
-    EXPECT_TRUE(QUORFile::canBeRead(writeBytes({})));
-}
-
-TEST_F(QUORFileTest, WhatIsNoRegularReadableFileCannotBeOpened) {
-    const QString fifo = pathOf(QStringLiteral("CAZ240601120000.cap"));
+TEST_F(QUORFileTest, WhatCannotBeReadSaysWhy) {
+    const QString missing = pathOf(QStringLiteral("CAZ240601120000.cap"));
+    const QString fifo = pathOf(QStringLiteral("fifo"));
     ASSERT_EQ(::mkfifo(qPrintable(fifo), 0600), 0);
-    QStringList paths{fifo, _dir.path(), QStringLiteral("/dev/zero")};
+    const QString gone = QStringLiteral("E: QUORFile does not exist: ");
+    const QString closed = QStringLiteral("E: Cannot open QUORfile: ");
+    struct Row {
+        QString path;
+        QUORFile::Status status;
+        QString error;
+    };
+    QList<Row> rows{{missing, QUORFile::NotReadable, gone},
+                    {QString(), QUORFile::NotReadable, gone},
+                    {fifo, QUORFile::CannotOpen, closed},
+                    {_dir.path(), QUORFile::CannotOpen, closed},
+                    {QStringLiteral("/dev/zero"), QUORFile::CannotOpen, closed},
+                    // The first page of an address space is never mapped: reading there is an input error.
+                    {QStringLiteral("/proc/self/mem"), QUORFile::NotReadable, {}}};
     if (::geteuid() != 0) {
-        paths << TestProduct().write(_dir.path() + QStringLiteral("/.."));
-        ASSERT_EQ(::chmod(qPrintable(paths.last()), 0), 0);
+        rows.append({TestProduct::sri().write(_dir.path()), QUORFile::CannotOpen, closed});
+        ASSERT_EQ(::chmod(qPrintable(rows.last().path), 0), 0);
     }
-    for (const QString& path : paths) {
+    for (const Row& row : rows) {
+        SCOPED_TRACE(qPrintable(row.path));
         const LogCapture log;
-        EXPECT_EQ(QUORFile(path).getStatus(), QUORFile::CannotOpen) << qPrintable(path);
-        EXPECT_EQ(log.lines(),
-                  QStringList({QStringLiteral("D: QUORFile::QUORFile(): Cannot open file: ") + path,
-                               QStringLiteral("E: Cannot open QUORfile: ") + path}));
+        EXPECT_EQ(QUORFile(row.path).getStatus(), row.status);
+        EXPECT_EQ(log.lines().filter(QStringLiteral("E: ")),
+                  row.error.isEmpty() ? QStringList() : QStringList{row.error + row.path});
+        EXPECT_FALSE(row.status == QUORFile::NotReadable && QUORFile::canBeRead(row.path));
     }
 }
 
@@ -315,15 +308,12 @@ TEST_F(QUORFileTest, ImpossibleTimesAreInvalid) {
 
 TEST_F(QUORFileTest, SharesProjectionsByTheirArguments) {
     TestProduct product;
-    const QUORFile first = load(product);
-    const QUORFile second = load(product);
+    const auto first = load(product).getGeoProjection();
+    EXPECT_EQ(first, load(product).getGeoProjection());
     product.longitude = 26.0;
-    const QUORFile other = load(product);
+    EXPECT_NE(first, load(product).getGeoProjection());
     product.longitude = 25.0;
     product.projection = 1;
-    const QUORFile mercator = load(product);
-    EXPECT_EQ(first.getGeoProjection(), second.getGeoProjection());
-    EXPECT_NE(first.getGeoProjection(), other.getGeoProjection());
-    EXPECT_NE(first.getGeoProjection(), mercator.getGeoProjection());
-    EXPECT_TRUE(first.getGeoProjection()->isReady());
+    EXPECT_NE(first, load(product).getGeoProjection());
+    EXPECT_TRUE(first->isReady());
 }

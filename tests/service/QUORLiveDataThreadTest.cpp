@@ -131,58 +131,37 @@ TEST_F(QUORLiveDataThreadTest, AStopDuringAJobReturnsAfterItsImage) {
     EXPECT_TRUE(QFile::exists(_folders.image(QStringLiteral("TEST_Z_240601120000.png"))));
 }
 
-TEST_F(QUORLiveDataThreadTest, ChangedDirectoriesAreFollowed) {
-    const QString reopened = QStringLiteral("D: Initializing 3d data directory..");
-    QUORLiveDataThread thread;
-    EXPECT_EQ(_log.count(reopened), 1);
-    thread.updateDataDirectory();
-    writeSettings(_folders.mainSettings("geolayer=/elsewhere\n"), _folders.backgroundSettings());
-    thread.updateDataDirectory();
-    EXPECT_EQ(_log.count(reopened), 1);
-    EXPECT_FALSE(_log.contains(QStringLiteral("/elsewhere")));
-    writeSettings(_folders.mainSettings("data3d=" + _dir.path().toUtf8() + "/other3d\n"),
-                  _folders.backgroundSettings());
-    thread.updateDataDirectory();
-    EXPECT_EQ(_log.count(reopened), 2);
-    EXPECT_TRUE(
-        _log.contains(QStringLiteral("D: new 3d data path=") + _folders.path(QStringLiteral("other3d"))));
-}
-
-TEST_F(QUORLiveDataThreadTest, SettingsWithoutDirectoriesKeepTheDirectories) {
-    const QString reopened = QStringLiteral("data directory..");
-    const QString kept = QStringLiteral(" any more, this one is kept: ");
-    QUORLiveDataThread thread;
-    const int opened = _log.count(reopened);
-    for (const QByteArray& text : {QByteArray(), QByteArray("[Gen"), QByteArray("[General]\ndata3d=\n")}) {
-        writeSettings(text, _folders.backgroundSettings());
-        thread.updateDataDirectory();
-    }
-    EXPECT_EQ(_log.count(reopened), opened);
-    EXPECT_EQ(_log.lines().filter(kept),
-              (QStringList{QStringLiteral("E: The settings name no 3D product directory") + kept +
-                               _folders.path(QStringLiteral("3d")),
-                           QStringLiteral("E: The settings name no 2D product directory") + kept +
-                               _folders.path(QStringLiteral("2d"))}));
-    writeSettings(_folders.mainSettings(), _folders.backgroundSettings());
-    thread.updateDataDirectory();
-    EXPECT_EQ(_log.count(reopened), opened);
-    writeSettings("[General]\ndata3d=" + _dir.path().toUtf8() + "/other3d\n", _folders.backgroundSettings());
-    thread.updateDataDirectory();
-    EXPECT_EQ(_log.count(QStringLiteral("D: Initializing 3d data directory..")), 2);
-    EXPECT_EQ(_log.count(reopened), opened + 1);
-    EXPECT_EQ(_log.count(QStringLiteral("name no 2D product directory")), 2);
-}
-
-TEST_F(QUORLiveDataThreadTest, AStartWithoutDirectoriesIsOneErrorUntilTheyAreThere) {
-    const QString missing = QStringLiteral("E: No 3D product directory is configured: ");
+TEST_F(QUORLiveDataThreadTest, ChangedDirectoriesAreFollowedButNeverToNowhere) {
+    const QByteArray first = _folders.mainSettings();
+    const QByteArray other = "[GENERAL]\ndata3d=" + _dir.path().toUtf8() + "/out\ngeolayer=/elsewhere\n";
+    const struct {
+        const char* name;
+        QByteArray settings;
+        int opened, kept; ///< directories
+    } rows[] = {{"nothing is configured", {}, 0, 0},
+                {"the first directories", first, 3, 0},
+                {"no change", first, 0, 0},
+                {"other terrain alone", first + "geolayer=/elsewhere\n", 0, 0},
+                {"an empty file", {}, 0, 2},
+                {"a file being written", "[Gen", 0, 0},
+                {"an empty name", "[General]\ndata3d=\n", 0, 0},
+                {"as before", first, 0, 0},
+                {"another 3D directory, no 2D directory", other, 2, 1}};
     writeSettings({}, _folders.backgroundSettings());
     QUORLiveDataThread thread;
-    thread.updateDataDirectory();
-    EXPECT_EQ(_log.count(missing), 1);
-    writeSettings(_folders.mainSettings(), _folders.backgroundSettings());
-    thread.updateDataDirectory();
-    EXPECT_TRUE(_log.contains(QStringLiteral("D: new 3d data path=") + _folders.path(QStringLiteral("3d"))));
-    EXPECT_EQ(_log.count(missing), 1);
+    EXPECT_EQ(_log.count(QStringLiteral("E: No 3D product directory is configured: ")), 1);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        _log.clear();
+        writeSettings(row.settings, _folders.backgroundSettings());
+        thread.updateDataDirectory();
+        EXPECT_EQ(_log.count(QStringLiteral(" data directory..")), row.opened);
+        EXPECT_EQ(_log.count(QStringLiteral(" directory any more, this one is kept: ") + _dir.path()),
+                  row.kept);
+        EXPECT_EQ(_log.count(QStringLiteral("E: ")), row.kept);
+    }
+    EXPECT_TRUE(_log.contains(QStringLiteral("D: new 3d data path=") + _folders.path(QStringLiteral("out"))));
+    EXPECT_FALSE(_log.contains(QStringLiteral("new 2d data path=")));
 }
 
 TEST_F(QUORLiveDataThreadTest, RenderingThatIsSwitchedOffIsOneWarning) {

@@ -59,17 +59,22 @@ protected:
     ServiceFolders _folders;
 };
 
-TEST_F(ServiceImagesTest, ADroppedFileBecomesAnImage) {
+TEST_F(ServiceImagesTest, DroppedFilesBecomeImagesUnderTheSettingsOfTheirTime) {
     start(WITHOUT_2D);
-    const QString file = _folders.drop(ServiceFolders::storm());
+    const QString file = _folders.drop(ServiceFolders::storm(0));
     ASSERT_TRUE(waitForImage(FIRST_IMAGE));
-    EXPECT_EQ(QImage(_folders.image(FIRST_IMAGE)).size(), QSize(160, 120));
-    EXPECT_EQ(QFile::permissions(_folders.image(FIRST_IMAGE)) & 0x777, QFile::Permissions(0x644));
-    EXPECT_TRUE(_service.waitForLog(QStringLiteral("N: QUORLiveDataThread: new 3D file arrived ") + file));
+    configure(QByteArray(WITHOUT_2D) + "outputformat=JPEG\nwidth=200\n");
+    _folders.drop(ServiceFolders::storm(5));
+    const QString second = QStringLiteral("TEST_Z_240601120500.jpg");
+    ASSERT_TRUE(waitForImage(second));
     EXPECT_EQ(_service.terminate(), 0);
+    EXPECT_EQ(QImage(_folders.image(FIRST_IMAGE)).size(), QSize(160, 120));
+    EXPECT_EQ(QImage(_folders.image(second)).size(), QSize(200, 120));
+    EXPECT_EQ(QFile::permissions(_folders.image(FIRST_IMAGE)) & 0x777, QFile::Permissions(0x644));
+    EXPECT_EQ(count(QStringLiteral("N: QUORLiveDataThread: new 3D file arrived ") + file), 1);
     EXPECT_TRUE(_service.log().contains(
         QRegularExpression(QStringLiteral("File visualized in \\d+\\.\\d{3} seconds\\."))));
-    EXPECT_EQ(images(), QStringList{FIRST_IMAGE});
+    EXPECT_EQ(images(), (QStringList{FIRST_IMAGE, second}));
 }
 
 TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
@@ -186,17 +191,6 @@ TEST_F(ServiceImagesTest, AReplacedProductLeavesTheImageOfTheFirst) {
     ASSERT_TRUE(waitForCount(IGNORED, 1));
     EXPECT_EQ(count(QStringLiteral("W: Data not available anymore: ") + file), 1);
     EXPECT_EQ(_service.read(QStringLiteral("data/out/") + FIRST_IMAGE), image);
-}
-
-TEST_F(ServiceImagesTest, SettingsAreReadForEveryImage) {
-    start(WITHOUT_2D);
-    _folders.drop(ServiceFolders::storm(0));
-    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
-    configure(QByteArray(WITHOUT_2D) + "outputformat=JPEG\nwidth=200\n");
-    _folders.drop(ServiceFolders::storm(5));
-    const QString jpeg = QStringLiteral("TEST_Z_240601120500.jpg");
-    ASSERT_TRUE(waitForImage(jpeg));
-    EXPECT_EQ(QImage(_folders.image(jpeg)).size(), QSize(200, 120));
 }
 
 TEST_F(ServiceImagesTest, ADecimalCommaChangesNothing) {
