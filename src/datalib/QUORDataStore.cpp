@@ -8,6 +8,9 @@
 #include "QUORLog.h"
 #include "QUORTerrainDir.h"
 
+#include <chrono>
+#include <system_error>
+
 namespace {
 
 void logDebug(const QString& text) {
@@ -41,6 +44,7 @@ QUORDataStore::QUORDataStore(QUORDataStoreObserver* observer) : _observer(observ
 
 QUORDataStore::~QUORDataStore() {
     const QUORLogScope scope("QUORDataStore::~QUORDataStore");
+    _terrainScout = {};
     _dirWatch3d.reset();
     _dirWatch2d.reset();
 }
@@ -73,7 +77,7 @@ void QUORDataStore::setWatcher(Watcher& watcher, QString& path, const QString& n
 }
 
 void QUORDataStore::setTerrain(const QString& geoPath, const QString& geoCachePath) {
-    if (_terrainDir && geoPath == _geoPath && geoCachePath == _geoCachePath) {
+    if (getTerrainDir() && geoPath == _geoPath && geoCachePath == _geoCachePath) {
         return;
     }
     logDebug(QStringLiteral("Initializing geo data directory.."));
@@ -85,6 +89,33 @@ void QUORDataStore::setTerrain(const QString& geoPath, const QString& geoCachePa
     _terrainDir = terrain;
     _geoPath = geoPath;
     _geoCachePath = geoCachePath;
+}
+
+void QUORDataStore::refreshTerrain() {
+    const auto known = getTerrainDir();
+    const bool busy =
+        _terrainScout.valid() && _terrainScout.wait_for(std::chrono::seconds(0)) != std::future_status::ready;
+    if (!known || busy) {
+        return;
+    }
+    try {
+        _terrainScout = std::async(std::launch::async, [this, known] { takeNewTerrain(known); });
+    } catch (const std::system_error&) {
+        // No thread to be had: the next call tries again.
+    }
+}
+
+void QUORDataStore::takeNewTerrain(const std::shared_ptr<QUORTerrainDir>& known) {
+    if (!known->hasNews()) {
+        return;
+    }
+    // Another object: a job must never meet one that is half filled.
+    const auto terrain = std::make_shared<QUORTerrainDir>(known->getSourcePath(), known->getCachePath());
+    terrain->scanFiles();
+    const std::lock_guard lock(_mutex);
+    if (_terrainDir == known && (!terrain->getTiles().isEmpty() || known->getTiles().isEmpty())) {
+        _terrainDir = terrain;
+    }
 }
 
 QUORFileLeaf::Ptr QUORDataStore::getLatestData(const QString& site, const QString& product,

@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QVector>
 
+#include <future>
 #include <mutex>
 
 class QUORDataStoreObserver;
@@ -36,6 +37,9 @@ public:
     /// Replaces what differs from the paths last set, and leaves the rest alone.
     void setDirectories(const QString& path3d, const QString& path2d, const QString& geoPath,
                         const QString& geoCachePath);
+    /// Has the terrain directory scanned again when tiles have come or changed, by a thread of its own; one
+    /// that has none any more, as under a mount that was lost, leaves those known in use. Returns at once.
+    void refreshTerrain();
 
     /// The volume with the newest data time, of equal ones the first in key order; null when there is none.
     /// The arguments are patterns.
@@ -63,6 +67,7 @@ private:
     void setWatcher(Watcher& watcher, QString& path, const QString& newPath,
                     QUORDirectoryWatchData::DirectoryType type);
     void setTerrain(const QString& geoPath, const QString& geoCachePath);
+    void takeNewTerrain(const std::shared_ptr<QUORTerrainDir>& known);
 
     QUORDataStoreObserver* const _observer;
     mutable std::mutex _mutex;
@@ -74,4 +79,6 @@ private:
     QString _geoPath;
     QString _geoCachePath;
     std::shared_ptr<QUORLandmarkList> _landmarks;
+    /// The thread that looks for new terrain; joined before anything else dies.
+    std::future<void> _terrainScout;
 };

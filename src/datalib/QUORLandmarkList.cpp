@@ -14,6 +14,7 @@ namespace {
 
 const QString FILE_NAME = QStringLiteral("QUOR3DLandmarks");
 const QString GROUP = QStringLiteral("LANDMARKS");
+constexpr int MAX_LABEL = 200; // more would be a bar across the picture
 const QString ARRAY = QStringLiteral("landmarks");
 constexpr double MISSING_ANGLE = -9999.9;
 constexpr double DEFAULT_PRIORITY = 1.0;
@@ -39,7 +40,8 @@ QUORLandmark::Ptr readLandmark(const QUORSettingsReader& reader) {
     if (label.isEmpty() || !(std::abs(lat) <= 90.0) || !(std::abs(lon) <= 180.0)) {
         return nullptr;
     }
-    return std::make_shared<QUORLandmark>(label, QUORCoordinate(lat, lon), alt, r, g, b, priority);
+    return std::make_shared<QUORLandmark>(label.left(MAX_LABEL), QUORCoordinate(lat, lon), alt, r, g, b,
+                                          priority);
 }
 
 /// A text as a settings file must hold it to be read back unchanged.

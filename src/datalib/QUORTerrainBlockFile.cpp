@@ -19,7 +19,6 @@
 #include <QImage>
 #include <QImageReader>
 
-#include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
 
@@ -42,16 +41,6 @@ QByteArrayView pixels(vtkImageData& texture) {
     return {static_cast<const char*>(texture.GetScalarPointer()), TEXTURE_ROW_BYTES * TEXTURE_SIDE};
 }
 
-/// Stays under the 256 characters that the format allows a title.
-QByteArray makeTitle(QByteArrayView meshBody, vtkImageData& texture, const QUORGeoProjection& projection) {
-    const auto number = [](double value) { return QByteArray::number(value, 'g', 17); };
-    const QUORCoordinate centre = projection.getReferenceLocation();
-    return "terrain block " + hash(meshBody) + ' ' + hash(pixels(texture)) + ' ' +
-           projection.getName().toUtf8().left(20) + ' ' + number(centre.getLat()) + ' ' +
-           number(centre.getLon()) + ' ' + number(projection.getEarthRadius()) + ' ' +
-           number(projection.getInverseFlattening());
-}
-
 /// A mesh file: the format's line, the title line and the body.
 struct MeshFile {
     explicit MeshFile(const QByteArray& bytes) {
@@ -67,6 +56,17 @@ struct MeshFile {
     QByteArray title;
     QByteArray body;
 };
+
+/// Stays under the 256 characters that the format allows a title. The centre is as exact as in the file's
+/// name, some metres: a radar that places itself anew by satellite must not lose its blocks.
+QByteArray makeTitle(const MeshFile& mesh, vtkImageData& texture, const QUORGeoProjection& projection) {
+    const auto number = [](double value, int digits) { return QByteArray::number(value, 'g', digits); };
+    const QUORCoordinate centre = projection.getReferenceLocation();
+    return "terrain block " + hash(mesh.format + mesh.body) + ' ' + hash(pixels(texture)) + ' ' +
+           projection.getName().toUtf8().left(20) + ' ' + number(centre.getLat(), 6) + ' ' +
+           number(centre.getLon(), 6) + ' ' + number(projection.getEarthRadius(), 17) + ' ' +
+           number(projection.getInverseFlattening(), 17);
+}
 
 QString publish(const QString& fileName, const QByteArray& bytes) {
     QUORFilePublisher publisher(fileName);
@@ -144,7 +144,8 @@ bool QUORTerrainBlockFile::makeFolder(const QString& path) {
     const QString parent = folder.absolutePath();
     constexpr mode_t MODE = 0755;
     return (parent == folder.absoluteFilePath() || makeFolder(parent)) &&
-           (::mkdir(QFile::encodeName(folder.absoluteFilePath()).constData(), MODE) == 0 || errno == EEXIST);
+           (::mkdir(QFile::encodeName(folder.absoluteFilePath()).constData(), MODE) == 0 ||
+            QFileInfo(path).isDir()); // another process was faster
 }
 
 QString QUORTerrainBlockFile::write(const QString& fileName, const QUORTerrainBlock& block,
@@ -163,10 +164,9 @@ QString QUORTerrainBlockFile::write(const QString& fileName, const QUORTerrainBl
     makeFolder(QFileInfo(fileName).absolutePath());
     // The mesh last: it vouches for the texture.
     const QString error = publish(fileName + TEXTURE_SUFFIX, png);
-    return error.isEmpty()
-               ? publish(fileName,
-                         file.format + makeTitle(file.body, *block.texture, projection) + '\n' + file.body)
-               : error;
+    return error.isEmpty() ? publish(fileName, file.format + makeTitle(file, *block.texture, projection) +
+                                                   '\n' + file.body)
+                           : error;
 }
 
 QString QUORTerrainBlockFile::read(const QString& fileName, const QUORGeoProjection& projection,
@@ -184,7 +184,7 @@ QString QUORTerrainBlockFile::read(const QString& fileName, const QUORGeoProject
         return fileName + TEXTURE_SUFFIX + QStringLiteral(": ") + DAMAGED;
     }
     const MeshFile file(meshBytes);
-    if (file.title.isEmpty() || file.title != makeTitle(file.body, *texture, projection)) {
+    if (file.title.isEmpty() || file.title != makeTitle(file, *texture, projection)) {
         return fileName + QStringLiteral(": ") + DAMAGED;
     }
     vtkNew<vtkPolyDataReader> reader;

@@ -8,9 +8,9 @@
 class QUORGeoProjection;
 
 /// A terrain block in the cache: a mesh file of the given name, and its texture under the name + ".png".
-/// The mesh file's title line holds a checksum of both and the projection in full, so that what is cut,
-/// damaged, foreign or made for another earth is never parsed, let alone shown. Several processes may share
-/// a cache: each file is published whole.
+/// The mesh file's title line holds a checksum of both and the projection with its earth, so that what is
+/// cut, damaged, foreign or made for another earth is never parsed, let alone shown. Several processes may
+/// share a cache: each file is published whole.
 namespace QUORTerrainBlockFile {
 
 /// Makes a folder with its parents, readable by all; true when it exists afterwards.

@@ -3,14 +3,18 @@
 
 #include "QUORAssert.h"
 #include "QUORLog.h"
+#include "QUORLogOnce.h"
 #include "QUORTerrainBlockFile.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QMutexLocker>
 
 #include <cmath>
+#include <filesystem>
+#include <system_error>
 
 namespace {
 
@@ -18,6 +22,8 @@ constexpr auto CACHE_PREFIX = "TC04";
 /// What is kept of earlier requests: some 0.2 MB of memory a block, more while it is drawn.
 constexpr int MAX_SETS = 8;
 constexpr qsizetype MAX_KEPT_BLOCKS = 512;
+/// Files that are no tiles yet, of which the next scan asks whether they have grown.
+constexpr qsizetype MAX_REMEMBERED = 1000;
 /// Whole degrees that one set may cover: more is a wrong header or a site at a pole.
 constexpr double MAX_TILES = 1024.0;
 
@@ -35,9 +41,27 @@ double lonSpan(const QUORCoordinate& southWest, const QUORCoordinate& northEast)
     return span < 0.0 ? span + 360.0 : span;
 }
 
-bool isSameProjection(const QUORGeoProjection& a, const QUORGeoProjection& b) {
-    return a.getReferenceLocation() == b.getReferenceLocation() && a.getName() == b.getName() &&
-           a.getEarthRadius() == b.getEarthRadius() && a.getInverseFlattening() == b.getInverseFlattening();
+QByteArray fileStamp(const QString& path) {
+    const QFileInfo file(path);
+    return QByteArray::number(file.size()) + ' ' +
+           QByteArray::number(file.lastModified().toMSecsSinceEpoch()) + ' ';
+}
+
+/// An error line, once, when a configured directory cannot be listed.
+bool isListable(const QString& directory) {
+    if (directory.isEmpty()) {
+        return false;
+    }
+    const QString subject = QStringLiteral("list ") + directory;
+    std::error_code error;
+    const std::filesystem::directory_iterator listing(QFile::encodeName(directory).toStdString(), error);
+    if (!error) {
+        QUORLogOnce::forget(subject);
+        return true;
+    }
+    QUORLogOnce::logError(subject, QStringLiteral("Terrain directory ") + directory + QStringLiteral(": ") +
+                                       QString::fromStdString(error.message()));
+    return false;
 }
 
 QString absolutePath(const QString& path) {
@@ -91,27 +115,29 @@ void QUORTerrainDir::scanFiles() {
     const QUORLogScope scope("QUORTerrainDir::scanFiles");
     QUORLog& log = QUORLog::Instance();
     resetFiles();
-    if (_sourcePath.isEmpty() || !QFileInfo(_sourcePath).isDir()) {
-        if (!_sourcePath.isEmpty()) {
-            log.logWarning(QStringLiteral("QUORTerrainDir::scanFiles(): no such directory: ") + _sourcePath);
-        }
+    if (!isListable(_sourcePath)) {
         return;
     }
-    const QFileInfoList entries =
-        QDir(_sourcePath)
-            .entryInfoList({QStringLiteral("*.dt1"), QStringLiteral("*.hgt")}, QDir::Files, QDir::Name);
+    QByteArray stamp = makeStamp({});
+    const QFileInfoList entries = listSource();
     QElapsedTimer timer;
     timer.start();
     log.logDebug(QStringLiteral("Scanning ") + QString::number(entries.size()) +
                  QStringLiteral(" terrain files.."));
     QMap<QString, QUORTerrainFile::CPtr> tiles;
+    QStringList skipped;
     for (const QFileInfo& entry : entries) {
         const QString path = entry.canonicalFilePath();
         const auto tile = std::make_shared<QUORTerrainFile>(path.isEmpty() ? entry.filePath() : path);
+        const QByteArray stampBefore = fileStamp(tile->getFileName());
         if (tile->loadFileInfo()) {
             tiles.insert(getFileKey(tile->getOrigin()), tile);
-        } else {
-            log.logError(QStringLiteral("Skipped terrain file: ") + tile->getFileName());
+            continue;
+        }
+        log.logError(QStringLiteral("Skipped terrain file: ") + tile->getFileName());
+        if (skipped.size() < MAX_REMEMBERED) {
+            skipped.append(tile->getFileName());
+            stamp += stampBefore;
         }
     }
     const double seconds = double(timer.nsecsElapsed()) * 1e-9;
@@ -121,13 +147,40 @@ void QUORTerrainDir::scanFiles() {
                  QStringLiteral(" s/file)"));
     const QMutexLocker lock(&_mutex);
     _tiles = tiles;
+    _skipped = skipped;
+    _stamp = stamp;
     _sets.clear();
+}
+
+QFileInfoList QUORTerrainDir::listSource() const {
+    return QDir(_sourcePath)
+        .entryInfoList({QStringLiteral("*.dt1"), QStringLiteral("*.hgt")},
+                       QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+QByteArray QUORTerrainDir::makeStamp(const QStringList& skipped) const {
+    // The time alone misses what came within the file system's tick.
+    QByteArray stamp = fileStamp(_sourcePath) + QByteArray::number(listSource().size()) + ' ';
+    for (const QString& file : skipped) {
+        stamp += fileStamp(file);
+    }
+    return stamp;
+}
+
+bool QUORTerrainDir::hasNews() const {
+    QMutexLocker lock(&_mutex);
+    const QStringList skipped = _skipped;
+    const QByteArray stamp = _stamp;
+    lock.unlock(); // who waits for a remote file system keeps no job waiting
+    return isListable(_sourcePath) && makeStamp(skipped) != stamp;
 }
 
 void QUORTerrainDir::resetFiles() {
     const QUORLogScope scope("void QUORTerrainDir::resetFiles");
     const QMutexLocker lock(&_mutex);
     _tiles.clear();
+    _skipped.clear();
+    _stamp.clear();
     _sets.clear();
 }
 
@@ -153,7 +206,7 @@ QUORTerrainSet::Ptr QUORTerrainDir::findSet(const QUORGeoProjection& projection,
                                             const QUORCoordinate& southWest,
                                             const QUORCoordinate& northEast) const {
     for (const QUORTerrainSet::Ptr& set : _sets) {
-        if (isSameProjection(*set->getProjection(), projection) && set->getSouthWest() == southWest &&
+        if (set->getProjection()->isSameMap(projection) && set->getSouthWest() == southWest &&
             set->getNorthEast() == northEast) {
             return set;
         }

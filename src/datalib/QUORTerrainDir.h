@@ -3,6 +3,7 @@
 
 #include "QUORTerrainSet.h"
 
+#include <QFileInfo>
 #include <QMap>
 #include <QMutex>
 
@@ -29,6 +30,9 @@ public:
     /// error line.
     void scanFiles();
     void resetFiles();
+    /// Whether the source directory, or something in it that was no usable tile, has changed since the scan.
+    /// A directory that is gone or cannot be read is no news.
+    bool hasNews() const;
 
     /// The tiles of the whole degrees that cover the area, with flat ones where the directory has none; no
     /// tiles at all where it has none for the whole area. The same request gives the same set as long as it
@@ -51,6 +55,8 @@ public:
     void printDebug() const;
 
 private:
+    QFileInfoList listSource() const;
+    QByteArray makeStamp(const QStringList& skipped) const;
     QUORTerrainSet::Ptr findSet(const QUORGeoProjection& projection, const QUORCoordinate& southWest,
                                 const QUORCoordinate& northEast) const;
     void fillSet(QUORTerrainSet& set) const;
@@ -60,6 +66,9 @@ private:
     QString _cachePath;
     mutable QMutex _mutex;
     QMap<QString, QUORTerrainFile::CPtr> _tiles;
+    /// What the last scan passed over, and how all that it depends on looked then.
+    QStringList _skipped;
+    QByteArray _stamp;
     /// The last requests' sets, the latest first.
     QVector<QUORTerrainSet::Ptr> _sets;
 };

@@ -86,7 +86,7 @@ double signedAngle(const QString& letter, const QString& degrees, QChar positive
 /// The whole file, or nothing when it does not have the size that its header promised any more.
 std::optional<QByteArray> readWhole(const QString& fileName, const char* method, qint64 size) {
     QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
         logError(method, QStringLiteral("Accessing file failed."));
         QUORLog::Instance().logError(QStringLiteral("filename: ") + fileName);
         return std::nullopt;

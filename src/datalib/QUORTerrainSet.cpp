@@ -84,6 +84,7 @@ struct QUORTerrainSet::Run {
     const QUORAbortFlag& abort;
     std::atomic<qsizetype> next{0};
     std::atomic<int> toConvert{0};
+    std::atomic<int> started{0};
     std::atomic<int> converted{0};
     QMutex errorMutex{};
     QString cacheError{};
@@ -98,8 +99,10 @@ QUORTerrainSet::QUORTerrainSet(QUORGeoProjection::CPtr projection, const QUORCoo
 QUORTerrainSet::~QUORTerrainSet() {
     QCoreApplication* application = QCoreApplication::instance();
     if (_prop && application != nullptr && application->thread() != QThread::currentThread()) {
+        // Dropped by the call itself: the event may be handled, and the function object be left to this
+        // thread, before invokeMethod returns.
         QMetaObject::invokeMethod(
-            application, [prop = std::move(_prop)] {}, Qt::QueuedConnection);
+            application, [prop = std::move(_prop)]() mutable { prop = nullptr; }, Qt::QueuedConnection);
     }
 }
 
@@ -191,11 +194,14 @@ void QUORTerrainSet::loadBlock(qsizetype index, Run& run) const {
         log.logWarning(QStringLiteral("QUORTerrainSet::loadFiles(): converting again: ") +
                        tile.getCacheError());
     }
-    log.logHistory(translated("- Converting terrain block: ") + QString::number(++run.converted) +
+    log.logHistory(translated("- Converting terrain block: ") + QString::number(++run.started) +
                    QLatin1Char('/') + QString::number(run.toConvert));
     log.logDebug(QStringLiteral("Converting terrain block data: ") + tile.getTypeAsString() +
                  QStringLiteral(" (") + tile.getFileName() + QLatin1Char(')'));
-    tile.convertData(_projection, cacheFileName);
+    if (!tile.convertData(_projection, cacheFileName)) {
+        return; // which it has logged
+    }
+    ++run.converted;
     if (tile.getCacheError().isEmpty()) {
         announceLoading(); // what was written is in memory already
     } else {

@@ -135,6 +135,7 @@ void QUORLiveDataThread::updateDataDirectory() {
                                                  _dataStore->getTerrainDir()->getSourcePath());
         _dataStore->setDirectories(new3d, new2d, geo, TERRAIN_CACHE);
     }
+    _dataStore->refreshTerrain();
 }
 
 void QUORLiveDataThread::dataStoreNewDataAvailable3d(QUORDataStore*, const QStringList& added,

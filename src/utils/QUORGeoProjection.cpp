@@ -177,6 +177,11 @@ QUORCoordinate QUORGeoProjection::projectToLatLon(const QUORPoint3D& p) const {
     return {};
 }
 
+bool QUORGeoProjection::isSameMap(const QUORGeoProjection& other) const {
+    return _reference == other._reference && _name == other._name && _earthRadius == other._earthRadius &&
+           _inverseFlattening == other._inverseFlattening;
+}
+
 bool QUORGeoProjection::isReady() const {
     return _handles->projection != nullptr;
 }

@@ -33,6 +33,8 @@ public:
     QUORCoordinate projectToLatLon(const QUORPoint3D& p) const;
 
     bool isReady() const;
+    /// Whether both put every place at the same point.
+    bool isSameMap(const QUORGeoProjection& other) const;
     QString getName() const { return _name; }
     QUORCoordinate getReferenceLocation() const { return _reference; }
     double getEarthRadius() const { return _earthRadius; }

@@ -18,7 +18,7 @@
 namespace {
 
 constexpr auto BYTE_ORDER_MARK = "\xEF\xBB\xBF";
-constexpr qint64 MAXIMUM_SIZE = 8 << 20;
+constexpr qint64 MAXIMUM_SIZE = 64 << 20; // holds some 300,000 landmarks
 // A value of this form is read recursively, list in list.
 constexpr auto SERIALISED = "@Variant(";
 constexpr qsizetype MAXIMUM_SERIALISED = 4096;

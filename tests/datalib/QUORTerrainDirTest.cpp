@@ -17,9 +17,11 @@
 #include <vtkPolyData.h>
 #include <vtkProp3DCollection.h>
 
+#include <atomic>
 #include <csignal>
 #include <sys/resource.h>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -80,16 +82,38 @@ TEST_F(TerrainDir, scansWhatIsATileAndNamesTheRest) {
     TerrainTiles::write(_tiles + "/readme.txt", "text");
     QDir(_tiles).mkdir("N48E007.hgt");
     EXPECT_EQ(open()->getTiles().keys(), QStringList({"N46E7", "N46E8"}));
-    EXPECT_TRUE(_log.contains(QStringLiteral("Scanning 4 terrain files..")));
-    EXPECT_EQ(_log.count(QStringLiteral("E: Skipped terrain file: ")), 2);
-    EXPECT_EQ(_log.count(QStringLiteral("4 files scanned in ")), 1);
+    EXPECT_TRUE(_log.contains(QStringLiteral("Scanning 5 terrain files..")));
+    EXPECT_EQ(_log.count(QStringLiteral("E: Skipped terrain file: ")), 3);
+    EXPECT_EQ(_log.count(QStringLiteral("5 files scanned in ")), 1);
 
     for (const QString& path : {QString(), _tiles + "/none", _tiles + "/readme.txt"}) {
         QUORTerrainDir directory(path, _cache);
         directory.scanFiles();
+        EXPECT_EQ(_log.count(QStringLiteral("E: Terrain directory ") + path), path.isEmpty() ? 0 : 1);
+        EXPECT_FALSE(directory.hasNews());
         EXPECT_TRUE(directory.getTiles().isEmpty()) << qPrintable(path);
         EXPECT_TRUE(directory.getTerrainSet(_projection, _corner1, _corner2)->getTiles().isEmpty());
     }
+}
+
+TEST_F(TerrainDir, seesWhatHasComeSinceTheScan) {
+    const QString late = _tiles + "/late";
+    QUORTerrainDir directory(late, _cache);
+    const auto sees = [&](const char* what, bool news) {
+        EXPECT_EQ(directory.hasNews(), news) << what;
+        directory.scanFiles();
+        EXPECT_FALSE(directory.hasNews()) << what;
+    };
+    sees("no directory yet", false);
+    QDir().mkdir(late);
+    sees("a directory", true);
+    TerrainTiles::write(late + "/N46E007.hgt", "a copy that has just begun");
+    sees("a new file", true);
+    TerrainTiles::write(late + "/N46E007.hgt", TerrainTiles::srtm([](double, double) { return 1; }));
+    sees("a file that has grown into a tile", true);
+    EXPECT_EQ(directory.getTiles().size(), 1);
+    QDir(late).rename(late, late + "2");
+    EXPECT_FALSE(directory.hasNews()) << "a lost mount";
 }
 
 TEST_F(TerrainDir, coversAnAreaWithTilesAndFillsTheGaps) {
@@ -291,21 +315,40 @@ TEST_F(TerrainDir, goesOnWhenTilesVanishAndServicesShareTheCache) {
     EXPECT_FALSE(set->hasExpired());
 }
 
+// The main thread may handle the farewell before the other one has finished it.
 TEST_F(TerrainDir, letsThePropDieOnTheMainThread) {
     addTiles({"N46E007"});
-    QUORTerrainSet::Ptr set = open()->getTerrainSet(_projection, {46.0, 7.0}, {47.0, 8.0});
-    ASSERT_TRUE(set->loadFiles(_noAbort));
-    std::thread::id grave;
+    struct Graves {
+        std::thread::id main = std::this_thread::get_id();
+        std::atomic<int> here = 0;
+        std::atomic<int> elsewhere = 0;
+    } graves;
     vtkNew<vtkCallbackCommand> onDelete;
-    onDelete->SetClientData(&grave);
+    onDelete->SetClientData(&graves);
     onDelete->SetCallback([](vtkObject*, unsigned long, void* data, void*) {
-        *static_cast<std::thread::id*>(data) = std::this_thread::get_id();
+        auto& counts = *static_cast<Graves*>(data);
+        ++(std::this_thread::get_id() == counts.main ? counts.here : counts.elsewhere);
     });
-    set->getProp()->AddObserver(vtkCommand::DeleteEvent, onDelete);
-    std::thread([&] { set.reset(); }).join();
-    EXPECT_EQ(grave, std::thread::id());
+    constexpr int SETS = 200;
+    std::vector<QUORTerrainSet::Ptr> sets;
+    for (int i = 0; i < SETS; ++i) {
+        const double lat = 46.5 + i * 1e-9;
+        sets.push_back(open()->getTerrainSet(TerrainTiles::projection(lat, 7.5), {46.0, 7.0}, {47.0, 8.0}));
+        ASSERT_TRUE(sets.back()->loadFiles(_noAbort));
+        sets.back()->getProp()->AddObserver(vtkCommand::DeleteEvent, onDelete);
+    }
+    std::atomic<bool> done{false};
+    std::thread other([&] {
+        sets.clear();
+        done = true;
+    });
+    while (!done) {
+        QCoreApplication::processEvents();
+    }
+    other.join();
     QCoreApplication::processEvents();
-    EXPECT_EQ(grave, std::this_thread::get_id());
+    EXPECT_EQ(graves.here, SETS);
+    EXPECT_EQ(graves.elsewhere, 0);
 }
 
 } // namespace

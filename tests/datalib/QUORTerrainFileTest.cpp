@@ -257,6 +257,8 @@ TEST_F(TerrainFile, takesOnlyWholeBlocksOfItsProjectionFromTheCache) {
 
     QByteArray flipped = meshBytes;
     flipped[meshBytes.size() / 2] = char(flipped[meshBytes.size() / 2] ^ 0x10);
+    QByteArray version = meshBytes; // makes the reader expect other cells than there are
+    version.replace("Version 5", "Version 4");
     QByteArray counts = meshBytes;
     counts.replace("POINTS 3721", "POINTS -721");
     QImage other(256, 256, QImage::Format_RGB888);
@@ -268,6 +270,7 @@ TEST_F(TerrainFile, takesOnlyWholeBlocksOfItsProjectionFromTheCache) {
     const std::pair<const char*, std::function<void()>> damages[] = {
         {"cut mesh", [&] { TerrainTiles::write(mesh, meshBytes.left(meshBytes.size() / 2)); }},
         {"one flipped bit", [&] { TerrainTiles::write(mesh, flipped); }},
+        {"another version", [&] { TerrainTiles::write(mesh, version); }},
         {"negative count", [&] { TerrainTiles::write(mesh, counts); }},
         {"empty mesh", [&] { TerrainTiles::write(mesh, {}); }},
         {"no mesh at all", [&] { QFile::remove(mesh); }},

@@ -133,7 +133,8 @@ TEST_F(QUORLiveDataThreadTest, AStopDuringAJobReturnsAfterItsImage) {
 
 TEST_F(QUORLiveDataThreadTest, ChangedDirectoriesAreFollowedButNeverToNowhere) {
     const QByteArray first = _folders.mainSettings();
-    const QByteArray other = "[GENERAL]\ndata3d=" + _dir.path().toUtf8() + "/out\ngeolayer=/elsewhere\n";
+    const QByteArray other =
+        "[GENERAL]\ndata3d=" + _dir.path().toUtf8() + "/out\ngeolayer=" + _dir.path().toUtf8() + "/2d\n";
     const struct {
         const char* name;
         QByteArray settings;

@@ -24,11 +24,6 @@ QString translated(const char* text) {
     return QCoreApplication::translate("Datalib", text);
 }
 
-bool isSameMap(const QUORGeoProjection& a, const QUORGeoProjection& b) {
-    return a.getReferenceLocation() == b.getReferenceLocation() && a.getName() == b.getName() &&
-           a.getEarthRadius() == b.getEarthRadius() && a.getInverseFlattening() == b.getInverseFlattening();
-}
-
 } // namespace
 
 QUORDataFrame::QUORDataFrame(QUORDataStore::Ptr store) : _store(std::move(store)) {
@@ -174,7 +169,7 @@ void QUORDataFrame::chooseProduct2d() {
 
 bool QUORDataFrame::isTerrainCurrent(const QUORCoordinate& lower, const QUORCoordinate& upper) const {
     return _terrainSet && !_terrainSet->hasExpired() && lower == _lowerBound && upper == _upperBound &&
-           isSameMap(*_terrainSet->getProjection(), *_geoProjection);
+           _terrainSet->getProjection()->isSameMap(*_geoProjection);
 }
 
 void QUORDataFrame::updateTerrain() {
