@@ -2,6 +2,7 @@
 #include "QUORTerrainDir.h"
 
 #include "QUORAssert.h"
+#include "QUORFilePublisher.h"
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUORTerrainBlockFile.h"
@@ -19,9 +20,9 @@
 namespace {
 
 constexpr auto CACHE_PREFIX = "TC04";
-/// What is kept of earlier requests: some 0.2 MB of memory a block, more while it is drawn.
-constexpr int MAX_SETS = 8;
-constexpr qsizetype MAX_KEPT_BLOCKS = 512;
+/// What is kept of earlier requests: 0.3 to 0.5 MB of memory a block, 1.2 while it is drawn.
+constexpr int MAX_SETS = 16;
+constexpr qsizetype MAX_KEPT_BLOCKS = 2048;
 /// Files that are no tiles yet, of which the next scan asks whether they have grown.
 constexpr qsizetype MAX_REMEMBERED = 1000;
 /// Whole degrees that one set may cover: more is a wrong header or a site at a pole.
@@ -90,7 +91,11 @@ void QUORTerrainDir::setPath(const QString& sourcePath, const QString& cachePath
 }
 
 void QUORTerrainDir::createCache() const {
-    if (_cachePath.isEmpty() || QFileInfo(_cachePath).isDir()) {
+    if (_cachePath.isEmpty()) {
+        return;
+    }
+    if (QFileInfo(_cachePath).isDir()) {
+        QUORFilePublisher::removeLeftovers(_cachePath);
         return;
     }
     QUORLog::Instance().logDebug(QStringLiteral("Creating cache directory for converted terrain files."));

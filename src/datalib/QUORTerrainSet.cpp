@@ -98,11 +98,16 @@ QUORTerrainSet::QUORTerrainSet(QUORGeoProjection::CPtr projection, const QUORCoo
 
 QUORTerrainSet::~QUORTerrainSet() {
     QCoreApplication* application = QCoreApplication::instance();
-    if (_prop && application != nullptr && application->thread() != QThread::currentThread()) {
+    if (application != nullptr && application->thread() != QThread::currentThread()) {
         // Dropped by the call itself: the event may be handled, and the function object be left to this
         // thread, before invokeMethod returns.
         QMetaObject::invokeMethod(
-            application, [prop = std::move(_prop)]() mutable { prop = nullptr; }, Qt::QueuedConnection);
+            application,
+            [prop = std::move(_prop), tiles = std::move(_tiles)]() mutable {
+                prop = nullptr;
+                tiles.clear();
+            },
+            Qt::QueuedConnection);
     }
 }
 

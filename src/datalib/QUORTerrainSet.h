@@ -20,8 +20,8 @@ class vtkProp3D;
 /// fixed once the terrain directory has filled the set; the loaded geometry is filled in on demand and then
 /// kept, so that every image of the area shows the same prop. Any thread may load or ask; one mutex per set.
 ///
-/// The prop may own graphics resources: wherever the last reference to the set goes, the prop itself dies on
-/// the application's main thread.
+/// The prop may own graphics resources, and shares its meshes: wherever the last reference to the set goes,
+/// prop and tiles die on the application's main thread.
 class QUORTerrainSet {
 public:
     using Ptr = std::shared_ptr<QUORTerrainSet>;

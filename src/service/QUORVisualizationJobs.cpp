@@ -3,6 +3,7 @@
 
 #include "QUORDataFrame.h"
 #include "QUORDataStore.h"
+#include "QUORFilePublisher.h"
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUOROffscreenVisualizer.h"
@@ -106,8 +107,18 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
     if (!isWanted(frame, *leaf, product2d, required2D)) {
         return false;
     }
+    cleanOutputDirectory(*settings);
     _visualizer->startVisualization(frame, getOutputFile(*leaf, *settings));
     return _visualizer->waitUntilReady();
+}
+
+// A service that was killed leaves the image that it was writing.
+void QUORVisualizationJobs::cleanOutputDirectory(const QUORBackgroundSettings& settings) {
+    const QString directory = QUORSystem::expandHome(settings.getDirectory());
+    if (directory != _cleanedDirectory) {
+        QUORFilePublisher::removeLeftovers(directory);
+        _cleanedDirectory = directory;
+    }
 }
 
 std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf& leaf,

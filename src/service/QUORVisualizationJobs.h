@@ -35,11 +35,13 @@ public:
 
 private:
     bool render(const QString& path, bool required2D);
+    void cleanOutputDirectory(const QUORBackgroundSettings& settings);
     std::shared_ptr<QUORDataFrame> makeFrame(const QUORFileLeaf& leaf, const QString& product2d) const;
     bool isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf& leaf,
                   const QString& product2d, bool required2D) const;
 
     std::shared_ptr<QUORDataStore> _dataStore;
+    QString _cleanedDirectory;
     QUORGeneralSettings::CPtr _generalSettings;
     QUORBackgroundSettings::CPtr _backgroundSettings;
     std::shared_ptr<QUOROffscreenVisualizer> _visualizer;

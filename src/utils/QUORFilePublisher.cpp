@@ -1,18 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "QUORFilePublisher.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
+
+constexpr int LEFTOVER_AGE_S = 3600;
 
 QString temporaryName(const QFileInfo& target) {
     static std::atomic<unsigned> counter{0};
@@ -47,6 +54,39 @@ QUORFilePublisher::QUORFilePublisher(const QString& target) : _target(QFileInfo(
 QUORFilePublisher::~QUORFilePublisher() {
     if (!_temporary.isEmpty()) {
         ::unlink(QFile::encodeName(_temporary).constData());
+    }
+}
+
+bool QUORFilePublisher::copyFrom(int source) {
+    const int fd = ::open(QFile::encodeName(_temporary).constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat info = {};
+    bool good = fd >= 0 && ::fstat(source, &info) == 0;
+    off_t done = 0;
+    while (good && done < info.st_size) {
+        const ssize_t copied = ::sendfile(fd, source, &done, std::size_t(info.st_size - done));
+        good = copied > 0 || (copied < 0 && errno == EINTR);
+    }
+    if (!good) {
+        _error = systemError();
+    }
+    if (fd >= 0 && ::close(fd) != 0 && good) {
+        _error = systemError(); // where a remote file system tells of a full disk
+        good = false;
+    }
+    return good;
+}
+
+void QUORFilePublisher::removeLeftovers(const QString& folder) {
+    static const QRegularExpression name(QStringLiteral("^\\..+\\.(\\d+)\\.\\d+\\.tmp$"));
+    const QDir directory(folder);
+    for (const QString& entry : directory.entryList({QStringLiteral(".*.tmp")}, QDir::Files | QDir::Hidden)) {
+        const pid_t process = name.match(entry).captured(1).toInt();
+        const QFileInfo file(directory.filePath(entry));
+        // A process of another machine or container cannot be asked for, but does not write for an hour.
+        const bool old = file.lastModified() < QDateTime::currentDateTime().addSecs(-LEFTOVER_AGE_S);
+        if (old && process > 0 && process != ::getpid() && ::kill(process, 0) != 0 && errno == ESRCH) {
+            ::unlink(QFile::encodeName(directory.filePath(entry)).constData());
+        }
     }
 }
 

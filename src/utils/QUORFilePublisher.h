@@ -17,9 +17,13 @@ public:
     bool isReady() const { return !_temporary.isEmpty(); }
     /// Where the writer writes; empty when not ready.
     QString getTemporaryPath() const { return _temporary; }
+    /// Puts the content of an open file into the temporary. False when not all of it could be written.
+    bool copyFrom(int source);
     /// Renames the temporary over the target. False, and nothing at the target changed, when it is empty,
     /// cannot be flushed or cannot be renamed.
     bool publish(bool sync = true);
+    /// Removes the temporaries of more than an hour that processes which live no more have left in a folder.
+    static void removeLeftovers(const QString& folder);
     /// The reason of the last failure, for a log line.
     QString getError() const { return _error; }
 

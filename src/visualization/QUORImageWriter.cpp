@@ -15,6 +15,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -75,21 +78,34 @@ bool QUORImageWriter::write(vtkImageData* picture, int outputFormat) {
         _error = publisher.getError();
         return false;
     }
+    const int memory = ::memfd_create("image", MFD_CLOEXEC);
+    if (memory < 0) {
+        _error = systemError();
+        return false;
+    }
+    const bool encoded = encode(picture, outputFormat, memory);
+    const bool published = encoded && publisher.copyFrom(memory) && publisher.publish();
+    ::close(memory);
+    if (encoded && !published) {
+        _error = publisher.getError();
+    }
+    return published;
+}
+
+bool QUORImageWriter::encode(vtkImageData* picture, int outputFormat, int file) {
     const vtkSmartPointer<vtkImageWriter> writer = createWriter(outputFormat);
-    writer->SetFileName(QFile::encodeName(publisher.getTemporaryPath()).constData());
+    writer->SetFileName(("/proc/self/fd/" + std::to_string(file)).c_str());
     writer->SetInputData(picture);
     writer->Write();
     if (writer->GetErrorCode() != vtkErrorCode::NoError) {
         _error = QString::fromLatin1(vtkErrorCode::GetStringFromErrorCode(writer->GetErrorCode()));
         return false;
     }
-    const qint64 plainSize = qint64(picture->GetNumberOfPoints()) * picture->GetNumberOfScalarComponents();
-    if (outputFormat == FORMAT_TIFF && QFileInfo(publisher.getTemporaryPath()).size() < plainSize) {
-        _error = QStringLiteral("not all of it was written");
-        return false;
-    }
-    if (!publisher.publish(false)) {
-        _error = publisher.getError();
+    struct stat info = {};
+    rlimit limit = {};
+    if (::fstat(file, &info) != 0 || ::getrlimit(RLIMIT_FSIZE, &limit) != 0 ||
+        rlim_t(info.st_size) >= limit.rlim_cur) {
+        _error = QStringLiteral("the process may not write files of this size");
         return false;
     }
     return true;

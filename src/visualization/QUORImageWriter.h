@@ -8,9 +8,10 @@
 class vtkImageData;
 class vtkImageWriter;
 
-/// Writes a picture to an image file that appears whole or not at all: the encoder works on a hidden
-/// temporary beside the target, which takes the target's name only when everything was written. An image
-/// that stands already is kept as it is on every failure. Used by one thread.
+/// Writes a picture to an image file that appears whole or not at all: it is encoded in memory, since the
+/// encoders miss a full disk, and written to a hidden temporary beside the target, which takes the target's
+/// name only when everything is on the disk. An image that stands already is kept as it is on every failure.
+/// Used by one thread.
 class QUORImageWriter {
 public:
     /// 0 makes a TIFF writer, 2 a JPEG writer, every other value a PNG writer.
@@ -27,6 +28,8 @@ public:
     QString getError() const { return _error; }
 
 private:
+    bool encode(vtkImageData* picture, int outputFormat, int file);
+
     QString _path;
     QString _error;
 };

@@ -382,7 +382,11 @@ void QUORRenderer::drawFitted() {
     const std::array<double, 2> fitted = QUORDepthRange::fit(camera, _lowestHeight, _greatestHeight);
     camera->SetClippingRange(fitted[0], fitted[1]);
     _snapshot->prepare();
+    const bool kept = _snapshot->isValid();
     _cameraInteractor->render();
+    if (_withoutInteraction && !kept && _snapshot->isValid()) {
+        _parts->releaseStatics(_window);
+    }
     camera->SetClippingRange(stated[0], stated[1]);
 }
 

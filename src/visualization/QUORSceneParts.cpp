@@ -7,6 +7,7 @@
 #include <vtkRenderer.h>
 
 #include <algorithm>
+#include <malloc.h>
 
 namespace {
 
@@ -29,8 +30,7 @@ void QUORSceneParts::show(const std::vector<ResultPart>& parts, vtkWindow* windo
     for (const ResultPart& old : _shown) {
         const bool stays = std::any_of(parts.begin(), parts.end(),
                                        [&](const ResultPart& part) { return part.prop == old.prop; });
-        // Terrain comes back with its site, and is released when its set is given up.
-        if (!stays && old.layerKey != QUORDisplayState::TERRAIN_LAYER) {
+        if (!stays) {
             old.prop->ReleaseGraphicsResources(window);
         }
         remove(old);
@@ -53,6 +53,11 @@ void QUORSceneParts::hide(vtkWindow* window) {
     }
     std::erase_if(_shown, isProduct);
     setVisible(false);
+}
+
+void QUORSceneParts::releaseStatics(vtkWindow* window) {
+    _statics->ReleaseGraphicsResources(window);
+    ::malloc_trim(0); // some 150 MB of many small pieces, which would stay with the process
 }
 
 void QUORSceneParts::remove(const ResultPart& part) {

@@ -30,6 +30,9 @@ public:
     /// Shows nothing any more. The radar products give their buffers back, since the next visualization
     /// brings new ones; the others are kept for it.
     void hide(vtkWindow* window);
+    /// The static parts give their graphics buffers, the larger part of their memory, back to the system and
+    /// get new ones when they are drawn again.
+    void releaseStatics(vtkWindow* window);
 
 private:
     void remove(const ResultPart& part);

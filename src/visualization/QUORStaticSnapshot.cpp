@@ -29,8 +29,8 @@
 namespace {
 
 /// A copy each for the sites that take turns, as far as the memory allows.
-constexpr std::size_t MOST_COPIES = 6;
-constexpr std::size_t MOST_BYTES = 96U << 20U;
+constexpr std::size_t MOST_COPIES = 16;
+constexpr std::size_t MOST_BYTES = 256U << 20U;
 constexpr std::size_t BYTES_PER_PIXEL = 8;
 
 void addNumbers(QDataStream& key, const double* values, int count) {
@@ -43,13 +43,13 @@ void addObject(QDataStream& key, vtkObject* object) {
     key << quintptr(object) << quint64(object != nullptr ? object->GetMTime() : 0);
 }
 
-/// Drawing in an assembly touches the actor's own time of change, so that only what it is made of counts.
+/// Drawing in an assembly touches the actor's own time of change, and giving its buffers back that of mapper
+/// and texture, so that only what they are made of counts.
 void addActor(QDataStream& key, vtkActor* actor) {
     vtkMapper* mapper = actor->GetMapper();
     addObject(key, actor->GetProperty());
-    addObject(key, mapper);
+    key << quintptr(mapper) << quintptr(actor->GetTexture());
     addObject(key, mapper != nullptr ? mapper->GetInputDataObject(0, 0) : nullptr);
-    addObject(key, actor->GetTexture());
     addObject(key, actor->GetTexture() != nullptr ? actor->GetTexture()->GetInputDataObject(0, 0) : nullptr);
 }
 

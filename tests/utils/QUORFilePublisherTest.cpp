@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "QUORFilePublisher.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -51,6 +54,43 @@ TEST_F(QUORFilePublisherTest, ReplacesTheTargetWholeAndOnlyWhenPublished) {
     struct stat info {};
     ASSERT_EQ(::stat(path(QStringLiteral("image")).toLocal8Bit().constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0644U);
+}
+
+TEST_F(QUORFilePublisherTest, CopiesToTheLastByteOrFails) {
+    QFile source(path(QStringLiteral("source")));
+    ASSERT_TRUE(source.open(QIODevice::ReadWrite));
+    source.write(QByteArray(100000, 'x'));
+    source.flush();
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited = {};
+    ::getrlimit(RLIMIT_FSIZE, &unlimited);
+    for (const rlim_t most : {rlim_t(99999), rlim_t(100000)}) {
+        QUORFilePublisher publisher(path(QStringLiteral("copy")));
+        const rlimit limit{most, unlimited.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        const bool copied = publisher.copyFrom(source.handle());
+        ::setrlimit(RLIMIT_FSIZE, &unlimited);
+        EXPECT_EQ(copied, most == 100000);
+        EXPECT_EQ(publisher.getError().isEmpty(), copied);
+        EXPECT_EQ(copied && publisher.publish(), copied);
+    }
+    EXPECT_EQ(QFileInfo(path(QStringLiteral("copy"))).size(), 100000);
+}
+
+TEST_F(QUORFilePublisherTest, RemovesWhatDeadProcessesLeft) {
+    const QString living = QStringLiteral(".image.%1.0.tmp").arg(::getppid());
+    for (const QString& name : {QStringLiteral(".image.png.2147483647.3.tmp"), living,
+                                QStringLiteral(".other.tmp"), QStringLiteral("a.2147483647.3.tmp")}) {
+        write(path(name), "x");
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) &&
+                    file.setFileTime(QDateTime::currentDateTime().addDays(-1), QFile::FileModificationTime));
+    }
+    write(path(QStringLiteral(".young.2147483647.3.tmp")), "x");
+    QUORFilePublisher::removeLeftovers(_dir.path());
+    EXPECT_EQ(names(),
+              QStringList({living, QStringLiteral(".other.tmp"), QStringLiteral(".young.2147483647.3.tmp"),
+                           QStringLiteral("a.2147483647.3.tmp")}));
 }
 
 TEST_F(QUORFilePublisherTest, FailsWithoutTraceAndWithAReason) {
