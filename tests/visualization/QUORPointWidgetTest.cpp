@@ -124,4 +124,3 @@ TEST_F(QUORPointWidgetTest, NewBoundsKeepTheRelativeHeight) {
         EXPECT_DOUBLE_EQ(pointMarker()->GetPosition()[2], row.expected.z);
     }
 }
-

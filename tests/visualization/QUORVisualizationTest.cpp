@@ -294,14 +294,11 @@ TEST_F(QUORVisualizationTest, theNextFrameOfASiteKeepsWhatDoesNotChange) {
 TEST_F(QUORVisualizationTest, whatTheFrameLacksLeavesItsLayersAlone) {
     _store = std::make_shared<QUORDataStore>(nullptr);
     _store->setDirectories(path(QStringLiteral("3d")), {}, {}, {});
-    auto frame = makeFrame();
-    if (frame->getTerrainSet()) {
-        frame = std::make_shared<QUORDataFrame>(_store);
-        frame->setSite(QStringLiteral("TEST"));
-        frame->setMoment(QStringLiteral("240601120000"), 180);
-        frame->setDataParams3d(QStringLiteral("CAPPI"), QStringLiteral("Z"));
-        ASSERT_TRUE(frame->updateData3d());
-    }
+    const auto frame = std::make_shared<QUORDataFrame>(_store);
+    frame->setSite(QStringLiteral("TEST"));
+    frame->setMoment(QStringLiteral("240601120000"), 180);
+    frame->setDataParams3d(QStringLiteral("CAPPI"), QStringLiteral("Z"));
+    ASSERT_TRUE(frame->updateData3d());
     build(frame);
     EXPECT_FALSE(_log.contains(QStringLiteral("Updating geo layers..")));
     EXPECT_FALSE(recordOf<QUORLayerParameters>(State::GEO_GROUP));
