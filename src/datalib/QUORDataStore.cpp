@@ -10,8 +10,12 @@
 
 #include <chrono>
 #include <system_error>
+#include <thread>
+#include <utility>
 
 namespace {
+
+constexpr std::chrono::milliseconds SCOUT_PATIENCE(500);
 
 void logDebug(const QString& text) {
     QUORLog::Instance().logDebug(text);
@@ -37,14 +41,28 @@ QStringList takeRemoved(QUORDirectoryWatcher& watcher) {
 
 } // namespace
 
+/// Between the store and a thread that may hang on a remote file system longer than the store lives.
+struct QUORDataStore::Scout {
+    std::mutex mutex;
+    QUORDataStore* store; ///< null when it has died
+};
+
 QUORDataStore::QUORDataStore(QUORDataStoreObserver* observer) : _observer(observer) {
     const QUORLogScope scope("QUORDataStore::QUORDataStore");
     _landmarks = std::make_shared<QUORLandmarkList>();
+    _scout = std::make_shared<Scout>();
+    _scout->store = this;
 }
 
 QUORDataStore::~QUORDataStore() {
     const QUORLogScope scope("QUORDataStore::~QUORDataStore");
-    _terrainScout = {};
+    if (_scoutDone.valid()) {
+        _scoutDone.wait_for(SCOUT_PATIENCE);
+    }
+    {
+        const std::lock_guard lock(_scout->mutex);
+        _scout->store = nullptr;
+    }
     _dirWatch3d.reset();
     _dirWatch2d.reset();
 }
@@ -94,26 +112,46 @@ void QUORDataStore::setTerrain(const QString& geoPath, const QString& geoCachePa
 void QUORDataStore::refreshTerrain() {
     const auto known = getTerrainDir();
     const bool busy =
-        _terrainScout.valid() && _terrainScout.wait_for(std::chrono::seconds(0)) != std::future_status::ready;
+        _scoutDone.valid() && _scoutDone.wait_for(std::chrono::seconds(0)) != std::future_status::ready;
     if (!known || busy) {
         return;
     }
+    std::promise<void> done;
+    _scoutDone = done.get_future();
+    const auto look = [scout = _scout, known](std::promise<void> end) {
+        if (const auto terrain = findNewTerrain(*known)) {
+            const std::lock_guard lock(scout->mutex);
+            if (scout->store != nullptr) {
+                scout->store->takeTerrain(known, terrain);
+            }
+        }
+        end.set_value();
+    };
     try {
-        _terrainScout = std::async(std::launch::async, [this, known] { takeNewTerrain(known); });
+        std::thread(look, std::move(done)).detach();
     } catch (const std::system_error&) {
         // No thread to be had: the next call tries again.
     }
 }
 
-void QUORDataStore::takeNewTerrain(const std::shared_ptr<QUORTerrainDir>& known) {
-    if (!known->hasNews()) {
-        return;
+std::shared_ptr<QUORTerrainDir> QUORDataStore::findNewTerrain(QUORTerrainDir& known) {
+    if (!known.hasNews()) {
+        return nullptr;
     }
     // Another object: a job must never meet one that is half filled.
-    const auto terrain = std::make_shared<QUORTerrainDir>(known->getSourcePath(), known->getCachePath());
+    auto terrain = std::make_shared<QUORTerrainDir>(known.getSourcePath(), known.getCachePath());
     terrain->scanFiles();
+    if (terrain->getTiles().isEmpty() || terrain->hasTilesOf(known)) {
+        known.takeScanOf(*terrain); // with the sets that it has loaded
+        return nullptr;
+    }
+    return terrain;
+}
+
+void QUORDataStore::takeTerrain(const std::shared_ptr<QUORTerrainDir>& known,
+                                const std::shared_ptr<QUORTerrainDir>& terrain) {
     const std::lock_guard lock(_mutex);
-    if (_terrainDir == known && (!terrain->getTiles().isEmpty() || known->getTiles().isEmpty())) {
+    if (_terrainDir == known) {
         _terrainDir = terrain;
     }
 }

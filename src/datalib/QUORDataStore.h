@@ -62,12 +62,15 @@ public Q_SLOTS:
     void dirChanged2d();
 
 private:
+    struct Scout;
     using Watcher = std::shared_ptr<QUORDirectoryWatcher>;
 
     void setWatcher(Watcher& watcher, QString& path, const QString& newPath,
                     QUORDirectoryWatchData::DirectoryType type);
     void setTerrain(const QString& geoPath, const QString& geoCachePath);
-    void takeNewTerrain(const std::shared_ptr<QUORTerrainDir>& known);
+    static std::shared_ptr<QUORTerrainDir> findNewTerrain(QUORTerrainDir& known);
+    void takeTerrain(const std::shared_ptr<QUORTerrainDir>& known,
+                     const std::shared_ptr<QUORTerrainDir>& terrain);
 
     QUORDataStoreObserver* const _observer;
     mutable std::mutex _mutex;
@@ -79,6 +82,7 @@ private:
     QString _geoPath;
     QString _geoCachePath;
     std::shared_ptr<QUORLandmarkList> _landmarks;
-    /// The thread that looks for new terrain; joined before anything else dies.
-    std::future<void> _terrainScout;
+    /// The thread that looks for new terrain. It is left behind when it does not end soon.
+    std::shared_ptr<Scout> _scout;
+    std::future<void> _scoutDone;
 };

@@ -58,7 +58,7 @@ struct MeshFile {
 };
 
 /// Stays under the 256 characters that the format allows a title. The centre is as exact as in the file's
-/// name, some metres: a radar that places itself anew by satellite must not lose its blocks.
+/// name, a hundred metres at worst: a radar that places itself anew by satellite must not lose its blocks.
 QByteArray makeTitle(const MeshFile& mesh, vtkImageData& texture, const QUORGeoProjection& projection) {
     const auto number = [](double value, int digits) { return QByteArray::number(value, 'g', digits); };
     const QUORCoordinate centre = projection.getReferenceLocation();

@@ -13,8 +13,10 @@
 #include <QFileInfo>
 #include <QMutexLocker>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 
 namespace {
@@ -46,6 +48,14 @@ QByteArray fileStamp(const QString& path) {
     const QFileInfo file(path);
     return QByteArray::number(file.size()) + ' ' +
            QByteArray::number(file.lastModified().toMSecsSinceEpoch()) + ' ';
+}
+
+QByteArray namesOf(const QFileInfoList& entries) {
+    QByteArray names;
+    for (const QFileInfo& entry : entries) {
+        names += QFile::encodeName(entry.fileName()) + '/';
+    }
+    return names;
 }
 
 /// An error line, once, when a configured directory cannot be listed.
@@ -123,8 +133,8 @@ void QUORTerrainDir::scanFiles() {
     if (!isListable(_sourcePath)) {
         return;
     }
-    QByteArray stamp = makeStamp({});
     const QFileInfoList entries = listSource();
+    QByteArray stamp = namesOf(entries);
     QElapsedTimer timer;
     timer.start();
     log.logDebug(QStringLiteral("Scanning ") + QString::number(entries.size()) +
@@ -157,6 +167,21 @@ void QUORTerrainDir::scanFiles() {
     _sets.clear();
 }
 
+bool QUORTerrainDir::hasTilesOf(const QUORTerrainDir& other) const {
+    const auto known = other.getTiles();
+    const auto tiles = getTiles();
+    return tiles.size() == known.size() &&
+           std::equal(tiles.cbegin(), tiles.cend(), known.cbegin(), [](const auto& a, const auto& b) {
+               return a->getFileName() == b->getFileName() && a->getOrigin() == b->getOrigin();
+           });
+}
+
+void QUORTerrainDir::takeScanOf(const QUORTerrainDir& other) {
+    const std::scoped_lock lock(_mutex, other._mutex);
+    _skipped = other._skipped;
+    _stamp = other._stamp;
+}
+
 QFileInfoList QUORTerrainDir::listSource() const {
     return QDir(_sourcePath)
         .entryInfoList({QStringLiteral("*.dt1"), QStringLiteral("*.hgt")},
@@ -164,8 +189,7 @@ QFileInfoList QUORTerrainDir::listSource() const {
 }
 
 QByteArray QUORTerrainDir::makeStamp(const QStringList& skipped) const {
-    // The time alone misses what came within the file system's tick.
-    QByteArray stamp = fileStamp(_sourcePath) + QByteArray::number(listSource().size()) + ' ';
+    QByteArray stamp = namesOf(listSource());
     for (const QString& file : skipped) {
         stamp += fileStamp(file);
     }

@@ -30,9 +30,13 @@ public:
     /// error line.
     void scanFiles();
     void resetFiles();
-    /// Whether the source directory, or something in it that was no usable tile, has changed since the scan.
-    /// A directory that is gone or cannot be read is no news.
+    /// Whether the names in the source directory, or something in it that was no usable tile, have changed
+    /// since the scan. A directory that is gone or cannot be read is no news.
     bool hasNews() const;
+    /// Whether both scans found the same tiles.
+    bool hasTilesOf(const QUORTerrainDir& other) const;
+    /// Counts the other one's scan, which found the same tiles, as its own.
+    void takeScanOf(const QUORTerrainDir& other);
 
     /// The tiles of the whole degrees that cover the area, with flat ones where the directory has none; no
     /// tiles at all where it has none for the whole area. The same request gives the same set as long as it

@@ -152,7 +152,7 @@ int QUORApplication::init() {
         printVersion();
         return -1;
     }
-    QUORProcessSetup::ignoreBrokenPipes();
+    QUORProcessSetup::ignoreWriteSignals();
     if (!asDaemon) {
         return 0;
     }

@@ -83,8 +83,9 @@ void afterToolkit() {
     std::setlocale(LC_NUMERIC, "C");
 }
 
-void ignoreBrokenPipes() {
+void ignoreWriteSignals() {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void detachStandardStreams() {

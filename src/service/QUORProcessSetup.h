@@ -14,8 +14,8 @@ void beforeToolkit();
 /// object sets the user's locale, so this follows its construction.
 void afterToolkit();
 
-/// A reader that goes away does not end the process.
-void ignoreBrokenPipes();
+/// Neither a reader that goes away nor a limit of file sizes ends the process.
+void ignoreWriteSignals();
 
 /// The null device onto descriptors 0, 1 and 2, so that no later file or socket takes their numbers.
 void detachStandardStreams();

@@ -18,6 +18,7 @@
 namespace {
 
 constexpr int RULE_LENGTH = 73;
+constexpr qint64 CLEANING_INTERVAL_MS = 24LL * 60 * 60 * 1000;
 constexpr double TERRAIN_FACTOR = 0.75;
 
 void logRule() {
@@ -115,9 +116,10 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
 // A service that was killed leaves the image that it was writing.
 void QUORVisualizationJobs::cleanOutputDirectory(const QUORBackgroundSettings& settings) {
     const QString directory = QUORSystem::expandHome(settings.getDirectory());
-    if (directory != _cleanedDirectory) {
+    if (directory != _cleanedDirectory || _sinceCleaning.hasExpired(CLEANING_INTERVAL_MS)) {
         QUORFilePublisher::removeLeftovers(directory);
         _cleanedDirectory = directory;
+        _sinceCleaning.start();
     }
 }
 

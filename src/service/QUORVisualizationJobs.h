@@ -5,6 +5,7 @@
 #include "QUORFileLeaf.h"
 #include "QUORGeneralSettings.h"
 
+#include <QElapsedTimer>
 #include <QString>
 
 #include <atomic>
@@ -42,6 +43,7 @@ private:
 
     std::shared_ptr<QUORDataStore> _dataStore;
     QString _cleanedDirectory;
+    QElapsedTimer _sinceCleaning;
     QUORGeneralSettings::CPtr _generalSettings;
     QUORBackgroundSettings::CPtr _backgroundSettings;
     std::shared_ptr<QUOROffscreenVisualizer> _visualizer;

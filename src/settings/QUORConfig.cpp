@@ -2,6 +2,7 @@
 #include "QUORConfig.h"
 
 #include "QUORLog.h"
+#include "QUORSettingsFile.h"
 #include "QUORSettingsReader.h"
 #include "QUORSystem.h"
 
@@ -83,6 +84,7 @@ void QUORConfig::destroy() {
 }
 
 QSettings* QUORConfig::get() {
+    QUORSettingsFile::awaitSave(QUORSettingsReader::findUserFile(QCoreApplication::applicationName()));
     _mutex.lock();
     _settings = QUORSettingsReader::open(QCoreApplication::applicationName());
     return _settings.get();

@@ -82,9 +82,11 @@ void QUORFilePublisher::removeLeftovers(const QString& folder) {
     for (const QString& entry : directory.entryList({QStringLiteral(".*.tmp")}, QDir::Files | QDir::Hidden)) {
         const pid_t process = name.match(entry).captured(1).toInt();
         const QFileInfo file(directory.filePath(entry));
-        // A process of another machine or container cannot be asked for, but does not write for an hour.
+        // No process writes for an hour: not one of another machine or container, which cannot be asked for,
+        // nor this one, whose number may be that of the one before it.
         const bool old = file.lastModified() < QDateTime::currentDateTime().addSecs(-LEFTOVER_AGE_S);
-        if (old && process > 0 && process != ::getpid() && ::kill(process, 0) != 0 && errno == ESRCH) {
+        const auto isDead = [process] { return ::kill(process, 0) != 0 && errno == ESRCH; };
+        if (old && process > 0 && (process == ::getpid() || isDead())) {
             ::unlink(QFile::encodeName(directory.filePath(entry)).constData());
         }
     }

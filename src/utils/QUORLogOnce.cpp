@@ -11,14 +11,14 @@
 
 namespace {
 
-// Subjects come from the names of files and keys, of which a file may hold any number.
-constexpr qsizetype MAXIMUM_WARNINGS = 1000;
-constexpr qsizetype MAXIMUM_ERRORS = 2000;
+// Subjects come from the names of files and keys, of which a file may hold any number; 32 bytes each.
+constexpr qsizetype MAXIMUM_WARNINGS = 100000;
+constexpr qsizetype MAXIMUM_ERRORS = 2 * MAXIMUM_WARNINGS;
 const QString FULL = QStringLiteral("More lines about lasting states are not logged");
 
 struct Memory {
     QMutex mutex;
-    QHash<QString, QString> lines;
+    QHash<std::size_t, std::size_t> lines; ///< hash of the subject to hash of its last line
 };
 
 Memory& memory() {
@@ -30,10 +30,10 @@ Memory& memory() {
 QString findNews(const QString& subject, const QString& text, qsizetype maximum) {
     Memory& m = memory();
     const QMutexLocker lock(&m.mutex);
-    const bool full = m.lines.size() >= maximum && !m.lines.contains(subject);
-    QString& known = m.lines[full ? FULL : subject];
+    const bool full = m.lines.size() >= maximum && !m.lines.contains(qHash(subject));
     const QString& line = full ? FULL : text;
-    return std::exchange(known, line) == line ? QString() : line;
+    const std::size_t news = qHash(line);
+    return std::exchange(m.lines[qHash(full ? FULL : subject)], news) == news ? QString() : line;
 }
 
 } // namespace
@@ -53,5 +53,5 @@ void QUORLogOnce::logWarning(const QString& subject, const QString& text) {
 void QUORLogOnce::forget(const QString& subject) {
     Memory& m = memory();
     const QMutexLocker lock(&m.mutex);
-    m.lines.remove(subject);
+    m.lines.remove(qHash(subject));
 }

@@ -2,9 +2,13 @@
 #include "QUORSettingsFile.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QList>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QThread>
 
 #include <algorithm>
@@ -19,15 +23,16 @@ namespace {
 
 constexpr auto BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 constexpr qint64 MAXIMUM_SIZE = 64 << 20; // holds some 300,000 landmarks
-// A value of this form is read recursively, list in list.
-constexpr auto SERIALISED = "@Variant(";
-constexpr qsizetype MAXIMUM_SERIALISED = 4096;
-constexpr qint64 SAVE_TIMEOUT_MS = 1000;
+// Values that begin with "@", which may be written as an escape, can be lists in lists, read recursively.
+constexpr qsizetype MAXIMUM_SERIALISED = 32768;
+constexpr qint64 SAVE_PAUSE_MS = 1000;
+constexpr qint64 SAVE_TIMEOUT_MS = 3000;
 constexpr unsigned long SAVE_STEP_MS = 20;
 
 struct Line {
     int number;
-    QByteArray text; ///< with the line ends inside it
+    QByteArray text;        ///< with the line ends inside it
+    bool openQuote = false; ///< a line end stands between quotation marks
 
     bool isHashComment() const { return text.trimmed().startsWith('#') && !text.contains('\n'); }
 };
@@ -37,8 +42,9 @@ qsizetype skipEscape(const QByteArray& content, qsizetype backslash) {
     return backslash + (windowsEnd ? 2 : 1);
 }
 
-qsizetype findLineEnd(const QByteArray& content, qsizetype start) {
+qsizetype findLineEnd(const QByteArray& content, qsizetype start, bool& openQuote) {
     bool quoted = false;
+    openQuote = false;
     for (qsizetype i = start; i < content.size(); ++i) {
         const char c = content.at(i);
         if (c == '\\') {
@@ -47,6 +53,8 @@ qsizetype findLineEnd(const QByteArray& content, qsizetype start) {
             quoted = !quoted;
         } else if (c == '\n' && !quoted) {
             return i;
+        } else if (c == '\n') {
+            openQuote = true;
         } else if (c == ';' && !quoted) {
             const qsizetype end = content.indexOf('\n', i);
             return end < 0 ? content.size() : end;
@@ -60,9 +68,10 @@ QList<Line> splitLines(const QByteArray& content) {
     int number = 1;
     qsizetype start = content.startsWith(BYTE_ORDER_MARK) ? qsizetype(qstrlen(BYTE_ORDER_MARK)) : 0;
     while (start < content.size()) {
-        const qsizetype end = findLineEnd(content, start);
+        bool openQuote = false;
+        const qsizetype end = findLineEnd(content, start, openQuote);
         const QByteArray text = content.mid(start, end - start);
-        lines.append({number, text});
+        lines.append({number, text, openQuote});
         number += int(text.count('\n')) + 1;
         start = end + 1;
     }
@@ -71,8 +80,8 @@ QList<Line> splitLines(const QByteArray& content) {
 
 bool isGood(const Line& line) {
     const QByteArray text = line.text.trimmed();
-    if (const qsizetype end = text.indexOf('\n');
-        end >= 0 && (text.contains('"') || text.indexOf('=', end) >= 0)) {
+    const qsizetype end = text.indexOf('\n');
+    if (line.openQuote || (end >= 0 && text.indexOf('=', end) >= 0)) {
         return false; // holds the next line, most likely against the writer's will
     }
     if (text.startsWith('[')) {
@@ -95,15 +104,39 @@ QString findRefusal(int fd) {
 }
 
 int findOverlongValue(const QByteArray& content) {
-    if (!content.contains(SERIALISED)) {
-        return 0;
-    }
     const QList<Line> lines = splitLines(content);
     const auto found = std::ranges::find_if(lines, [](const Line& line) {
-        return line.text.size() > MAXIMUM_SERIALISED && line.text.contains(SERIALISED);
+        return line.text.size() > MAXIMUM_SERIALISED && (line.text.contains('@') || line.text.contains('\\'));
     });
     return found == lines.cend() ? 0 : found->number;
 }
+
+bool isInSave(const QFileInfo& file) {
+    const qint64 age = file.lastModified().msecsTo(QDateTime::currentDateTime());
+    return file.exists() && age >= 0 && age <= SAVE_PAUSE_MS &&
+           (file.size() == 0 || QUORSettingsFile::isBeingWritten(file.filePath()));
+}
+
+/// Since when the saves of a file that have not ended are waited for: all who wait share the patience.
+class Patience {
+public:
+    bool isLeft(const QString& fileName) {
+        const QMutexLocker lock(&_mutex);
+        QElapsedTimer& since = _since[fileName];
+        if (!since.isValid()) {
+            since.start();
+        }
+        return since.elapsed() < SAVE_TIMEOUT_MS;
+    }
+    void renew(const QString& fileName) {
+        const QMutexLocker lock(&_mutex);
+        _since.remove(fileName);
+    }
+
+private:
+    QMutex _mutex;
+    QHash<QString, QElapsedTimer> _since;
+};
 
 } // namespace
 
@@ -146,16 +179,14 @@ bool QUORSettingsFile::isBeingWritten(const QString& fileName) {
 }
 
 void QUORSettingsFile::awaitSave(const QString& fileName) {
-    QFileInfo file(fileName);
-    const auto isSaved = [&] {
-        file.refresh();
-        const qint64 age = file.lastModified().msecsTo(QDateTime::currentDateTime());
-        return !file.exists() || age < 0 || age > SAVE_TIMEOUT_MS ||
-               (file.size() > 0 && !isBeingWritten(fileName));
-    };
-    while (!isSaved()) {
+    static Patience patience;
+    while (isInSave(QFileInfo(fileName))) {
+        if (!patience.isLeft(fileName)) {
+            return;
+        }
         QThread::msleep(SAVE_STEP_MS);
     }
+    patience.renew(fileName);
 }
 
 int QUORSettingsFile::findBadLine(const QByteArray& content) {

@@ -20,7 +20,8 @@ std::optional<QByteArray> read(const QString& fileName, QString& error);
 /// to anybody where the process has the right to take leases.
 bool isBeingWritten(const QString& fileName);
 
-/// Waits while a save in place is in progress, until a second after its last sign of life at most.
+/// Waits while a save in place is in progress: until a second after its last sign of life, and for three
+/// seconds at most, after which nobody waits for the file until its save has ended.
 void awaitSave(const QString& fileName);
 
 /// The number, from 1, of the first line that is no comment (";" or "#"), section or key with its value, or

@@ -174,8 +174,8 @@ int QUORLandmarkLabel::RenderOverlay(vtkViewport* viewport) {
 
 void QUORLandmarkLabel::DrawEdge(vtkViewport* viewport) {
     const double* place = TextActor->GetPositionCoordinate()->GetValue();
-    for (int y = -EDGE_WIDTH; y <= EDGE_WIDTH; ++y) {
-        for (int x = -EDGE_WIDTH; x <= EDGE_WIDTH; ++x) {
+    for (const int y : {-EDGE_WIDTH, EDGE_WIDTH}) {
+        for (const int x : {-EDGE_WIDTH, EDGE_WIDTH}) {
             EdgeActor->SetDisplayPosition(int(place[0]) + x, int(place[1]) + y);
             EdgeActor->RenderOverlay(viewport);
         }

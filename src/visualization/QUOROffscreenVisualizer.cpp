@@ -56,6 +56,7 @@ int findPreset(const QString& kind, const QStringList& names, const QString& nam
 QUOROffscreenVisualizer::QUOROffscreenVisualizer() {
     const QUORLogScope scope("QUOROffscreenVisualizer::QUOROffscreenVisualizer");
     _visualization = std::make_shared<QUORVisualization>(this);
+    _backgroundSettings = std::make_shared<QUORBackgroundSettings>();
     QString error;
     if (!provideWindow(error)) {
         QUORLog::Instance().logError(QStringLiteral("No image can be rendered, OpenGL is not usable: ") +
@@ -75,7 +76,7 @@ void QUOROffscreenVisualizer::initVisualization() {
     _generalSettings = std::make_shared<QUORGeneralSettings>();
     // A file that cannot be read for the moment must not send an image to another place.
     auto settings = std::make_shared<QUORBackgroundSettings>();
-    if (settings->isRead() || _backgroundSettings == nullptr) {
+    if (settings->isRead()) {
         _backgroundSettings = std::move(settings);
     }
     _displayState = std::make_shared<QUORDisplayState>();

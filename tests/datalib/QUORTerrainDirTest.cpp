@@ -106,9 +106,11 @@ TEST_F(TerrainDir, seesWhatHasComeSinceTheScan) {
     };
     sees("no directory yet", false);
     QDir().mkdir(late);
-    sees("a directory", true);
+    sees("a directory", false);
     TerrainTiles::write(late + "/N46E007.hgt", "a copy that has just begun");
     sees("a new file", true);
+    TerrainTiles::write(late + "/lock", "no tile");
+    sees("another file", false);
     TerrainTiles::write(late + "/N46E007.hgt", TerrainTiles::srtm([](double, double) { return 1; }));
     sees("a file that has grown into a tile", true);
     EXPECT_EQ(directory.getTiles().size(), 1);

@@ -18,10 +18,13 @@ TEST(QUORSettingsFileTest, ReadsAllOrNothing) {
     ASSERT_EQ(::mkfifo(qPrintable(pipe), 0600), 0);
     QFile huge(dir.filePath(QStringLiteral("huge")));
     ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(1) << 30));
-    QFile nested(dir.filePath(QStringLiteral("nested"))); // lists in lists: reading them ends the process
-    ASSERT_TRUE(nested.open(QIODevice::WriteOnly));
-    nested.write("[A]\nk=@Variant(" + QByteArray("\\0\\0\\0\\t\\0\\0\\0\\x1").repeated(30000) + ")\n");
-    nested.close();
+    const auto nest = [&dir](const QByteArray& kind) { // lists in lists: reading them ends the process
+        QFile nested(dir.filePath(QString::fromLatin1(kind)));
+        EXPECT_TRUE(nested.open(QIODevice::WriteOnly));
+        nested.write("[A]\nk=\"" + kind + "(" + QByteArray("\\0\\0\\0\\t\\0\\0\\0\\x1").repeated(30000) +
+                     ")\"\n");
+        return nested.fileName();
+    };
     const QString kernel = QStringLiteral("/proc/self/");
     const struct {
         const char* name;
@@ -32,7 +35,9 @@ TEST(QUORSettingsFileTest, ReadsAllOrNothing) {
         {"folder", dir.path(), false},
         {"pipe", pipe, false},
         {"huge", huge.fileName(), false},
-        {"nested", nested.fileName(), false},
+        {"nested", nest("@Variant"), false},
+        {"nested time", nest("@DateTime"), false},
+        {"nested and escaped", nest("\\x40Variant"), false},
         {"input/output error", kernel + QStringLiteral("mem"), false},
         {"another size than the file's", kernel + QStringLiteral("status"), false},
     };

@@ -18,6 +18,7 @@
 #include <vtkDataSet.h>
 #include <vtkProp3D.h>
 
+#include <atomic>
 #include <cmath>
 #include <map>
 #include <stdexcept>
@@ -41,7 +42,7 @@ public:
     }
     void update(std::shared_ptr<const QUORLayerParameters>, bool, const QUORAbortFlag&) override {}
 
-    bool failing = false;
+    std::atomic<bool> failing = false;
 };
 
 /// A site's volumes at 12:00 and 12:05 with a 2D product, and a controller over them.
