@@ -3,6 +3,7 @@
 #include "QUOR2DTop.h"
 #include "QUOR3DTop.h"
 #include "QUORDirectoryListing.h"
+#include "TestFiles.h"
 #include "TestProduct.h"
 
 #include <QDir>
@@ -27,7 +28,7 @@ protected:
         TestProduct product;
         product.site = site;
         product.time.setTime(time);
-        product.dataType = dataType;
+        product.type = dataType;
         product.prefix = QLatin1String(prefix);
         product.write(_dir.path());
         return product.fileName();
@@ -58,22 +59,16 @@ TEST_F(QUORDirectoryTest, TakesInWhatBelongsIntoTheTree) {
     const QString good = write("A", {12, 0});
     TestProduct twoBytes;
     twoBytes.site = "A";
-    twoBytes.dataType = 9;
-    twoBytes.itemSize = 2;
+    twoBytes.type = 9;
     twoBytes.prefix = QStringLiteral("CAB");
     const QString sri = writeFlat("A", {12, 0});
     TestProduct vil;
-    vil.productCode = 10;
-    vil.prefix = QStringLiteral("VIL");
+    vil.code = 10;
     TestProduct half;
     half.totalSize = 10000;
     half.prefix = QStringLiteral("HAF");
-    const auto put = [this](const QString& name, const QByteArray& bytes) {
-        QFile file(path() + QLatin1Char('/') + name);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return name;
-    };
+    writeFile(path() + QStringLiteral("/empty"), {});
+    writeFile(path() + QStringLiteral("/text"), QByteArray(1000, 'x'));
     const struct {
         QString name;
         QUORDirTop::Result volumeResult;
@@ -91,10 +86,8 @@ TEST_F(QUORDirectoryTest, TakesInWhatBelongsIntoTheTree) {
          "NOT ADDED: DATA FILE OF WRONG TYPE "},
         {QFileInfo(half.write(path())).fileName(), QUORDirTop::ResultIncomplete, QUORDirTop::ResultIncomplete,
          "NOT ADDED: INCOMPLETE "},
-        {put(QStringLiteral("empty"), {}), QUORDirTop::ResultNoData, QUORDirTop::ResultNoData,
-         "NOT ADDED: NO DATA "},
-        {put(QStringLiteral("text"), QByteArray(1000, 'x')), QUORDirTop::ResultInvalid,
-         QUORDirTop::ResultInvalid, "NOT ADDED: INVALID "},
+        {QStringLiteral("empty"), QUORDirTop::ResultNoData, QUORDirTop::ResultNoData, "NOT ADDED: NO DATA "},
+        {QStringLiteral("text"), QUORDirTop::ResultInvalid, QUORDirTop::ResultInvalid, "NOT ADDED: INVALID "},
         {QStringLiteral("missing"), QUORDirTop::ResultInvalid, QUORDirTop::ResultInvalid,
          "NOT ADDED: INVALID "},
     };

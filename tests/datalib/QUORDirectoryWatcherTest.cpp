@@ -133,8 +133,7 @@ TEST_F(QUORDirectoryWatcherTest, NothingIsLostThatArrivesDuringALook) {
         timer.start();
         waitUntil([&] { return timer.elapsed() > 10 + trial % 20; });
         TestProduct second = product(trial);
-        second.dataType = 3;
-        second.prefix = QStringLiteral("CAV");
+        second.type = 3;
         second.write(folder());
         ASSERT_TRUE(waitUntil([&] { return announced.added.size() == 2 * (trial + 1); })) << trial;
     }

@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "QUORGeoProjection.h"
+#include "TestFiles.h"
 #include "TestProduct.h"
 
 #include <QFile>
@@ -24,10 +25,9 @@ class QUORFileTest : public testing::Test {
 protected:
     QString pathOf(const QString& name) const { return _dir.filePath(name); }
     QString writeBytes(const QByteArray& bytes) const {
-        QFile file(pathOf(QStringLiteral("CAZ240601120000.cap")));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(bytes);
-        return file.fileName();
+        const QString path = pathOf(QStringLiteral("CAZ240601120000.cap"));
+        writeFile(path, bytes);
+        return path;
     }
     QUORFile load(const TestProduct& product) const { return QUORFile(product.write(_dir.path())); }
 
@@ -130,31 +130,25 @@ TEST_F(QUORFileTest, WhatCannotBeReadSaysWhy) {
 
 TEST_F(QUORFileTest, AnswersFromTheHeader) {
     TestProduct product;
-    product.xPoints = 5;
-    product.yPoints = 6;
-    product.zPoints = 2;
-    product.xStep = 100;
-    product.yStep = 250;
-    product.zStep = 400;
-    product.xRadar = 2000;
-    product.yRadar = 2500;
-    product.zRadar = -700;
-    product.dataType = 3;
-    product.groundElevation = -3;
-    product.earthRadius = 637813700;
+    product.points = {5, 6, 2};
+    product.stepsCm = {100, 250, 400};
+    product.radar = {2000, 2500, -700};
+    product.type = 3;
+    product.groundElevationM = -3;
+    product.earthRadiusCm = 637813700;
     product.inverseFlattening = 298257223;
     product.projection = 1;
     product.longitude = -88.25;
     product.time = QDateTime({2021, 7, 29}, {23, 59, 59}, Qt::UTC);
-    product.suffix = QStringLiteral(".cap.gz");
-    const QUORFile file = load(product);
+    const QString path = pathOf(QStringLiteral("CAZ210729235959.cap.gz"));
+    product.writeTo(path);
+    const QUORFile file(path);
     ASSERT_TRUE(file.isValid());
     EXPECT_EQ(file.getSite(), QStringLiteral("TEST"));
     EXPECT_EQ(file.getProduct(), QStringLiteral("CAPPI"));
     EXPECT_EQ(file.getConfiguration(), QStringLiteral("V"));
     EXPECT_EQ(file.getTime(), QStringLiteral("210729235959"));
     EXPECT_EQ(file.getBaseName(), QStringLiteral("CAZ210729235959"));
-    EXPECT_EQ(file.getPath(), pathOf(QStringLiteral("CAZ210729235959.cap.gz")));
     EXPECT_EQ(file.getXRadar(), 2000);
     EXPECT_EQ(file.getYRadar(), 2500);
     EXPECT_EQ(file.getZRadar(), -700);
@@ -188,12 +182,12 @@ TEST_F(QUORFileTest, NamesProductsAndDefaultsOfTheEarth) {
     } rows[] = {{1, "PPI"}, {2, ""}, {3, "CAPPI"}, {10, "VIL"}, {16, "MAX"}, {32, "SRI"}};
     for (const auto& row : rows) {
         TestProduct product;
-        product.productCode = row.code;
+        product.code = row.code;
         EXPECT_EQ(load(product).getProduct(), QLatin1String(row.name));
     }
     TestProduct product = TestProduct::sri();
-    product.dataType = 5;
-    product.earthRadius = 0;
+    product.type = 5;
+    product.earthRadiusCm = 0;
     product.inverseFlattening = 0;
     product.projection = 2;
     const QUORFile file = load(product);
@@ -228,7 +222,7 @@ TEST_F(QUORFileTest, CleansSiteNames) {
 TEST_F(QUORFileTest, ItemSizeFollowsTheDataSize) {
     for (const auto& [dataSize, itemSize] : {std::pair{1000, 1}, {2000, 2}, {1500, 2}}) {
         TestProduct product;
-        product.xPoints = product.yPoints = product.zPoints = 10;
+        product.points = {10, 10, 10};
         product.itemSize = 2;
         product.totalSize = 640 + dataSize;
         EXPECT_EQ(load(product).getItemSize(), itemSize) << dataSize;
@@ -244,19 +238,19 @@ TEST_F(QUORFileTest, RefusesGridsThatCannotBeBuilt) {
         {"negative total size", [](TestProduct& p) { p.totalSize = -5; }},
         {"total size smaller than the grid", [](TestProduct& p) { p.totalSize = 660; }},
         {"grid larger than the file", [](TestProduct& p) { p.totalSize = 641; }},
-        {"element size against data type", [](TestProduct& p) { p.dataType = 9; }},
+        {"element size against data type", [](TestProduct& p) { p.type = 9, p.itemSize = 1; }},
         {"data type against element size", [](TestProduct& p) { p.itemSize = 2; }},
-        {"step of 0", [](TestProduct& p) { p.xStep = 0; }},
-        {"negative step", [](TestProduct& p) { p.zStep = -1; }},
-        {"absurd step", [](TestProduct& p) { p.yStep = std::numeric_limits<int>::max(); }},
-        {"earth of a centimetre", [](TestProduct& p) { p.earthRadius = 1; }},
-        {"earth too large", [](TestProduct& p) { p.earthRadius = 700000000; }},
+        {"step of 0", [](TestProduct& p) { p.stepsCm[0] = 0; }},
+        {"negative step", [](TestProduct& p) { p.stepsCm[2] = -1; }},
+        {"absurd step", [](TestProduct& p) { p.stepsCm[1] = std::numeric_limits<int>::max(); }},
+        {"earth of a centimetre", [](TestProduct& p) { p.earthRadiusCm = 1; }},
+        {"earth too large", [](TestProduct& p) { p.earthRadiusCm = 700000000; }},
         {"flattened earth", [](TestProduct& p) { p.inverseFlattening = 99000000; }},
         {"unknown projection", [](TestProduct& p) { p.projection = 7; }},
         {"latitude beyond the pole", [](TestProduct& p) { p.latitude = 120.0; }},
-        {"velocities without a wavelength", [](TestProduct& p) { p.dataType = 3, p.wavelength = 0; }},
-        {"widths without pulses", [](TestProduct& p) { p.dataType = 4, p.prf = 0; }},
-        {"negative wavelength", [](TestProduct& p) { p.dataType = 3, p.wavelength = -500; }},
+        {"velocities without a wavelength", [](TestProduct& p) { p.type = 3, p.wavelength = 0; }},
+        {"widths without pulses", [](TestProduct& p) { p.type = 4, p.prf = 0; }},
+        {"negative wavelength", [](TestProduct& p) { p.type = 3, p.wavelength = -500; }},
         {"no time", [](TestProduct& p) { p.time = QDateTime(); }},
     };
     for (const auto& row : rows) {
@@ -269,7 +263,7 @@ TEST_F(QUORFileTest, RefusesGridsThatCannotBeBuilt) {
     }
     EXPECT_FALSE(QUORFile(pathOf(QStringLiteral("none"))).getGridError().isEmpty());
     TestProduct flat = TestProduct::sri();
-    flat.zStep = 0;
+    flat.stepsCm[2] = 0;
     EXPECT_EQ(load(flat).getGridError(), QString());
 }
 

@@ -35,9 +35,9 @@ protected:
     }
 
     void write3d(const TestProduct& product) const { product.write(_dir.filePath(QStringLiteral("3d"))); }
-    void write2d(TestProduct product, const char* prefix, int code, int seconds) const {
-        product.prefix = QString::fromLatin1(prefix);
-        product.productCode = code;
+    void write2d(int seconds, SampleProduct::Code code = SampleProduct::Sri) const {
+        TestProduct product = TestProduct::sri();
+        product.code = code;
         product.time = product.time.addSecs(seconds);
         product.write(_dir.filePath(QStringLiteral("2d")));
     }
@@ -67,7 +67,7 @@ TEST_F(QUORDataFrameTest, LoadsWhatBelongsToAProduct) {
                                               "landmarks/2/label=Out\nlandmarks/2/location/lat=50\n"
                                               "landmarks/2/location/lon=24\n"));
     write3d({});
-    write2d(TestProduct::sri(), "SRI", 32, 120);
+    write2d(120);
     const auto loaded = std::make_shared<QUORDataFrame>(makeStore());
     QUORDataFrame& frame = *loaded;
     request(frame);
@@ -100,7 +100,7 @@ TEST_F(QUORDataFrameTest, LoadsAgainOnlyWhatChanged) {
     later.time = later.time.addSecs(300);
     write3d(first);
     write3d(later);
-    write2d(TestProduct::sri(), "SRI", 32, 0);
+    write2d(0);
     QUORDataFrame frame(makeStore());
     const struct {
         const char* name;
@@ -137,7 +137,7 @@ TEST_F(QUORDataFrameTest, TakesTerrainOfTheSameMapOnly) {
     TestProduct sphere;
     TestProduct ellipsoid;
     ellipsoid.time = ellipsoid.time.addSecs(60);
-    ellipsoid.earthRadius = 637813700;
+    ellipsoid.earthRadiusCm = 637813700;
     ellipsoid.inverseFlattening = 298257223;
     write3d(sphere);
     write3d(ellipsoid);
@@ -161,7 +161,7 @@ TEST_F(QUORDataFrameTest, FindsTwoDimensionalDataWithinHalfTheWindow) {
     write3d({});
     write3d(later);
     write3d(otherSite);
-    write2d(TestProduct::sri(), "SRI", 32, 400);
+    write2d(400);
     QUORDataFrame frame(makeStore());
     request(frame);
     ASSERT_TRUE(frame.updateData3d());
@@ -183,12 +183,10 @@ TEST_F(QUORDataFrameTest, FindsTwoDimensionalDataWithinHalfTheWindow) {
 
 TEST_F(QUORDataFrameTest, LoadsInOneCall) {
     TestProduct volume;
-    volume.xPoints = 241;
-    volume.yPoints = 241;
-    volume.zPoints = 2;
+    volume.points = {241, 241, 2};
     write3d(volume);
-    write2d(TestProduct::sri(), "SRI", 32, 0);
-    write2d(TestProduct::sri(), "MAX", 16, 60);
+    write2d(0);
+    write2d(60, SampleProduct::Max);
     const auto store = makeStore();
     const LogCapture log;
     const QUORDataFrame frame(store, SITE, MOMENT, CAPPI, Z, {}, 600, 1.0);
@@ -211,8 +209,8 @@ TEST_F(QUORDataFrameTest, LoadsInOneCall) {
 
 TEST_F(QUORDataFrameTest, DescribesItsProduct) {
     TestProduct product;
-    product.yPoints = 6;
-    product.yStep = 50000;
+    product.points[1] = 6;
+    product.stepsCm[1] = 50000;
     write3d(product);
     const QUORDataFrame frame(makeStore(), SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0);
     const struct {

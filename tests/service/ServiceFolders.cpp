@@ -33,11 +33,8 @@ QString ServiceFolders::drop(const TestProduct& product, const QString& folder) 
 TestProduct ServiceFolders::storm(int minutes) {
     TestProduct product;
     product.time = product.time.addSecs(60 * minutes);
-    product.xPoints = 16;
-    product.yPoints = 16;
-    product.zPoints = 6;
-    product.xRadar = 7500;
-    product.yRadar = 7500;
+    product.points = {16, 16, 6};
+    product.radar = {7500, 7500, 0};
     product.fill = [](int x, int y, int z) {
         const bool inside = x > 4 && x < 12 && y > 4 && y < 12 && z > 0 && z < 5;
         return inside ? 160U : 1U;

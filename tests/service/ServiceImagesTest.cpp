@@ -84,7 +84,7 @@ TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
     flat.prefix = QStringLiteral("FLT");
     const QString wrongKind = _folders.drop(flat);
     TestProduct empty = ServiceFolders::storm(-30);
-    empty.xPoints = 0;
+    empty.points[0] = 0;
     _folders.drop(empty);
     QDir().mkpath(_folders.path(QStringLiteral("3d/folder")));
     _folders.drop(ServiceFolders::storm());
@@ -153,8 +153,7 @@ TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceAtTheDefaultLevel) {
 TEST_F(ServiceImagesTest, A2DFileRendersTheFilesItCompletes) {
     start("products\\size=4\nproducts\\1\\product=VIL\n");
     TestProduct width = ServiceFolders::storm();
-    width.dataType = 4;
-    width.prefix = QStringLiteral("CAW");
+    width.type = 4;
     _folders.drop(ServiceFolders::storm());
     _folders.drop(width);
     ASSERT_TRUE(waitForCount(IGNORED, 2));
@@ -168,8 +167,7 @@ TEST_F(ServiceImagesTest, A2DFileRendersTheFilesItCompletes) {
     EXPECT_EQ(images(), (QStringList{QStringLiteral("TEST_W_240601120000.png"), FIRST_IMAGE}));
 
     TestProduct unused = ServiceFolders::rain(1);
-    unused.productCode = 16;
-    unused.prefix = QStringLiteral("MAX");
+    unused.code = 16;
     _folders.drop(unused, QStringLiteral("2d"));
     ASSERT_TRUE(_service.waitForLog(QStringLiteral("new 2D file arrived ") +
                                     _folders.path(QStringLiteral("2d/MAX"))));
@@ -185,7 +183,7 @@ TEST_F(ServiceImagesTest, AReplacedProductLeavesTheImageOfTheFirst) {
     ASSERT_TRUE(waitForCount(VISUALIZED, 1));
     const QByteArray image = _service.read(QStringLiteral("data/out/") + FIRST_IMAGE);
     TestProduct other = ServiceFolders::storm();
-    other.groundElevation = 7;
+    other.groundElevationM = 7;
     other.writeTo(file);
     _folders.drop(ServiceFolders::rain(1), QStringLiteral("2d"));
     ASSERT_TRUE(waitForCount(IGNORED, 1));

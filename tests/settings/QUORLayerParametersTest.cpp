@@ -110,11 +110,9 @@ TEST(QUORLayerParametersTest, ComparesProductsByWhatTheyShow) {
     TestProduct time;
     time.time = time.time.addSecs(600);
     TestProduct product;
-    product.productCode = 1;
-    product.prefix = QStringLiteral("PPZ");
+    product.code = 1;
     TestProduct configuration;
-    configuration.dataType = 3;
-    configuration.prefix = QStringLiteral("CAV");
+    configuration.type = 3;
     const struct {
         const char* name;
         QUORFile::CPtr file;

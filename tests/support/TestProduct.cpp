@@ -1,93 +1,63 @@
 // SPDX-License-Identifier: MIT
 #include "TestProduct.h"
 
-#include <QFile>
+#include "TestFiles.h"
+
 #include <QtEndian>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-namespace {
-
-template <typename T>
-void put(QByteArray& bytes, int offset, qint64 value) {
-    qToLittleEndian<T>(T(value), bytes.data() + offset);
+TestProduct::TestProduct() {
+    site = "TEST";
+    time = QDateTime({2024, 6, 1}, {12, 0, 0}, Qt::UTC);
+    points = {4, 4, 3};
+    stepsCm = {100000, 100000, 50000};
+    radar = {1500, 1500, 0};
+    latitude = 60.0;
+    longitude = 25.0;
+    groundElevationM = 100;
+    radarHeightM = 20;
+    prf = 1000;
+    wavelength = 533;
+    earthRadiusCm = 637100000;
+    inverseFlattening = 0;
 }
-
-quint32 binaryAngle(double degrees) {
-    return quint32(qint64(std::llround(degrees / 360.0 * 4294967296.0)));
-}
-
-} // namespace
 
 TestProduct TestProduct::sri() {
     TestProduct product;
-    product.productCode = 32;
-    product.dataType = 13;
-    product.itemSize = 2;
-    product.zPoints = 1;
-    product.prefix = QStringLiteral("SRI");
-    product.suffix = QStringLiteral(".sri");
+    product.code = Sri;
+    product.type = RainRate16;
+    product.points[2] = 1;
     return product;
 }
 
 QByteArray TestProduct::header() const {
-    QByteArray bytes(640, '\0');
-    const qint64 items = qint64(xPoints) * yPoints * zPoints;
-    put<qint16>(bytes, 0, 27);
-    put<qint32>(bytes, 4, totalSize.value_or(qint32(640 + items * itemSize)));
-    put<qint16>(bytes, 12, 26);
-    put<quint16>(bytes, 24, productCode);
-    put<quint32>(bytes, 44, QTime(0, 0).secsTo(time.time()));
-    put<quint16>(bytes, 50, time.date().year());
-    put<quint16>(bytes, 52, time.date().month());
-    put<quint16>(bytes, 54, time.date().day());
-    const int grid[] = {xStep, yStep, zStep, xPoints, yPoints, zPoints, xRadar, yRadar, zRadar};
-    for (int i = 0; i < 9; ++i) {
-        put<qint32>(bytes, 100 + 4 * i, grid[i]);
-    }
-    put<quint16>(bytes, 142, dataType);
-    put<quint8>(bytes, 158, projection);
-    bytes.replace(422, 16, site.leftJustified(16, ' ', true));
-    put<quint32>(bytes, 440, binaryAngle(latitude));
-    put<quint32>(bytes, 444, binaryAngle(longitude));
-    put<qint16>(bytes, 448, groundElevation);
-    put<qint16>(bytes, 450, radarHeight);
-    put<qint32>(bytes, 452, prf);
-    put<quint16>(bytes, 462, prfMode);
-    put<qint32>(bytes, 480, wavelength);
-    put<quint16>(bytes, 504, pulseCode);
-    put<quint32>(bytes, 552, earthRadius);
-    put<quint32>(bytes, 556, inverseFlattening);
-    return bytes;
+    return bytes().first(640);
 }
 
 QByteArray TestProduct::bytes() const {
-    QByteArray result = header();
-    for (int z = 0; z < zPoints; ++z) {
-        for (int y = 0; y < yPoints; ++y) {
-            for (int x = 0; x < xPoints; ++x) {
+    QByteArray result = ProductWriter::toBytes(*this);
+    const bool isWide = itemSize.value_or(ProductWriter::itemSize(type)) == 2;
+    for (int z = 0; z < points[2]; ++z) {
+        for (int y = 0; y < points[1]; ++y) {
+            for (int x = 0; x < points[0]; ++x) {
                 const unsigned int value = fill ? fill(x, y, z) : 1;
                 result.append(char(value & 0xff));
-                if (itemSize == 2) {
+                if (isWide) {
                     result.append(char(value >> 8));
                 }
             }
         }
     }
+    qToLittleEndian<qint32>(totalSize.value_or(qint32(result.size())), result.data() + 4);
     return result;
 }
 
 QString TestProduct::fileName() const {
-    return prefix + time.toString(QStringLiteral("yyMMddHHmmss")) + suffix;
+    const QString name = ProductWriter::fileName(*this);
+    return prefix.isEmpty() ? name : prefix + name.mid(3);
 }
 
 void TestProduct::writeTo(const QString& path) const {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << qPrintable(path);
-    const QByteArray content = bytes();
-    ASSERT_EQ(file.write(content), content.size());
+    writeFile(path, bytes());
 }
 
 QString TestProduct::write(const QString& folder) const {

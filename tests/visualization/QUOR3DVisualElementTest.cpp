@@ -50,7 +50,7 @@ const QString COLORS = QStringLiteral("[COLORSCALE%201]\nname=Default\npoints\\s
 /// 12 x 12 x 12 points with a block of 40 dBZ from 4 to 7 and 20 dBZ around it from 2 to 9.
 TestProduct blockProduct() {
     TestProduct product;
-    product.xPoints = product.yPoints = product.zPoints = 12;
+    product.points = {12, 12, 12};
     product.fill = [](int x, int y, int z) {
         const auto within = [&](int low, int high) {
             return std::min({x, y, z}) >= low && std::max({x, y, z}) <= high;
@@ -131,8 +131,7 @@ TEST_F(QUOR3DVisualElementTest, surfacesEncloseTheirValuesInTheirColors) {
 
 TEST_F(QUOR3DVisualElementTest, dataAreCleanedReducedAndSmoothed) {
     TestProduct product = blockProduct();
-    product.dataType = 9;
-    product.itemSize = 2;
+    product.type = 9;
     product.fill = [](int x, int, int z) { return z == 0 ? 65535U : unsigned(1000 * x); };
     const QUORFile::CPtr file = makeFile(product);
 
@@ -164,9 +163,7 @@ TEST_F(QUOR3DVisualElementTest, smallGridsAndWildFactorsAreDrawn) {
             for (const int shrink : {-3, 1, 2, 4, 7, 2000000000}) {
                 SCOPED_TRACE(QStringLiteral("%1 %2 %3").arg(points).arg(levels).arg(shrink).toStdString());
                 TestProduct product;
-                product.xPoints = points;
-                product.yPoints = points + 1;
-                product.zPoints = levels;
+                product.points = {points, points + 1, levels};
                 product.fill = [](int, int, int) { return 100U; };
                 Record record = makeRecord(makeFile(product), {{0.0, 100}}, shrink, 1e9);
                 record.setDataShrinkV(shrink);
@@ -186,9 +183,7 @@ TEST_F(QUOR3DVisualElementTest, smallGridsAndWildFactorsAreDrawn) {
 
 TEST_F(QUOR3DVisualElementTest, anAxisWithoutTwoWholeBlocksIsNotReduced) {
     TestProduct product;
-    product.xPoints = 9;
-    product.yPoints = 10;
-    product.zPoints = 14;
+    product.points = {9, 10, 14};
     const vtkSmartPointer<vtkImageData> image = imageOf(vtk_3D_data_create(makeFile(product), 4, 4, 0.0));
     EXPECT_EQ(image->GetDimensions()[0], 9);
     EXPECT_EQ(image->GetDimensions()[1], 2);
@@ -233,7 +228,7 @@ TEST_F(QUOR3DVisualElementTest, whatIsNotTheProductAnyMoreIsRefused) {
         {"cut", [](const TestProduct&, const QString& path) { QFile::resize(path, 2000); }},
         {"another",
          [](TestProduct product, const QString& path) {
-             product.groundElevation = 500;
+             product.groundElevationM = 500;
              product.writeTo(path);
          }},
         {"a pipe",
@@ -248,7 +243,7 @@ TEST_F(QUOR3DVisualElementTest, whatIsNotTheProductAnyMoreIsRefused) {
          }},
         {"an impossible header",
          [](TestProduct product, const QString& path) {
-             product.xStep = 0;
+             product.stepsCm[0] = 0;
              product.writeTo(path);
          }},
     };

@@ -24,9 +24,8 @@ namespace {
 /// A dense ball of echoes 20 km wide around the site, reaching from the ground to 6 km.
 TestProduct ball() {
     TestProduct product;
-    product.xPoints = product.yPoints = 41;
-    product.zPoints = 13;
-    product.xRadar = product.yRadar = 20000;
+    product.points = {41, 41, 13};
+    product.radar = {20000, 20000, 0};
     product.fill = [](int x, int y, int z) {
         const double r = std::hypot((x - 20) / 10.0, (y - 20) / 10.0, (z - 6) / 6.0);
         return r < 1.0 ? unsigned(100.0 + 80.0 * (1.0 - r)) : 0U;

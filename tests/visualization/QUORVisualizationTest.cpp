@@ -54,8 +54,7 @@ protected:
             ASSERT_TRUE(QDir().mkpath(path(folder)));
         }
         _volume.fill = [](int x, int, int) { return unsigned(60 + 20 * x); };
-        _volume.xRadar = 2000;
-        _volume.zRadar = 3000;
+        _volume.radar = {2000, 1500, 3000};
         writeVolume();
         TestProduct::sri().write(path(QStringLiteral("2d")));
         _volume.time = _volume.time.addSecs(300);
@@ -205,12 +204,10 @@ TEST_F(QUORVisualizationTest, theRingsFollowTheHalfDiagonal) {
                 {24000, 32000, true, 20000, "D: radius(km)=20"},
                 {24001, 32000, true, 40000, "D: radius(km)=40"},
                 {120000, 22000, false, 40000, "D: radius(NM)=40"}};
-    _volume.xPoints = 2;
-    _volume.yPoints = 2;
+    _volume.points = {2, 2, 3};
     for (const auto& row : rows) {
         _volume.time = _volume.time.addSecs(1);
-        _volume.xStep = row.length * 100;
-        _volume.yStep = row.width * 100;
+        _volume.stepsCm = {row.length * 100, row.width * 100, 50000};
         writeVolume();
     }
     int second = 0;
@@ -310,7 +307,7 @@ TEST_F(QUORVisualizationTest, whatTheFrameLacksLeavesItsLayersAlone) {
 
 TEST_F(QUORVisualizationTest, aProductThatCannotBeDrawnDrawsNothing) {
     _volume.time = _volume.time.addSecs(1);
-    _volume.zStep = 0;
+    _volume.stepsCm[2] = 0;
     writeVolume();
     build(makeFrame("240601120501"));
     EXPECT_EQ(_log.count(QStringLiteral("E: Tried to load invalid 3D data file: ")), 1);

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <sys/resource.h>
+
+/// Overwrites the file, making the folders above it; a test failure when that is not possible.
+void writeFile(const QString& path, const QByteArray& bytes);
+/// Empty when the file cannot be read.
+QByteArray readFile(const QString& path);
+
+/// While it lives this process has no more than that: of RLIMIT_FSIZE, a disk that is full after so many
+/// bytes of a file, or of RLIMIT_NOFILE.
+class ResourceLimit {
+public:
+    ResourceLimit(__rlimit_resource resource, rlim_t most);
+    ~ResourceLimit();
+    ResourceLimit(const ResourceLimit&) = delete;
+    ResourceLimit& operator=(const ResourceLimit&) = delete;
+
+private:
+    __rlimit_resource _resource;
+    rlimit _previous{};
+};
