@@ -37,7 +37,7 @@ protected:
     void addTiles(const QStringList& names) const {
         static const QByteArray bytes = TerrainTiles::srtm([](double n, double) { return int(100 * n); });
         for (const QString& name : names) {
-            TerrainTiles::write(_tiles + QLatin1Char('/') + name + QStringLiteral(".hgt"), bytes);
+            writeFile(_tiles + QLatin1Char('/') + name + QStringLiteral(".hgt"), bytes);
         }
     }
     QUORTerrainDir::Ptr open() const {
@@ -78,8 +78,8 @@ TEST_F(TerrainDir, namesPlacesAndCacheFiles) {
 
 TEST_F(TerrainDir, scansWhatIsATileAndNamesTheRest) {
     addTiles({"N46E007", "N46E008", "nonsense"});
-    TerrainTiles::write(_tiles + "/N47E007.hgt", "short");
-    TerrainTiles::write(_tiles + "/readme.txt", "text");
+    writeFile(_tiles + "/N47E007.hgt", "short");
+    writeFile(_tiles + "/readme.txt", "text");
     QDir(_tiles).mkdir("N48E007.hgt");
     EXPECT_EQ(open()->getTiles().keys(), QStringList({"N46E7", "N46E8"}));
     EXPECT_TRUE(_log.contains(QStringLiteral("Scanning 5 terrain files..")));
@@ -107,11 +107,11 @@ TEST_F(TerrainDir, seesWhatHasComeSinceTheScan) {
     sees("no directory yet", false);
     QDir().mkdir(late);
     sees("a directory", false);
-    TerrainTiles::write(late + "/N46E007.hgt", "a copy that has just begun");
+    writeFile(late + "/N46E007.hgt", "a copy that has just begun");
     sees("a new file", true);
-    TerrainTiles::write(late + "/lock", "no tile");
+    writeFile(late + "/lock", "no tile");
     sees("another file", false);
-    TerrainTiles::write(late + "/N46E007.hgt", TerrainTiles::srtm([](double, double) { return 1; }));
+    writeFile(late + "/N46E007.hgt", TerrainTiles::srtm([](double, double) { return 1; }));
     sees("a file that has grown into a tile", true);
     EXPECT_EQ(directory.getTiles().size(), 1);
     QDir(late).rename(late, late + "2");
@@ -237,7 +237,7 @@ TEST_F(TerrainDir, makesADamagedBlockAgainOnce) {
     addTiles({"N46E007"});
     ASSERT_TRUE(open()->getTerrainSet(_projection, _corner1, _corner2)->loadFiles(_noAbort));
     const QString victim = _cache + "/TC04_SRTM3_aeqd_N46.5E7.5_N46E7.vtk";
-    TerrainTiles::write(victim, "# vtk DataFile Version 5.1\nforeign\n");
+    writeFile(victim, "# vtk DataFile Version 5.1\nforeign\n");
     for (const int repairs : {1, 0}) {
         _log.clear();
         const QUORTerrainSet::Ptr set = open()->getTerrainSet(_projection, _corner1, _corner2);
@@ -255,7 +255,7 @@ TEST_F(TerrainDir, makesADamagedBlockAgainOnce) {
 
 TEST_F(TerrainDir, showsTerrainThatCannotBeCached) {
     addTiles({"N46E007"});
-    TerrainTiles::write(_dir.filePath(QStringLiteral("file")), "in the way");
+    writeFile(_dir.filePath(QStringLiteral("file")), "in the way");
     for (const QString& cache : {QString(), _dir.filePath(QStringLiteral("file/cache"))}) {
         QUORTerrainDir directory(_tiles, cache);
         directory.scanFiles();

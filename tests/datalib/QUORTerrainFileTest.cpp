@@ -25,7 +25,7 @@ class TerrainFile : public testing::Test {
 protected:
     QString path(const QString& name) const { return _dir.filePath(name); }
     QUORTerrainFile writeTile(const QString& name, const QByteArray& bytes) const {
-        TerrainTiles::write(path(name), bytes);
+        writeFile(path(name), bytes);
         QUORTerrainFile tile(path(name));
         tile.loadFileInfo();
         return tile;
@@ -208,7 +208,7 @@ TEST_F(TerrainFile, refusesWhatChangedSinceTheScanOrCannotBePlaced) {
     QUORTerrainFile tile = writeTile("N42E001.hgt", whole);
     const auto here = TerrainTiles::projection(42.0, 1.0);
     for (const QByteArray& bytes : {whole.chopped(2), whole + "more", QByteArray()}) {
-        TerrainTiles::write(tile.getFileName(), bytes);
+        writeFile(tile.getFileName(), bytes);
         EXPECT_FALSE(tile.convertData(here, path("block.vtk")));
     }
     QFile::remove(tile.getFileName());
@@ -268,15 +268,15 @@ TEST_F(TerrainFile, takesOnlyWholeBlocksOfItsProjectionFromTheCache) {
     QFile foreign(path("o.vtk"));
     ASSERT_TRUE(foreign.open(QIODevice::ReadOnly));
     const std::pair<const char*, std::function<void()>> damages[] = {
-        {"cut mesh", [&] { TerrainTiles::write(mesh, meshBytes.left(meshBytes.size() / 2)); }},
-        {"one flipped bit", [&] { TerrainTiles::write(mesh, flipped); }},
-        {"another version", [&] { TerrainTiles::write(mesh, version); }},
-        {"negative count", [&] { TerrainTiles::write(mesh, counts); }},
-        {"empty mesh", [&] { TerrainTiles::write(mesh, {}); }},
+        {"cut mesh", [&] { writeFile(mesh, meshBytes.left(meshBytes.size() / 2)); }},
+        {"one flipped bit", [&] { writeFile(mesh, flipped); }},
+        {"another version", [&] { writeFile(mesh, version); }},
+        {"negative count", [&] { writeFile(mesh, counts); }},
+        {"empty mesh", [&] { writeFile(mesh, {}); }},
         {"no mesh at all", [&] { QFile::remove(mesh); }},
-        {"a text", [&] { TerrainTiles::write(mesh, "hello\nworld\n"); }},
-        {"another earth", [&] { TerrainTiles::write(mesh, foreign.readAll()); }},
-        {"cut texture", [&] { TerrainTiles::write(texture, textureBytes.left(textureBytes.size() / 2)); }},
+        {"a text", [&] { writeFile(mesh, "hello\nworld\n"); }},
+        {"another earth", [&] { writeFile(mesh, foreign.readAll()); }},
+        {"cut texture", [&] { writeFile(texture, textureBytes.left(textureBytes.size() / 2)); }},
         {"no texture", [&] { QFile::remove(texture); }},
         {"another picture", [&] { other.save(texture); }},
         {"a folder", [&] { QFile::remove(texture), QDir().mkdir(texture); }},

@@ -3,6 +3,7 @@
 
 #include "QUORDtedLayout.h"
 #include "QUORGeoProjection.h"
+#include "TestFiles.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -43,12 +44,6 @@ inline QByteArray dted(const QByteArray& lonLatOrigin, const Land& land) {
         }
     }
     return bytes;
-}
-
-inline void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << qPrintable(path);
-    ASSERT_EQ(file.write(bytes), bytes.size());
 }
 
 inline QUORGeoProjection::CPtr projection(double lat, double lon,

@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "QUORToolMessages.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,10 +15,8 @@
 namespace {
 
 void writeScript(const QString& path, const QByteArray& commands) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("#!/bin/sh\n" + commands);
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    writeFile(path, "#!/bin/sh\n" + commands);
+    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "QUORConfig.h"
 #include "ScratchHome.h"
 #include "ServiceFolders.h"
+#include "TestFiles.h"
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
@@ -34,9 +35,7 @@ protected:
 
     void writeSettings(const QByteArray& main, const QByteArray& background) {
         ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"), QString::fromUtf8(main));
-        QFile file(_bgFile);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(background);
+        writeFile(_bgFile, background);
     }
 
     QTemporaryDir _dir;

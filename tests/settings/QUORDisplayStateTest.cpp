@@ -20,39 +20,6 @@ public:
 
 class ForeignParameters : public QUORLayerParameters {};
 
-TEST(QUORDisplayStateTest, BuildsTheFixedTree) {
-    const struct {
-        int group;
-        int key;
-        const char* name;
-        int order;
-    } rows[] = {{10, 11, "LAYER_3DOUTLINE", 301},  {10, 12, "LAYER_3DPRODUCT", 200},
-                {10, 13, "LAYER_2DPRODUCT", 100},  {40, 41, "LAYER_3DTERRAIN", 0},
-                {40, 42, "LAYER_LATLONGRID", 101}, {40, 44, "LAYER_RANGERINGS", 110},
-                {40, 43, "LAYER_GEOLABELS", 300}};
-    const QUORDisplayState state;
-    EXPECT_EQ(state.getName(), QStringLiteral("Default"));
-    ASSERT_EQ(state.getMembers().size(), 2);
-    EXPECT_EQ(state.getGroup(10)->getName(), QStringLiteral("GROUP_RADARLAYERS"));
-    EXPECT_EQ(state.getGroup(40)->getName(), QStringLiteral("GROUP_GEOLAYERS"));
-    QVector<QUORDisplayLayer::Ptr> layers;
-    for (const auto& group : state.getMembers()) {
-        EXPECT_TRUE(group->isVisible() && group->isOpen() && group->getOpacity() == 100);
-        EXPECT_EQ(group->getOrder(), 1);
-        layers.append(group->getMembers());
-    }
-    ASSERT_EQ(layers.size(), qsizetype(std::size(rows)));
-    for (std::size_t i = 0; i < std::size(rows); ++i) {
-        const QUORDisplayLayer& layer = *layers.at(qsizetype(i));
-        EXPECT_EQ(layer.getKey(), rows[i].key);
-        EXPECT_EQ(layer.getName(), QString::fromLatin1(rows[i].name));
-        EXPECT_EQ(layer.getOrder(), rows[i].order);
-        EXPECT_TRUE(layer.isVisible() && layer.getOpacity() == 100);
-        EXPECT_EQ(state.getGroup(rows[i].group)->getLayer(rows[i].key), layers.at(qsizetype(i)));
-    }
-    EXPECT_TRUE(state.has2DEnabled());
-}
-
 TEST(QUORDisplayStateTest, FindsGroupsAndLayersByKey) {
     const QUORDisplayState state;
     EXPECT_EQ(state.getLayer(10), state.getGroup(10));

@@ -22,25 +22,6 @@ QUORGeneralSettings readFrom(const QString& lines) {
     return QUORGeneralSettings();
 }
 
-TEST(QUORGeneralSettingsTest, HasDefaults) {
-    const QUORGeneralSettings settings = readFrom({});
-    EXPECT_FALSE(settings.isLiveMode());
-    EXPECT_EQ(settings.getLiveModeSite() + settings.getLiveMode3DProduct() + settings.getLiveMode2DProduct(),
-              QString());
-    EXPECT_TRUE(settings.is24hClock());
-    EXPECT_TRUE(settings.isMetricUnits());
-    EXPECT_EQ(settings.getLatLonFormat(), 0);
-    EXPECT_EQ(settings.getGeoDir() + settings.get3DDir() + settings.get2DDir(), QString());
-    EXPECT_EQ(settings.getVerticalScale(), 5.0);
-    EXPECT_EQ(settings.getHorizontalDataShrink(), 4);
-    EXPECT_EQ(settings.getVerticalDataShrink(), 1);
-    EXPECT_EQ(settings.getDataSmoothing(), 1.0);
-    EXPECT_EQ(settings.getTimeWindow(), 180);
-    EXPECT_EQ(settings.getAnimationTimeSpan() + settings.getAnimationFrameInterval() +
-                  settings.getAnimationLoopMode() + settings.getAnimationSpeed(),
-              0);
-}
-
 TEST(QUORGeneralSettingsTest, KeepsValuesInRange) {
     const LogCapture log;
     const QUORGeneralSettings settings = readFrom(QStringLiteral(

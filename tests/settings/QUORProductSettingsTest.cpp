@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "ScratchHome.h"
+#include "TestFiles.h"
 
 #include "QUORDataType.h"
 
@@ -87,9 +88,7 @@ TEST_F(QUORProductSettingsTest, AddsOnlyWhatAGroupLacks) {
             EXPECT_EQ(settings.getVolumeValueLow(), row.volumeLow);
             EXPECT_EQ(settings.getVolumeValueHigh(), 66.5);
         }
-        QFile file(QSettings().fileName());
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const QString content = QString::fromUtf8(file.readAll());
+        const QString content = QString::fromUtf8(readFile(QSettings().fileName()));
         EXPECT_TRUE(content.contains(first)) << qPrintable(content);
         EXPECT_TRUE(content.contains(QStringLiteral("rendering=surface"))) << qPrintable(content);
     }

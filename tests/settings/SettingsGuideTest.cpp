@@ -4,10 +4,10 @@
 #include "QUORGeneralSettings.h"
 #include "QUORProductSettings.h"
 #include "ScratchHome.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QSettings>
 
@@ -40,9 +40,7 @@ TEST(SettingsGuideTest, NamesEveryKeyAndDefault) {
     QUORProductSettings(QStringLiteral("CAPPI"), QStringLiteral("Z"), QUORDataType(2));
     qunsetenv(QUORBackgroundSettings::FILE_VARIABLE);
 
-    QFile file(QStringLiteral(QUOR_SETTINGS_GUIDE));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QString guide = QString::fromUtf8(file.readAll());
+    const QString guide = QString::fromUtf8(readFile(QStringLiteral(QUOR_SETTINGS_GUIDE)));
     int found = 0;
     for (const QString& name : {QSettings().fileName(), background}) {
         const QSettings stored(name, QSettings::NativeFormat);

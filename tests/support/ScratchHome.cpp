@@ -2,13 +2,11 @@
 #include "ScratchHome.h"
 
 #include "QUORSystem.h"
+#include "TestFiles.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QSettings>
-
-#include <gtest/gtest.h>
 
 ScratchHome::ScratchHome() {
     const QByteArray home = _dir.path().toLocal8Bit();
@@ -29,10 +27,11 @@ QString ScratchHome::settingsDirectory() {
 }
 
 void ScratchHome::writeSettings(const QString& name, const QString& text) {
-    QDir().mkpath(settingsDirectory());
-    QFile file(settingsDirectory() + QLatin1Char('/') + name);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << qPrintable(file.fileName());
-    file.write(text.toUtf8());
+    writeFile(settingsDirectory() + QLatin1Char('/') + name, text.toUtf8());
+}
+
+void ScratchHome::writePackaged(const QString& name, const QString& text) {
+    writeFile(QFile::decodeName(qgetenv("XDG_CONFIG_DIRS")) + QStringLiteral("/QUOR/") + name, text.toUtf8());
 }
 
 void ScratchHome::removeSettings(const QString& name) {

@@ -15,6 +15,8 @@ public:
     static QString settingsDirectory();
     /// Writes a file below the user's settings directory, making it where needed.
     static void writeSettings(const QString& name, const QString& text);
+    /// The same in the system's scope, which the user's files come before.
+    static void writePackaged(const QString& name, const QString& text);
     static void removeSettings(const QString& name);
 
 private:

@@ -3,6 +3,7 @@
 
 #include "QUORFile.h"
 #include "QUORGeoProjection.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -38,12 +39,6 @@ SampleProduct unusualProduct() {
         product.values.push_back(std::uint16_t(i + 1));
     }
     return product;
-}
-
-QByteArray readAll(const QString& path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
 }
 
 } // namespace
@@ -109,7 +104,7 @@ TEST(ProductWriter, CellsLieWhereTheFormatPutsThem) {
         product.type = type;
         const QString path = dir.filePath(QStringLiteral("x"));
         ASSERT_EQ(ProductWriter::write(product, path), QString());
-        const QByteArray bytes = readAll(path);
+        const QByteArray bytes = readFile(path);
         const int size = QUORFile(path).getItemSize();
         ASSERT_EQ(size, type == SampleProduct::Reflectivity8 ? 1 : 2);
         const int x = 3, y = 2, z = 1;
@@ -166,8 +161,7 @@ TEST(ProductWriter, OneByteVelocityIsFolded) {
 
 TEST(ProductWriter, FailureSaysWhereAndLeavesNothingBehind) {
     const QTemporaryDir dir;
-    QFile blocker(dir.filePath(QStringLiteral("file")));
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    writeFile(dir.filePath(QStringLiteral("file")), {});
     QDir(dir.path()).mkdir(QStringLiteral("taken"));
     for (const QString& name : {QStringLiteral("taken"), QStringLiteral("file/x")}) {
         const QString path = dir.filePath(name);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QUORFile.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QProcess>
@@ -85,8 +86,7 @@ TEST(SampleCommand, WritesLandmarks) {
 
 TEST(SampleCommand, SaysWhatCouldNotBeWritten) {
     const QTemporaryDir dir;
-    QFile blocker(dir.filePath(QStringLiteral("3d")));
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    writeFile(dir.filePath(QStringLiteral("3d")), {});
     const struct {
         QStringList arguments;
         QString named;

@@ -2,14 +2,12 @@
 #include "QUORLog.h"
 
 #include "LogCapture.h"
+#include "TestFiles.h"
 
 #include <QDateTime>
-#include <QFile>
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <sys/resource.h>
 #include <thread>
 #include <vector>
 
@@ -21,11 +19,6 @@ void logAllLevels() {
     log.logWarning(QStringLiteral("two"));
     log.logNotice(QStringLiteral("three"));
     log.logDebug(QStringLiteral("four"));
-}
-
-QByteArray readAll(const QString& name) {
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -55,7 +48,7 @@ TEST(QUORLogTest, FileLinesAreAppendedWithATimestampAndConsoleLinesHaveNone) {
         log.logInit(QStringLiteral("prog"), name);
         log.logError(text);
     }
-    const QList<QByteArray> lines = readAll(name).split('\n');
+    const QList<QByteArray> lines = readFile(name).split('\n');
     ASSERT_EQ(lines.size(), 5);
     EXPECT_TRUE(lines[0].endsWith(" prog starting"));
     EXPECT_TRUE(lines[1].endsWith(" E: a"));
@@ -77,17 +70,13 @@ TEST(QUORLogTest, AFullDiskLosesOnlyTheLinesOfThatTime) {
     const QString name = dir.filePath(QStringLiteral("x.log"));
     QUORLog::Instance().logOpen(name);
     QUORLog::Instance().logError(QStringLiteral("before"));
-    rlimit previous{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &previous), 0);
-    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit tight{rlim_t(readAll(name).size() + 10), previous.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
-    QUORLog::Instance().logError(QStringLiteral("cut"));
-    QUORLog::Instance().logError(QStringLiteral("lost"));
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &previous), 0);
-    std::signal(SIGXFSZ, previousHandler);
+    {
+        const ResourceLimit tight(RLIMIT_FSIZE, rlim_t(readFile(name).size() + 10));
+        QUORLog::Instance().logError(QStringLiteral("cut"));
+        QUORLog::Instance().logError(QStringLiteral("lost"));
+    }
     QUORLog::Instance().logError(QStringLiteral("after"));
-    const QList<QByteArray> lines = readAll(name).split('\n');
+    const QList<QByteArray> lines = readFile(name).split('\n');
     ASSERT_EQ(lines.size(), 4);
     EXPECT_TRUE(lines[0].endsWith("E: before"));
     EXPECT_EQ(lines[1].size(), 10);
@@ -109,24 +98,4 @@ TEST(QUORLogTest, LinesOfManyThreadsStayWhole) {
         thread.join();
     }
     EXPECT_EQ(capture.lines(), QStringList(1000, QStringLiteral("N: ") + text));
-}
-
-TEST(QUORLogTest, HistoryAndStatusGoToAClientAndNotToTheLog) {
-    const LogCapture capture;
-    QStringList received;
-    QUORLog& log = QUORLog::Instance();
-    QObject client;
-    QObject::connect(&log, qOverload<const QString&>(&QUORLog::historyAdd), &client,
-                     [&](const QString& line) { received.append(line); });
-    QObject::connect(&log, qOverload<const QStringList&>(&QUORLog::historyAdd), &client,
-                     [&](const QStringList& lines) { received.append(lines); });
-    QObject::connect(&log, &QUORLog::statusAdd, &client, [&](const QString& line, int seconds) {
-        received.append(line + QString::number(seconds));
-    });
-    log.logHistory(QStringLiteral("h"));
-    log.logHistory(QStringList{QStringLiteral("i"), QStringLiteral("j")});
-    log.logStatus(QStringLiteral("s"), 5);
-    EXPECT_EQ(received, (QStringList{QStringLiteral("h"), QStringLiteral("i"), QStringLiteral("j"),
-                                     QStringLiteral("s5")}));
-    EXPECT_EQ(capture.lines(), QStringList{QStringLiteral("D: Update status")});
 }

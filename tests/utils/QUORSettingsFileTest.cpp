@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "QUORSettingsFile.h"
 
+#include "TestFiles.h"
+
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -19,11 +20,10 @@ TEST(QUORSettingsFileTest, ReadsAllOrNothing) {
     QFile huge(dir.filePath(QStringLiteral("huge")));
     ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(1) << 30));
     const auto nest = [&dir](const QByteArray& kind) { // lists in lists: reading them ends the process
-        QFile nested(dir.filePath(QString::fromLatin1(kind)));
-        EXPECT_TRUE(nested.open(QIODevice::WriteOnly));
-        nested.write("[A]\nk=\"" + kind + "(" + QByteArray("\\0\\0\\0\\t\\0\\0\\0\\x1").repeated(30000) +
-                     ")\"\n");
-        return nested.fileName();
+        const QString nested = dir.filePath(QString::fromLatin1(kind));
+        const QByteArray lists = QByteArray("\\0\\0\\0\\t\\0\\0\\0\\x1").repeated(30000);
+        writeFile(nested, "[A]\nk=\"" + kind + "(" + lists + ")\"\n");
+        return nested;
     };
     const QString kernel = QStringLiteral("/proc/self/");
     const struct {
@@ -73,11 +73,9 @@ TEST(QUORSettingsFileTest, AgreesWithTheSettingsLayer) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text.constData());
         EXPECT_EQ(QUORSettingsFile::findBadLine(row.text), row.badLine);
-        QFile file(dir.filePath(QString::number(++number)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(row.text);
-        file.close();
-        const QSettings settings(file.fileName(), QSettings::NativeFormat);
+        const QString path = dir.filePath(QString::number(++number));
+        writeFile(path, row.text);
+        const QSettings settings(path, QSettings::NativeFormat);
         EXPECT_EQ(settings.value(row.key).toString(), row.value);
         if (row.badLine == 0) {
             EXPECT_EQ(QUORSettingsFile::withoutOddities(row.text), row.kept);

@@ -15,14 +15,6 @@
 
 namespace {
 
-void writePackaged(const QString& text) {
-    const QString folder = QFile::decodeName(qgetenv("XDG_CONFIG_DIRS")) + QStringLiteral("/QUOR");
-    QDir().mkpath(folder);
-    QFile file(folder + QStringLiteral("/Packaged.conf"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text.toUtf8());
-}
-
 TEST(QUORSettingsReaderTest, ReadsHandWrittenValues) {
     enum Type { Bool, Int, Double, Text };
     const struct {
@@ -139,8 +131,9 @@ TEST(QUORSettingsReaderTest, FindsTheGeneralGroupInEveryForm) {
 }
 
 TEST(QUORSettingsReaderTest, TakesAnArrayFromOneFile) {
-    writePackaged(QStringLiteral("[%General]\nkey=packaged\nonly=packaged\n[A]\n"
-                                 "a\\size=2\na\\1\\x=10\na\\2\\x=20\nb\\size=1\nb\\1\\x=30\n"));
+    ScratchHome::writePackaged(QStringLiteral("Packaged.conf"),
+                               QStringLiteral("[%General]\nkey=packaged\nonly=packaged\n[A]\n"
+                                              "a\\size=2\na\\1\\x=10\na\\2\\x=20\nb\\size=1\nb\\1\\x=30\n"));
     ScratchHome::writeSettings(
         QStringLiteral("Packaged.conf"),
         QStringLiteral("key=user\n[A]\na\\size=2\na\\1\\x=1\nb\\1\\x=99\nb\\2\\x=99\n"));
@@ -210,7 +203,7 @@ TEST(QUORSettingsReaderTest, WaitsForASaveInPlace) {
 }
 
 TEST(QUORSettingsReaderTest, FallsBackToThePackagedFileAlone) {
-    writePackaged(QStringLiteral("x=1\n"));
+    ScratchHome::writePackaged(QStringLiteral("Packaged.conf"), QStringLiteral("x=1\n"));
     const QString file = QUORSettingsReader::findUserFile(QStringLiteral("Packaged"));
     QDir().mkpath(ScratchHome::settingsDirectory());
     ASSERT_EQ(::mkfifo(qPrintable(file), 0600), 0);

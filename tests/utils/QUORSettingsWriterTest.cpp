@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "ScratchHome.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -21,16 +22,8 @@ class QUORSettingsWriterTest : public testing::Test {
 protected:
     QString path(const QString& name = QStringLiteral("a/b/test.conf")) const { return _dir.filePath(name); }
 
-    void put(const QByteArray& text) {
-        QDir().mkpath(QFileInfo(path()).path());
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(text);
-    }
-    QByteArray content() const {
-        QFile file(path());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    void put(const QByteArray& text) { writeFile(path(), text); }
+    QByteArray content() const { return readFile(path()); }
     bool save(const QString& group, const QString& key, const QUORSettingsWriter::Value& value) {
         QSettings settings(path(), QSettings::NativeFormat);
         QUORSettingsWriter writer(settings, group);
@@ -169,12 +162,7 @@ TEST_F(QUORSettingsWriterTest, AddsWhatIsMissing) {
 
 TEST_F(QUORSettingsWriterTest, StoresArraysThatOnlySeemStored) {
     const QString name = QStringLiteral("OnlySeems");
-    const QString folder = QFile::decodeName(qgetenv("XDG_CONFIG_DIRS")) + QStringLiteral("/QUOR");
-    QDir().mkpath(folder);
-    QFile packaged(folder + QLatin1Char('/') + name + QStringLiteral(".conf"));
-    ASSERT_TRUE(packaged.open(QIODevice::WriteOnly));
-    packaged.write("[MINE]\nlist\\size=1\nlist\\1\\x=5\n");
-    packaged.close();
+    ScratchHome::writePackaged(name + QStringLiteral(".conf"), "[MINE]\nlist\\size=1\nlist\\1\\x=5\n");
     ScratchHome::writeSettings(name + QStringLiteral(".conf"), QStringLiteral("[MINE]\nlist\\1\\x=7\n"));
     for (const int value : {5, 7}) {
         QSettings settings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("QUOR"), name);

@@ -6,6 +6,7 @@
 #include "ProductWriter.h"
 #include "QUORColormap.h"
 #include "QUORFile.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -44,9 +45,7 @@ protected:
     }
     QUORLayerParameters2d recordOf(const QByteArray& bytes, const QString& name) {
         path = folder.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        file.close();
+        writeFile(path, bytes);
         QUORLayerParameters2d record;
         record.setDataFile(std::make_shared<const QUORFile>(path));
         return record;

@@ -4,8 +4,7 @@
 #include "LogCapture.h"
 #include "QUORDataType.h"
 #include "ScratchHome.h"
-
-#include <QFile>
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -252,9 +251,7 @@ TEST_F(QUORColormapTest, theBarIsLegibleAndItsLabelFormatSafe) {
 }
 
 TEST_F(QUORColormapTest, thePackagedScalesCoverEveryDataType) {
-    QFile packaged(QStringLiteral(QUOR_SHARE_DIRECTORY "/QUOR3DColors.conf"));
-    ASSERT_TRUE(packaged.open(QIODevice::ReadOnly));
-    writeColors(QString::fromUtf8(packaged.readAll()));
+    writeColors(QString::fromUtf8(readFile(QStringLiteral(QUOR_SHARE_DIRECTORY "/QUOR3DColors.conf"))));
     for (const QUORDataType::Row& row : QUORDataType::getRows()) {
         SCOPED_TRACE(row.code);
         const QUORDataType type(row.code, 1000, 1, 533, 0);

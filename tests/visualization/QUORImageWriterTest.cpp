@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "QUORImageWriter.h"
 
+#include "TestFiles.h"
+
 #include <vtkImageData.h>
 #include <vtkNew.h>
 
@@ -13,9 +15,6 @@
 #include <QImage>
 #include <QTemporaryDir>
 
-#include <csignal>
-#include <cstdlib>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -80,9 +79,7 @@ TEST(QUORImageWriterTest, EachFormatReadsBackAsTheSamePicture) {
         QUORImageWriter writer(path);
         ASSERT_TRUE(writer.canOpen()) << qPrintable(writer.getError());
         ASSERT_TRUE(writer.write(picture, row.format)) << qPrintable(writer.getError());
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << row.name;
-        EXPECT_TRUE(file.read(4).startsWith(row.magic)) << row.name;
+        EXPECT_TRUE(readFile(path).startsWith(row.magic)) << row.name;
         struct stat info = {};
         ::stat(QFile::encodeName(path).constData(), &info);
         EXPECT_EQ(info.st_mode & 0777U, 0644U) << row.name;
@@ -123,9 +120,6 @@ TEST(QUORImageWriterTest, TheTestForOpeningChangesNothing) {
 
 TEST(QUORImageWriterTest, AFullDiskKeepsTheOldImage) {
     const vtkSmartPointer<vtkImageData> picture = noise(400, 400);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited = {};
-    ::getrlimit(RLIMIT_FSIZE, &unlimited);
     for (int i = 0; i < 6; ++i) {
         const int format = i % 3;
         const QTemporaryDir dir;
@@ -133,16 +127,12 @@ TEST(QUORImageWriterTest, AFullDiskKeepsTheOldImage) {
         QUORImageWriter writer(path);
         ASSERT_TRUE(writer.write(picture, format));
         const auto whole = rlim_t(QFileInfo(path).size());
-        QFile old(path);
-        ASSERT_TRUE(old.open(QIODevice::WriteOnly));
-        old.write("the old image");
-        old.close();
-        // The last bytes matter as much: some encoders do not look at what becomes of them.
-        const rlimit small{i < 3 ? 20000 : whole - 1, unlimited.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &small);
-        const bool written = writer.write(picture, format);
-        ::setrlimit(RLIMIT_FSIZE, &unlimited);
-        EXPECT_FALSE(written) << format;
+        writeFile(path, "the old image");
+        {
+            // The last bytes matter as much: some encoders do not look at what becomes of them.
+            const ResourceLimit small(RLIMIT_FSIZE, i < 3 ? 20000 : whole - 1);
+            EXPECT_FALSE(writer.write(picture, format)) << format;
+        }
         EXPECT_FALSE(writer.getError().isEmpty()) << format;
         EXPECT_EQ(QFileInfo(path).size(), 13) << format;
         EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1) << format;
