@@ -212,19 +212,6 @@ TEST_F(QUORDirectoryTest, ClosestMatchPrefersTheFirstOfEqualOnes) {
     EXPECT_EQ(top.findLeaves(_any, _any, _any, at(12, 5), 1000).size(), 2);
 }
 
-TEST_F(QUORDirectoryTest, LatestLeavesHaveAnAgeWithinTheWindow) {
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    for (const int age : {-60, 10, 590, 600, 4000}) {
-        TestProduct product;
-        product.time = now.addSecs(-age);
-        product.write(path());
-    }
-    const QUOR3DTop top(path());
-    EXPECT_EQ(top.findLatestLeaves(_any, _any, _any, 0).size(), 5);
-    EXPECT_EQ(top.findLatestLeaves(_any, _any, _any, 600).size(), 2);
-    EXPECT_EQ(top.findLatestLeaves(_any, _any, QStringLiteral("V"), 600).size(), 0);
-}
-
 TEST_F(QUORDirectoryTest, FindsTheMatchingFilesOfBothTrees) {
     const QString volume = write("S*", {12, 0});
     const QString velocity = write("S*", {12, 2}, 3, "CAV");

