@@ -6,14 +6,12 @@
 #include "QUORLandmarkSet.h"
 #include "QUORTerrainSet.h"
 #include "ScratchHome.h"
-#include "TestProduct.h"
+#include "TestStore.h"
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <QSettings>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -28,25 +26,12 @@ const QString RELOADED_TERRAIN = QStringLiteral("Terrain data not available or p
 
 class QUORDataFrameTest : public testing::Test {
 protected:
-    QUORDataFrameTest() {
-        for (const QString& name : {QStringLiteral("3d"), QStringLiteral("2d"), QStringLiteral("geo")}) {
-            QDir().mkpath(_dir.filePath(name));
-        }
-    }
-
-    void write3d(const TestProduct& product) const { product.write(_dir.filePath(QStringLiteral("3d"))); }
+    void write3d(const TestProduct& product) const { product.write(_store.folder("3d")); }
     void write2d(int seconds, SampleProduct::Code code = SampleProduct::Sri) const {
         TestProduct product = TestProduct::sri();
         product.code = code;
         product.time = product.time.addSecs(seconds);
-        product.write(_dir.filePath(QStringLiteral("2d")));
-    }
-    /// A store over what has been written.
-    QUORDataStore::Ptr makeStore() const {
-        const auto store = std::make_shared<QUORDataStore>(nullptr);
-        store->setDirectories(_dir.filePath(QStringLiteral("3d")), _dir.filePath(QStringLiteral("2d")),
-                              _dir.filePath(QStringLiteral("geo")), _dir.filePath(QStringLiteral("cache")));
-        return store;
+        product.write(_store.folder("2d"));
     }
     static void request(QUORDataFrame& frame, const QString& moment = MOMENT, int window = 600) {
         frame.setSite(SITE);
@@ -56,8 +41,15 @@ protected:
         frame.setDataParamsTerrain(100000.0);
     }
 
+    /// Asks for that and loads it.
+    static void load(QUORDataFrame& frame, const QString& moment = MOMENT) {
+        request(frame, moment);
+        ASSERT_TRUE(frame.updateData3d());
+        frame.updateDataRest();
+    }
+
     ScratchHome _home;
-    QTemporaryDir _dir;
+    TestStore _store;
 };
 
 TEST_F(QUORDataFrameTest, LoadsWhatBelongsToAProduct) {
@@ -68,11 +60,9 @@ TEST_F(QUORDataFrameTest, LoadsWhatBelongsToAProduct) {
                                               "landmarks/2/location/lon=24\n"));
     write3d({});
     write2d(120);
-    const auto loaded = std::make_shared<QUORDataFrame>(makeStore());
+    const auto loaded = std::make_shared<QUORDataFrame>(_store.open());
     QUORDataFrame& frame = *loaded;
-    request(frame);
-    ASSERT_TRUE(frame.updateData3d());
-    frame.updateDataRest();
+    load(frame);
     EXPECT_EQ(frame.getData3d()->getTime(), MOMENT);
     ASSERT_TRUE(frame.getData2d());
     EXPECT_EQ(frame.getData2d()->getProduct(), SRI);
@@ -84,9 +74,7 @@ TEST_F(QUORDataFrameTest, LoadsWhatBelongsToAProduct) {
     ASSERT_EQ(frame.getLandmarkSet()->getLandmarks().size(), 1);
     EXPECT_EQ(frame.getLandmarkSet()->getCentre(), frame.getGeoProjection()->getReferenceLocation());
 
-    const LogCapture log;
     const QUORDataFrame copy(QUORDataFrame::CPtr{loaded});
-    EXPECT_TRUE(log.contains(QStringLiteral("D: (copy)")));
     EXPECT_EQ(copy.getData3d(), frame.getData3d());
     EXPECT_EQ(copy.getTerrainSet(), frame.getTerrainSet());
     EXPECT_EQ(copy.getUpperBound(), frame.getUpperBound());
@@ -101,7 +89,7 @@ TEST_F(QUORDataFrameTest, LoadsAgainOnlyWhatChanged) {
     write3d(first);
     write3d(later);
     write2d(0);
-    QUORDataFrame frame(makeStore());
+    QUORDataFrame frame(_store.open());
     const struct {
         const char* name;
         std::function<void()> change;
@@ -141,13 +129,9 @@ TEST_F(QUORDataFrameTest, TakesTerrainOfTheSameMapOnly) {
     ellipsoid.inverseFlattening = 298257223;
     write3d(sphere);
     write3d(ellipsoid);
-    QUORDataFrame frame(makeStore());
-    request(frame);
-    ASSERT_TRUE(frame.updateData3d());
-    frame.updateDataRest();
-    request(frame, QStringLiteral("240601120100"));
-    ASSERT_TRUE(frame.updateData3d());
-    frame.updateDataRest();
+    QUORDataFrame frame(_store.open());
+    load(frame);
+    load(frame, QStringLiteral("240601120100"));
     EXPECT_EQ(frame.getTerrainSet()->getProjection()->getInverseFlattening(),
               frame.getGeoProjection()->getInverseFlattening());
 }
@@ -162,18 +146,12 @@ TEST_F(QUORDataFrameTest, FindsTwoDimensionalDataWithinHalfTheWindow) {
     write3d(later);
     write3d(otherSite);
     write2d(400);
-    QUORDataFrame frame(makeStore());
-    request(frame);
-    ASSERT_TRUE(frame.updateData3d());
-    frame.updateDataRest();
+    QUORDataFrame frame(_store.open());
+    load(frame);
     EXPECT_FALSE(frame.getData2d()) << "400 s away, the search looks 300 s";
-    request(frame, QStringLiteral("240601120500"));
-    ASSERT_TRUE(frame.updateData3d());
-    frame.updateDataRest();
+    load(frame, QStringLiteral("240601120500"));
     EXPECT_TRUE(frame.getData2d());
-    request(frame);
-    ASSERT_TRUE(frame.updateData3d());
-    frame.updateDataRest();
+    load(frame);
     EXPECT_TRUE(frame.getData2d()) << "what is loaded is kept within the whole window";
     frame.setSite(QStringLiteral("OTHER"));
     ASSERT_TRUE(frame.updateData3d());
@@ -187,21 +165,13 @@ TEST_F(QUORDataFrameTest, LoadsInOneCall) {
     write3d(volume);
     write2d(0);
     write2d(60, SampleProduct::Max);
-    const auto store = makeStore();
-    const LogCapture log;
-    const QUORDataFrame frame(store, SITE, MOMENT, CAPPI, Z, {}, 600, 1.0);
+    const QUORDataFrame frame(_store.open(), SITE, MOMENT, CAPPI, Z, {}, 600, 1.0);
     EXPECT_EQ(frame.getProduct2d(), QStringLiteral("MAX")) << "the first in key order";
     EXPECT_NEAR(frame.getTerrainRange(), 169706.0, 1.0) << "half the diagonal of 240 km x 240 km";
-    for (const char* line :
-         {"2d product not selected -> using default.", "site: TEST", "moment: 240601120000 +/-600s",
-          "product2d: MAX", "QUORDataFrame::QUORDataFrame() finished."}) {
-        EXPECT_TRUE(log.contains(QStringLiteral("D: ") + QString::fromLatin1(line))) << line;
-    }
-    EXPECT_EQ(QUORDataFrame(store, SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0).getData2d()->getProduct(), SRI);
+    EXPECT_EQ(QUORDataFrame(_store.open(), SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0).getData2d()->getProduct(),
+              SRI);
 
-    const QUORDataFrame failed(store, SITE, QStringLiteral("990101000000"), CAPPI, Z, {}, 600, 1.0);
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Loading 3d data failed.")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Loading data frame failed.")));
+    const QUORDataFrame failed(_store.open(), SITE, QStringLiteral("990101000000"), CAPPI, Z, {}, 600, 1.0);
     const auto settings = std::make_shared<const QUORGeneralSettings>();
     EXPECT_EQ(failed.getLegend(settings), QStringList{QStringLiteral("Data not available")});
     EXPECT_EQ(failed.getDataId(settings), QStringLiteral("(No data loaded)"));
@@ -212,7 +182,7 @@ TEST_F(QUORDataFrameTest, DescribesItsProduct) {
     product.points[1] = 6;
     product.stepsCm[1] = 50000;
     write3d(product);
-    const QUORDataFrame frame(makeStore(), SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0);
+    const QUORDataFrame frame(_store.open(), SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0);
     const struct {
         bool metric;
         QStringList legend;
@@ -234,7 +204,7 @@ TEST_F(QUORDataFrameTest, StoresNoSettingsOfARefusedFile) {
     TestProduct refused;
     refused.projection = 7;
     write3d(refused);
-    QUORDataFrame frame(makeStore());
+    QUORDataFrame frame(_store.open());
     request(frame);
     ASSERT_TRUE(frame.updateData3d());
     EXPECT_EQ(frame.getProductSettings()->getVolumeValueLow(), -31.5);

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vtkCallbackCommand.h>
+#include <vtkCamera.h>
 #include <vtkGenericRenderWindowInteractor.h>
 #include <vtkNew.h>
 #include <vtkOpenGLRenderWindow.h>
@@ -13,6 +15,14 @@
 #include <vtkUnsignedCharArray.h>
 
 #include <array>
+
+/// Adds one to the count at each such event of the object, which must not outlive the count.
+inline void countEvents(vtkObject* object, unsigned long event, int& count) {
+    vtkNew<vtkCallbackCommand> counter;
+    counter->SetClientData(&count);
+    counter->SetCallback([](vtkObject*, unsigned long, void* data, void*) { ++*static_cast<int*>(data); });
+    object->AddObserver(event, counter);
+}
 
 /// A window that draws without a display, with one renderer and an interactor that synthetic events drive.
 class OffscreenScene : public ::testing::Test {
@@ -44,6 +54,17 @@ protected:
         window->Finalize();
     }
 
+    /// From above, north up and in parallel: so much of the world to each side of the point.
+    void lookDown(double range, double x = 0.0, double y = 0.0) {
+        vtkCamera* camera = renderer->GetActiveCamera();
+        camera->ParallelProjectionOn();
+        camera->SetParallelScale(range);
+        camera->SetPosition(x, y, 2.0 * range);
+        camera->SetFocalPoint(x, y, 0.0);
+        camera->SetViewUp(0.0, 1.0, 0.0);
+        camera->SetClippingRange(0.1 * range, 10.0 * range);
+    }
+
     void send(unsigned long event, int x, int y) {
         interactor->SetEventInformation(x, y);
         interactor->InvokeEvent(event);
@@ -56,11 +77,12 @@ protected:
         send(vtkCommand::LeftButtonReleaseEvent, to[0], to[1]);
     }
 
-    std::array<int, 3> pixel(int x, int y) {
+    static std::array<int, 3> pixel(vtkRenderWindow* of, int x, int y) {
         vtkNew<vtkUnsignedCharArray> rgb;
-        window->GetPixelData(x, y, x, y, 0, rgb.Get(), 0);
+        of->GetPixelData(x, y, x, y, 0, rgb.Get(), 0);
         return {rgb->GetValue(0), rgb->GetValue(1), rgb->GetValue(2)};
     }
+    std::array<int, 3> pixel(int x, int y) { return pixel(window, x, y); }
 
     vtkSmartPointer<vtkOpenGLRenderWindow> window;
     vtkNew<vtkRenderer> renderer;

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "QUORRenderer.h"
 
-#include "LogCapture.h"
+#include "OffscreenScene.h"
 #include "QUORCameraInteractor.h"
 #include "QUORCompassRepresentation.h"
 #include "QUORDepthRange.h"
 #include "QUORDisplayState.h"
 #include "QUORGeneralSettings.h"
-#include "RenderFixture.h"
+#include "QUORPointWidget.h"
+#include "RenderChecks.h"
 #include "ScratchHome.h"
+#include "TestStore.h"
 
 #include <vtkActor.h>
-#include <vtkCallbackCommand.h>
-#include <vtkCamera.h>
 #include <vtkCompassWidget.h>
 #include <vtkLight.h>
 #include <vtkLightCollection.h>
@@ -21,7 +21,6 @@
 #include <vtkPlaneSource.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
-#include <vtkRenderer.h>
 #include <vtkSphereSource.h>
 
 #include <cmath>
@@ -87,14 +86,19 @@ Item::Ptr finishedItem(const std::vector<std::pair<int, vtkProp*>>& props, const
     return item;
 }
 
-class QUORRendererTest : public testing::Test {
+class QUORRendererTest : public OffscreenScene {
 protected:
     void SetUp() override {
-        if (_view.window == nullptr) {
-            GTEST_SKIP() << "no OpenGL here: " << qPrintable(_view.error);
+        OffscreenScene::SetUp();
+        if (!IsSkipped()) {
+            window->RemoveRenderer(renderer);
+            window->SetSize(400, 300);
         }
     }
-    void TearDown() override { ScratchHome::removeSettings(QStringLiteral("QUOR3DVisStyles.conf")); }
+    void TearDown() override {
+        OffscreenScene::TearDown();
+        ScratchHome::removeSettings(QStringLiteral("QUOR3DVisStyles.conf"));
+    }
 
     static void writeStyles() {
         ScratchHome::writeSettings(
@@ -104,187 +108,146 @@ protected:
                            "[RENDERER_NIGHT]\nlight\\color\\b=0.1\n"));
     }
     std::unique_ptr<QUORRenderer> makeRenderer(bool withoutInteraction = true) {
-        return std::make_unique<QUORRenderer>(_view.window, nullptr, nullptr, withoutInteraction);
+        return std::make_unique<QUORRenderer>(window, nullptr, nullptr, withoutInteraction);
     }
-
-    TestWindow _view{400, 300};
+    QColor colorAt(int x, int y) {
+        const std::array<int, 3> rgb = pixel(x, y);
+        return QColor(rgb[0], rgb[1], rgb[2]);
+    }
 };
 
 } // namespace
 
-TEST_F(QUORRendererTest, StartsWithTheDefaultStyle) {
-    const LogCapture log;
-    const auto renderer = makeRenderer();
-    const double* background = renderer->getMainRenderer()->GetBackground();
-    EXPECT_DOUBLE_EQ(background[0], 0.15);
-    EXPECT_DOUBLE_EQ(background[2], 0.3);
-    EXPECT_DOUBLE_EQ(renderer->getColorScaleRenderer()->GetBackground()[1], 0.8);
-    auto* marker = renderer->getSiteMarker();
-    EXPECT_DOUBLE_EQ(marker->GetProperty()->GetColor()[0], 0.3);
-    EXPECT_NEAR(marker->GetBounds()[1], 5000.0, 150.0);
-    EXPECT_DOUBLE_EQ(renderer->getCameraInteractor()->getPosition().z, 2000000.0);
-    EXPECT_EQ(renderer->getPointWidget(), nullptr);
-    const QStringList expected{"D: QUORRenderer::QUORRenderer() called.",
-                               "D: creating VTK renderer..",
-                               "D: creating VTK color scale renderer..",
-                               "D: adding VTK renderer to render window..",
-                               "D: creating default camera..",
-                               "D: setting up lighting..",
-                               "D: QUORRenderer::loadStyle() called.",
-                               "D: QUORRenderer::loadStyle() finished.",
-                               "D: QUORRenderer::QUORRenderer() finished."};
-    int from = 0;
-    for (const QString& line : expected) {
-        from = int(log.lines().indexOf(line, from)) + 1;
-        EXPECT_GT(from, 0) << qPrintable(line);
-    }
-}
-
 TEST_F(QUORRendererTest, TakesColoursFromTheStylesFile) {
-    const auto renderer = makeRenderer();
+    const auto view = makeRenderer();
     writeStyles();
-    renderer->restart();
-    EXPECT_DOUBLE_EQ(renderer->getMainRenderer()->GetBackground()[0], 1.0);
-    EXPECT_DOUBLE_EQ(renderer->getMainRenderer()->GetBackground()[2], 0.3);
-    EXPECT_NEAR(renderer->getSiteMarker()->GetBounds()[1], 9000.0, 250.0);
-    auto* sun = vtkLight::SafeDownCast(renderer->getMainRenderer()->GetLights()->GetItemAsObject(0));
+    view->restart();
+    EXPECT_DOUBLE_EQ(view->getMainRenderer()->GetBackground()[0], 1.0);
+    EXPECT_DOUBLE_EQ(view->getMainRenderer()->GetBackground()[2], 0.3);
+    EXPECT_NEAR(view->getSiteMarker()->GetBounds()[1], 9000.0, 250.0);
+    auto* sun = vtkLight::SafeDownCast(view->getMainRenderer()->GetLights()->GetItemAsObject(0));
     EXPECT_DOUBLE_EQ(sun->GetDiffuseColor()[2], 0.9);
-    renderer->render();
-    EXPECT_TRUE(isColor(_view.pixel(200, 20), 255, 128, 77));
-    renderer->setNight(true);
-    renderer->updateLights();
-    EXPECT_DOUBLE_EQ(renderer->getMainRenderer()->GetBackground()[0], 0.15);
+    view->render();
+    EXPECT_TRUE(isColor(colorAt(200, 20), 255, 128, 77));
+    view->setNight(true);
+    view->updateLights();
+    EXPECT_DOUBLE_EQ(view->getMainRenderer()->GetBackground()[0], 0.15);
     EXPECT_DOUBLE_EQ(sun->GetDiffuseColor()[2], 0.1);
-    EXPECT_FALSE(renderer->getCompass()->isDay());
+    EXPECT_FALSE(view->getCompass()->isDay());
 }
 
 TEST_F(QUORRendererTest, ShowsAnItemAndItsDecorations) {
-    const LogCapture log;
-    const auto renderer = makeRenderer();
+    const auto view = makeRenderer();
     const auto show = [&](const Item::Ptr& item) {
-        renderer->setVisualization(item);
-        renderer->render();
+        view->setVisualization(item);
+        view->render();
     };
-    const auto hasBar = [&] { return _view.window->HasRenderer(renderer->getColorScaleRenderer()); };
+    const auto hasBar = [&] { return window->HasRenderer(view->getColorScaleRenderer()); };
     const auto low = square(400000.0, 0.0, 1.0, 0.0, 0.0);
     show(finishedItem({{QUORDisplayState::PRODUCT_3D_LAYER, low}}, QStringLiteral("SITE")));
-    EXPECT_TRUE(isColor(_view.pixel(150, 150), 255, 0, 0)) << "the square";
-    EXPECT_FALSE(isColor(_view.pixel(200, 150), 255, 0, 0)) << "the site marker";
+    EXPECT_TRUE(isColor(colorAt(150, 150), 255, 0, 0)) << "the square";
+    EXPECT_FALSE(isColor(colorAt(200, 150), 255, 0, 0)) << "the site marker";
     EXPECT_TRUE(hasBar());
-    EXPECT_TRUE(isColor(_view.pixel(10, 200), 204, 204, 204)) << "the colour bar's background";
+    EXPECT_TRUE(isColor(colorAt(10, 200), 204, 204, 204)) << "the colour bar's background";
 
-    renderer->toggleColorScale(false);
+    view->toggleColorScale(false);
     EXPECT_TRUE(hasBar());
     show(finishedItem({{QUORDisplayState::PRODUCT_3D_LAYER, low}}));
     EXPECT_FALSE(hasBar());
-    EXPECT_TRUE(isColor(_view.pixel(200, 150), 255, 0, 0)) << "no site name, no marker";
-    renderer->toggleColorScale(true);
-    renderer->toggleCompass(false);
+    EXPECT_TRUE(isColor(colorAt(200, 150), 255, 0, 0)) << "no site name, no marker";
+    view->toggleColorScale(true);
+    view->toggleCompass(false);
     show(finishedItem({}));
     EXPECT_TRUE(hasBar());
-    EXPECT_TRUE(isColor(_view.pixel(200, 150), 38, 64, 77)) << "nothing but the background";
-    EXPECT_FALSE(renderer->getMainRenderer()->HasViewProp(renderer->getCompass()));
-    EXPECT_EQ(log.count(QStringLiteral("D: --- QUORRenderer: Color bar off")), 1);
-    EXPECT_EQ(log.count(QStringLiteral("D: --- QUORRenderer: Compass off")), 1);
-    EXPECT_EQ(log.count(QStringLiteral("D: ..rendering took ")), 3);
+    EXPECT_TRUE(isColor(colorAt(200, 150), 38, 64, 77)) << "nothing but the background";
+    EXPECT_FALSE(view->getMainRenderer()->HasViewProp(view->getCompass()));
 
-    renderer->setVisualization(
-        finishedItem({{QUORDisplayState::PRODUCT_3D_LAYER, low}}, QStringLiteral("SITE")));
-    renderer->removeVisualization();
-    renderer->render();
-    EXPECT_TRUE(isColor(_view.pixel(150, 150), 38, 64, 77));
-    EXPECT_TRUE(renderer->getMainRenderer()->HasViewProp(renderer->getCompass()));
+    view->setVisualization(finishedItem({{QUORDisplayState::PRODUCT_3D_LAYER, low}}, QStringLiteral("SITE")));
+    view->removeVisualization();
+    view->render();
+    EXPECT_TRUE(isColor(colorAt(150, 150), 38, 64, 77));
+    EXPECT_TRUE(view->getMainRenderer()->HasViewProp(view->getCompass()));
 }
 
 TEST_F(QUORRendererTest, KeepsTheBuffersOfWhatStays) {
-    const auto renderer = makeRenderer();
+    const auto view = makeRenderer();
     const auto terrain = square(600000.0, 0.0, 0.0, 0.5, 0.0);
     const auto outline = square(300000.0, 1000.0, 0.0, 0.0, 1.0);
     const auto product = square(100000.0, 2000.0, 1.0, 0.0, 0.0);
     for (int image = 1; image <= 3; ++image) {
-        renderer->setVisualization(finishedItem({{QUORDisplayState::TERRAIN_LAYER, terrain},
-                                                 {QUORDisplayState::OUTLINE_LAYER, outline},
-                                                 {QUORDisplayState::PRODUCT_3D_LAYER, product}}));
-        renderer->render();
-        EXPECT_TRUE(isColor(_view.pixel(200, 150), 255, 0, 0));
-        EXPECT_TRUE(isColor(_view.pixel(160, 150), 0, 0, 255));
-        EXPECT_TRUE(isColor(_view.pixel(100, 150), 0, 128, 0));
-        renderer->removeVisualization();
+        view->setVisualization(finishedItem({{QUORDisplayState::TERRAIN_LAYER, terrain},
+                                             {QUORDisplayState::OUTLINE_LAYER, outline},
+                                             {QUORDisplayState::PRODUCT_3D_LAYER, product}}));
+        view->render();
+        EXPECT_TRUE(isColor(colorAt(200, 150), 255, 0, 0));
+        EXPECT_TRUE(isColor(colorAt(160, 150), 0, 0, 255));
+        EXPECT_TRUE(isColor(colorAt(100, 150), 0, 128, 0));
+        view->removeVisualization();
         EXPECT_EQ(product->releases, image);
     }
     EXPECT_GT(terrain->releases, 0) << "its kept picture is enough";
-    renderer->setVisualization(finishedItem({{QUORDisplayState::OUTLINE_LAYER, outline}}));
+    view->setVisualization(finishedItem({{QUORDisplayState::OUTLINE_LAYER, outline}}));
     EXPECT_EQ(outline->releases, 0);
-    renderer->render();
-    EXPECT_TRUE(isColor(_view.pixel(100, 150), 38, 64, 77));
+    view->render();
+    EXPECT_TRUE(isColor(colorAt(100, 150), 38, 64, 77));
 }
 
 TEST_F(QUORRendererTest, OneDrawingPerImage) {
-    const auto renderer = makeRenderer();
+    const auto view = makeRenderer();
     int drawings = 0;
-    vtkNew<vtkCallbackCommand> counter;
-    counter->SetClientData(&drawings);
-    counter->SetCallback([](vtkObject*, unsigned long, void* count, void*) { ++*static_cast<int*>(count); });
-    renderer->getMainRenderer()->AddObserver(vtkCommand::StartEvent, counter);
-    renderer->getCameraInteractor()->setView({-50000.0, 0.0, 50000.0}, {1.0, 0.0, -1.0});
-    renderer->getCameraInteractor()->applyCamera(true);
-    renderer->render();
+    countEvents(view->getMainRenderer(), vtkCommand::StartEvent, drawings);
+    view->getCameraInteractor()->setView({-50000.0, 0.0, 50000.0}, {1.0, 0.0, -1.0});
+    view->getCameraInteractor()->applyCamera(true);
+    view->render();
     EXPECT_EQ(drawings, 1);
-    EXPECT_NEAR(renderer->getCompass()->GetHeading(), 0.25, 1e-6);
-    const double* stated = renderer->getMainRenderer()->GetActiveCamera()->GetClippingRange();
+    EXPECT_NEAR(view->getCompass()->GetHeading(), 0.25, 1e-6);
+    const double* stated = view->getMainRenderer()->GetActiveCamera()->GetClippingRange();
     EXPECT_DOUBLE_EQ(stated[0], 100.0);
     EXPECT_DOUBLE_EQ(stated[1], 8000000.0);
-    renderer->renderWindow();
+    view->renderWindow();
     EXPECT_EQ(drawings, 3);
 }
 
 TEST_F(QUORRendererTest, LegendAndColourBarTellOfTheProduct) {
-    const LogCapture log;
-    const TestStore store;
+    TestStore store;
     TestProduct product;
     product.site = "HELSINKI";
     const QUORDataFrame::Ptr frame = store.frame(product);
     ASSERT_TRUE(frame);
-    const auto renderer = makeRenderer();
-    renderer->setInfoData(frame, std::make_shared<QUORGeneralSettings>());
-    EXPECT_EQ(renderer->getLegendLines().size(), 4);
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Legend 0 Reflectivity, dBZ")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Legend 3 HELSINKI ")));
+    const auto view = makeRenderer();
+    view->setInfoData(frame, std::make_shared<QUORGeneralSettings>());
+    ASSERT_EQ(view->getLegendLines().size(), 4);
+    EXPECT_EQ(view->getLegendLines().first(), QStringLiteral("Reflectivity, dBZ"));
     const auto darkest = [&](int left, int right, int bottom, int top) {
         int least = 255;
         for (int x = left; x < right; ++x) {
             for (int y = bottom; y < top; ++y) {
-                least = std::min(least, _view.pixel(x, y).green());
+                least = std::min(least, colorAt(x, y).green());
             }
         }
         return least;
     };
-    renderer->setVisualization(finishedItem({}));
-    renderer->render();
+    view->setVisualization(finishedItem({}));
+    view->render();
     EXPECT_LT(darkest(8, 130, 6, 50), 50) << "dark text";
-    EXPECT_GT(_view.pixel(130, 45).green(), 120) << "on a light veil";
+    EXPECT_GT(colorAt(130, 45).green(), 120) << "on a light veil";
     EXPECT_LT(darkest(5, 19, 280, 296), 60) << "the bar's title";
-    renderer->toggleLegend(false);
-    renderer->setVisualization(finishedItem({}));
-    renderer->render();
+    view->toggleLegend(false);
+    view->setVisualization(finishedItem({}));
+    view->render();
     EXPECT_GE(darkest(8, 130, 6, 50), 60);
 }
 
-TEST_F(QUORRendererTest, PointWidgetAndCompassServeAnInteractiveView) {
-    const LogCapture log;
-    const auto renderer = makeRenderer(false);
-    ASSERT_NE(renderer->getPointWidget(), nullptr);
-    EXPECT_TRUE(log.contains(QStringLiteral("D: setting up interactions..")));
-    renderer->togglePointWidget(true, false);
-    renderer->togglePointWidget(true, false);
-    EXPECT_EQ(log.count(QStringLiteral("D: QUORRenderer::togglePointWidget(): enabled.")), 1);
-    renderer->togglePointWidget(true, true);
-    EXPECT_EQ(log.count(QStringLiteral("D: QUORRenderer::togglePointWidget(): enabled.")), 2);
-    renderer->togglePointWidget(false, false);
-    EXPECT_EQ(log.count(QStringLiteral("D: QUORRenderer::togglePointWidget(): disabled.")), 1);
+TEST_F(QUORRendererTest, OnlyAnInteractiveViewHasAPointWidget) {
+    const auto view = makeRenderer(false);
+    ASSERT_NE(view->getPointWidget(), nullptr);
+    for (const bool isOn : {true, false}) {
+        view->togglePointWidget(isOn, false);
+        EXPECT_EQ(bool(view->getPointWidget()->GetEnabled()), isOn);
+    }
     const auto offscreen = makeRenderer();
     offscreen->togglePointWidget(true, true);
-    EXPECT_EQ(log.count(QStringLiteral("togglePointWidget(): enabled.")), 2);
+    EXPECT_EQ(offscreen->getPointWidget(), nullptr);
 }
 
 TEST(QUORDepthRangeTest, FitsWhatTheViewCanShow) {

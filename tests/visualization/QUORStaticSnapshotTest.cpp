@@ -1,24 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "QUORStaticSnapshot.h"
 
-#include "QUORRenderWindowFactory.h"
+#include "OffscreenScene.h"
 
 #include <vtkActor.h>
 #include <vtkAssembly.h>
-#include <vtkCallbackCommand.h>
-#include <vtkCamera.h>
 #include <vtkConeSource.h>
 #include <vtkLight.h>
-#include <vtkNew.h>
-#include <vtkOpenGLRenderWindow.h>
 #include <vtkPlaneSource.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkPropAssembly.h>
 #include <vtkProperty.h>
-#include <vtkRenderer.h>
-#include <vtkUnsignedCharArray.h>
-
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
@@ -36,13 +28,12 @@ vtkSmartPointer<vtkActor> actor(vtkAlgorithm* source, double r, double g, double
 }
 
 /// A tilted plane as the static part, and a cone that pierces it and turns from image to image.
-class QUORStaticSnapshotTest : public testing::Test {
+class QUORStaticSnapshotTest : public OffscreenScene {
 protected:
     void SetUp() override {
-        QString error;
-        _window = QUORRenderWindowFactory::create(error);
-        if (_window == nullptr) {
-            GTEST_SKIP() << "no OpenGL here: " << qPrintable(error);
+        OffscreenScene::SetUp();
+        if (IsSkipped()) {
+            return;
         }
         vtkNew<vtkConeSource> cone;
         _plane = actor(_source, 0.2, 0.6, 0.3);
@@ -54,41 +45,39 @@ protected:
         _root->AddPart(_part);
         _statics->AddViewProp(_root);
         _statics->SetBackground(0.1, 0.2, 0.3);
-        _rest->AddActor(_cone);
-        _rest->ResetCamera();
-        _statics->SetActiveCamera(_rest->GetActiveCamera());
-        _window->AddRenderer(_statics);
-        _window->AddRenderer(_rest);
-        _window->SetSize(160, 120);
-        _counter->SetClientData(&_drawn);
-        _counter->SetCallback(
-            [](vtkObject*, unsigned long, void* count, void*) { ++*static_cast<int*>(count); });
-        _statics->AddObserver(vtkCommand::EndEvent, _counter);
-        _snapshot = std::make_unique<QUORStaticSnapshot>(_statics, _rest);
+        renderer->AddActor(_cone);
+        renderer->ResetCamera();
+        _statics->SetActiveCamera(renderer->GetActiveCamera());
+        window->RemoveRenderer(renderer);
+        window->AddRenderer(_statics);
+        window->AddRenderer(renderer);
+        window->SetSize(160, 120);
+        countEvents(_statics, vtkCommand::EndEvent, _drawn);
+        _snapshot = std::make_unique<QUORStaticSnapshot>(_statics, renderer);
     }
 
-    void TearDown() override { _snapshot.reset(); }
+    void TearDown() override {
+        _snapshot.reset();
+        OffscreenScene::TearDown();
+    }
 
     std::vector<unsigned char> image(double turn) {
         _cone->SetOrientation(0.0, turn, 20.0);
         _snapshot->prepare();
-        _window->Render();
+        window->Render();
         vtkNew<vtkUnsignedCharArray> data;
-        const int* size = _window->GetSize();
-        _window->GetPixelData(0, 0, size[0] - 1, size[1] - 1, 0, data, 0);
+        const int* size = window->GetSize();
+        window->GetPixelData(0, 0, size[0] - 1, size[1] - 1, 0, data, 0);
         return {data->GetPointer(0), data->GetPointer(0) + data->GetNumberOfValues()};
     }
 
-    vtkSmartPointer<vtkOpenGLRenderWindow> _window;
     vtkNew<vtkRenderer> _statics;
-    vtkNew<vtkRenderer> _rest;
     vtkNew<vtkPropAssembly> _root;
     vtkNew<vtkAssembly> _part;
     vtkNew<vtkPlaneSource> _source;
     vtkSmartPointer<vtkActor> _plane;
     vtkSmartPointer<vtkActor> _other;
     vtkSmartPointer<vtkActor> _cone;
-    vtkNew<vtkCallbackCommand> _counter;
     int _drawn = 0;
     std::unique_ptr<QUORStaticSnapshot> _snapshot;
 };
@@ -116,7 +105,7 @@ TEST_F(QUORStaticSnapshotTest, WhatChangesThePixelsIsDrawnAnew) {
         const char* name;
         std::function<void()> change;
     };
-    vtkCamera* camera = _rest->GetActiveCamera();
+    vtkCamera* camera = renderer->GetActiveCamera();
     vtkNew<vtkLight> light;
     _statics->AddLight(light);
     const std::vector<Row> rows{
@@ -128,7 +117,7 @@ TEST_F(QUORStaticSnapshotTest, WhatChangesThePixelsIsDrawnAnew) {
         {"near plane", [&] { camera->SetClippingRange(camera->GetClippingRange()[0] * 1.5, 50.0); }},
         {"light", [&] { light->SetDiffuseColor(0.2, 0.2, 0.9); }},
         {"background", [&] { _statics->SetBackground(0.4, 0.2, 0.3); }},
-        {"size", [&] { _window->SetSize(200, 150); }},
+        {"size", [&] { window->SetSize(200, 150); }},
         {"other part", [&] { _part->RemovePart(_plane), _part->AddPart(_other); }},
         {"nothing left", [&] { _other->VisibilityOff(); }},
     };
@@ -162,7 +151,7 @@ TEST_F(QUORStaticSnapshotTest, PartsThatTakeTurnsAreDrawnOnceEach) {
     EXPECT_EQ(_drawn, before);
 
     // More views than are kept: the first one is drawn anew, as it was.
-    vtkCamera* camera = _rest->GetActiveCamera();
+    vtkCamera* camera = renderer->GetActiveCamera();
     const auto first = image(15.0);
     for (int view = 0; view < 20; ++view) {
         camera->Azimuth(7.0);

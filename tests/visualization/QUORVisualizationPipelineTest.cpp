@@ -5,9 +5,8 @@
 #include "QUORDisplayState.h"
 #include "QUORLayerParameters.h"
 #include "ScratchHome.h"
+#include "WaitUntil.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QSemaphore>
 
 #include <gtest/gtest.h>
@@ -78,12 +77,7 @@ struct Completions {
             Qt::QueuedConnection);
     }
     bool waitFor(int expected) const {
-        QElapsedTimer timer;
-        timer.start();
-        while (count < expected && timer.elapsed() < DEADLINE) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-        }
-        return count == expected;
+        return waitUntil([&] { return count >= expected; }, DEADLINE) && count == expected;
     }
     QObject receiver;
     int count = 0;
@@ -114,7 +108,6 @@ TEST(QUORVisualizationPipelineTest, itemsComeOutInOrderAndOncePerInput) {
     EXPECT_EQ(pipeline.getResultItem(), second.item);
     EXPECT_EQ(pipeline.getResultItem(), first.item);
     EXPECT_EQ(pipeline.getResultItem(), nullptr);
-    EXPECT_EQ(log.count(QStringLiteral("D: Signal: visualizationFinished")), 3);
     ASSERT_EQ(first.item->getResultParts().size(), 1U);
     EXPECT_EQ(first.item->getResultParts()[0].prop, first.element->prop);
     EXPECT_EQ(first.item->getResultParts()[0].layerKey, QUORDisplayState::PRODUCT_2D_LAYER);
@@ -167,7 +160,6 @@ TEST(QUORVisualizationPipelineTest, stopJoinsAtOnceWhateverTheWorkerDoes) {
 }
 
 TEST(QUORVisualizationPipelineTest, anAbortedItemIsReportedWithoutResults) {
-    LogCapture log;
     QUORVisualizationPipeline pipeline;
     const Completions done(pipeline);
     ScriptedItem scripted(QUORDisplayState::OUTLINE_LAYER);
@@ -177,8 +169,6 @@ TEST(QUORVisualizationPipelineTest, anAbortedItemIsReportedWithoutResults) {
     EXPECT_EQ(scripted.element->updates, 0);
     EXPECT_EQ(pipeline.getResultItem(), nullptr);
     EXPECT_FALSE(scripted.item->isInUse());
-    EXPECT_TRUE(log.contains(QStringLiteral("D: QUORVisualizationPipelineItem::update(): ABORTED!")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: QUORVisualizationPipeline::run(): ABORTED!")));
 }
 
 TEST(QUORVisualizationPipelineTest, aFailingElementShowsNothingAndTheRestDoes) {
