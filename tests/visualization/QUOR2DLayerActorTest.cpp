@@ -4,7 +4,6 @@
 #include "OffscreenScene.h"
 
 #include <vtkActor.h>
-#include <vtkCamera.h>
 #include <vtkPlaneSource.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkPropAssembly.h>
@@ -43,12 +42,7 @@ class QUOR2DLayerActorTest : public OffscreenScene {
 protected:
     void SetUp() override {
         OffscreenScene::SetUp();
-        vtkCamera* camera = renderer->GetActiveCamera();
-        camera->ParallelProjectionOn();
-        camera->SetParallelScale(5.0);
-        camera->SetPosition(0, 0, 10);
-        camera->SetFocalPoint(0, 0, 0);
-        camera->SetClippingRange(1, 30);
+        lookDown(5.0);
     }
 
     Rgb colorAt(double x, double y) {
@@ -119,19 +113,4 @@ TEST_F(QUOR2DLayerActorTest, KeepsItsPartsUnmodifiedBetweenImages) {
     const vtkMTimeType before = square->GetMTime();
     window->Render();
     EXPECT_EQ(square->GetMTime(), before);
-}
-
-TEST_F(QUOR2DLayerActorTest, ACopySharesThePartsAndHasItsOwnPlace) {
-    layer->AddPart(makeSquare(RED, 0.0));
-    layer->SetPosition(1.0, 0.0, 0.0);
-    vtkNew<QUOR2DLayerActor> copy;
-    copy->ShallowCopy(layer);
-    EXPECT_EQ(copy->GetAssembly(), layer->GetAssembly());
-    copy->SetPosition(-3.0, 0.0, 0.0);
-    renderer->AddViewProp(layer);
-    renderer->AddViewProp(copy);
-    window->Render();
-    EXPECT_EQ(colorAt(1.5, 0.0), RED);
-    EXPECT_EQ(colorAt(-3.5, 0.0), RED);
-    EXPECT_EQ(colorAt(-1.0, 0.0), BLACK);
 }

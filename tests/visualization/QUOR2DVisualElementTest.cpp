@@ -11,7 +11,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <vtkCamera.h>
 #include <vtkDataSet.h>
 #include <vtkDataSetMapper.h>
 
@@ -80,13 +79,8 @@ TEST_F(QUOR2DVisualElementTest, KeepsTheCellsWithData) {
         update(recordOf(row.product, QString::fromLatin1(row.name)));
         ASSERT_EQ(actors().size(), 1U);
         ASSERT_EQ(cells()->GetNumberOfCells(), row.cells);
-        if (row.product.points[0] == 4 && row.cells == 5) {
-            EXPECT_DOUBLE_EQ(cells()->GetBounds()[1], 3.0);
-            EXPECT_DOUBLE_EQ(cells()->GetBounds()[3], 2.0);
-        }
+        EXPECT_TRUE(row.cells == 0 || (cells()->GetBounds()[1] == 3.0 && cells()->GetBounds()[3] == 2.0));
     }
-    EXPECT_TRUE(log.contains("..one byte 2D data"));
-    EXPECT_TRUE(log.contains("..two byte 2D data"));
 }
 
 TEST_F(QUOR2DVisualElementTest, NamesAFileThatCannotBeRead) {
@@ -133,7 +127,6 @@ TEST_F(QUOR2DVisualElementTest, AHiddenLayerKeepsItsDataUntilItIsShown) {
     EXPECT_EQ(cells()->GetNumberOfCells(), 5);
     update(recordOf(makeProduct(4, 3, GRID), QStringLiteral("SAM210729124801.max")), false);
     EXPECT_FALSE(element.getProp());
-    EXPECT_EQ(log.count("QUOR2DVisualElement::update(): No need to update."), 1);
 }
 
 /// Draws the layer from above, 100 pixels a grid step, the window's middle at (1.5, 1).
@@ -142,12 +135,7 @@ protected:
     void SetUp() override {
         OffscreenScene::SetUp();
         ScratchHome::writeSettings("QUOR3DColors.conf", COLORS);
-        vtkCamera* camera = renderer->GetActiveCamera();
-        camera->ParallelProjectionOn();
-        camera->SetParallelScale(2.0);
-        camera->SetPosition(1.5, 1.0, 10.0);
-        camera->SetFocalPoint(1.5, 1.0, 0.0);
-        camera->SetClippingRange(1.0, 30.0);
+        lookDown(2.0, 1.5, 1.0);
     }
 
     ScratchHome home;

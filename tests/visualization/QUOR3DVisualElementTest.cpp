@@ -10,7 +10,6 @@
 #include "QUORDataType.h"
 #include "TestProduct.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -80,9 +79,6 @@ protected:
     QUORFile::CPtr makeFile(const TestProduct& product) {
         return std::make_shared<QUORFile>(product.write(_dir.path()));
     }
-    std::vector<vtkActor*> actors() {
-        return partsOf<vtkActor>(vtkAssembly::SafeDownCast(element.getProp()));
-    }
     static vtkPolyData* surfaceOf(vtkActor* actor) {
         return vtkPolyData::SafeDownCast(actor->GetMapper()->GetInputDataObject(0, 0));
     }
@@ -119,13 +115,7 @@ TEST_F(QUOR3DVisualElementTest, surfacesEncloseTheirValuesInTheirColors) {
     }
     EXPECT_TRUE(parts[0]->GetForceOpaque());
     EXPECT_TRUE(parts[1]->GetForceTranslucent());
-    EXPECT_TRUE(
-        log.contains(QStringLiteral("D: QUOR3DVisualElement::update(): Creating new  visualization.")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Surface #1: iso=30, opa=40")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: lutSurface #2: iso_abs=204, iso_disp=70, opa=100")));
-
     update(makeRecord(makeFile(blockProduct()), {}));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: QUOR3DVisualElement::update(): Re-creating")));
     EXPECT_TRUE(actors().empty());
 }
 
@@ -140,19 +130,14 @@ TEST_F(QUOR3DVisualElementTest, dataAreCleanedReducedAndSmoothed) {
     EXPECT_DOUBLE_EQ(image->GetSpacing()[2], 5.0);
     EXPECT_EQ(image->GetScalarComponentAsDouble(5, 0, 0, 0), 0.0);
     EXPECT_EQ(image->GetScalarComponentAsDouble(11, 3, 1, 0), 11000.0);
-    EXPECT_FALSE(log.contains(QStringLiteral("Applying")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: ..two byte 3D data")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Data type no data threshold: 0")));
 
     image = imageOf(vtk_3D_data_create(file, 4, 1, 0.0));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Shrink filter: factor=(1/4, 1/1)")));
     EXPECT_DOUBLE_EQ(image->GetSpacing()[0], 4.0);
     const int first = image->GetExtent()[0];
     // The mean of four neighbours stands half a step beyond their middle.
     EXPECT_EQ(image->GetScalarComponentAsDouble(first, image->GetExtent()[2], 1, 0), first * 4000.0 - 500.0);
 
     image = imageOf(vtk_3D_data_create(file, 1, 1, 1.0));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: Applying smooth filter..")));
     EXPECT_NEAR(image->GetScalarComponentAsDouble(6, 6, 6, 0), 6000.0, 5.0);
     EXPECT_LT(image->GetScalarComponentAsDouble(6, 6, 1, 0), 6000.0);
 }
@@ -196,16 +181,12 @@ TEST_F(QUOR3DVisualElementTest, aHiddenLayerKeepsItsDataUntilItIsShown) {
     update(record, false);
     EXPECT_FALSE(element.getProp());
     EXPECT_TRUE(element.getData());
-    EXPECT_EQ(log.count(QStringLiteral("D: ..updated in 0.")), 1);
     ASSERT_TRUE(QFile::remove(file->getPath()));
     update(record);
     EXPECT_TRUE(element.getProp());
-    EXPECT_EQ(log.count(QStringLiteral("D: ..updated in 0.")), 2);
     const vtkSmartPointer<vtkProp> prop = element.getProp();
     update(record);
     EXPECT_EQ(element.getProp(), prop);
-    EXPECT_EQ(log.count(QStringLiteral("D: ..updated in 0.")), 2);
-    EXPECT_EQ(log.count(QStringLiteral("vtk_3D_data_create() called.")), 1);
     element.invalidate();
     EXPECT_FALSE(element.getProp());
     EXPECT_FALSE(element.getData());
@@ -219,52 +200,36 @@ TEST_F(QUOR3DVisualElementTest, anAbortedReadLeavesNothing) {
 }
 
 TEST_F(QUOR3DVisualElementTest, whatIsNotTheProductAnyMoreIsRefused) {
-    using Change = std::function<void(TestProduct, const QString&)>;
+    TestProduct another = blockProduct();
+    another.groundElevationM = 500;
+    TestProduct impossible = blockProduct();
+    impossible.stepsCm[0] = 0;
     const struct {
         const char* name;
-        Change change;
+        TestProduct product;
+        std::function<void(const QString&)> change;
     } rows[] = {
-        {"removed", [](const TestProduct&, const QString& path) { QFile::remove(path); }},
-        {"cut", [](const TestProduct&, const QString& path) { QFile::resize(path, 2000); }},
-        {"another",
-         [](TestProduct product, const QString& path) {
-             product.groundElevationM = 500;
-             product.writeTo(path);
+        {"removed", blockProduct(), [](const QString& path) { QFile::remove(path); }},
+        {"cut", blockProduct(), [](const QString& path) { QFile::resize(path, 2000); }},
+        {"another", blockProduct(), [&](const QString& path) { another.writeTo(path); }},
+        {"a pipe", blockProduct(),
+         [](const QString& path) {
+             EXPECT_TRUE(QFile::remove(path) && mkfifo(qPrintable(path), 0600) == 0);
          }},
-        {"a pipe",
-         [](const TestProduct&, const QString& path) {
-             QFile::remove(path);
-             ASSERT_EQ(mkfifo(qPrintable(path), 0600), 0);
-         }},
-        {"a folder",
-         [](const TestProduct&, const QString& path) {
-             QFile::remove(path);
-             QDir().mkdir(path);
-         }},
-        {"an impossible header",
-         [](TestProduct product, const QString& path) {
-             product.stepsCm[0] = 0;
-             product.writeTo(path);
-         }},
+        {"an impossible header", impossible, [](const QString&) {}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const QTemporaryDir folder;
-        const TestProduct product = blockProduct();
-        const QString path = product.write(folder.path());
-        auto file = std::make_shared<const QUORFile>(path);
-        row.change(product, path);
-        if (qstrcmp(row.name, "an impossible header") == 0) {
-            file = std::make_shared<const QUORFile>(path);
-            ASSERT_TRUE(file->isValid());
-        }
+        const QString path = row.product.write(folder.path());
+        const auto file = std::make_shared<const QUORFile>(path);
+        row.change(path);
         element.invalidate();
         log.clear();
         update(makeRecord(file, {{10.0, 100}}));
         EXPECT_FALSE(element.getProp());
         EXPECT_FALSE(element.getData());
         EXPECT_EQ(log.count(QStringLiteral("E: Tried to load invalid 3D data file: ") + file->getName()), 1);
-        EXPECT_EQ(log.count(QStringLiteral("E: Aborting 3D visualization.")), 1);
     }
     log.clear();
     update(makeRecord(nullptr, {}));
@@ -349,8 +314,6 @@ TEST_F(QUOR3DVisualElementTest, volumesAreDrawnByTheMapperOfTheMachine) {
     record.setRenderingType(QUORProductSettings::Unknown);
     update(record);
     EXPECT_FALSE(element.getProp());
-    EXPECT_TRUE(log.contains(QStringLiteral("D: QUOR3DVisualElement::createVTK(): unknown rendering type.")));
-    EXPECT_TRUE(log.contains(QStringLiteral("D: QUOR3DVisualElement::updateVTK(): unknown rendering type.")));
 }
 
 /// What the element draws, seen from above.

@@ -110,19 +110,6 @@ TEST_F(QUORRadarRingsElementTest, LabelsEachRingTwice) {
     }
 }
 
-TEST_F(QUORRadarRingsElementTest, KeepsItsPropUntilTheRecordChanges) {
-    update(makeRecord(80000.0, true));
-    const auto prop = element.getProp();
-    update(makeRecord(80000.0, true), false);
-    EXPECT_EQ(element.getProp(), prop);
-    update(makeRecord(100000.0, true));
-    EXPECT_NE(element.getProp(), prop);
-    element.update(nullptr, true, abort);
-    EXPECT_FALSE(element.getProp());
-    EXPECT_EQ(log.count("QUORRadarRingsElement::update(): Creating new  visualization."), 1);
-    EXPECT_EQ(log.count("QUORRadarRingsElement::update() finished."), 4);
-}
-
 TEST_F(QUORRadarRingsElementTest, ShowsNothingWithoutASensibleRadius) {
     for (const double range : {0.0, -20000.0, 6.0e7, std::numeric_limits<double>::infinity(), std::nan("")}) {
         SCOPED_TRACE(range);
