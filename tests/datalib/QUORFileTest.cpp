@@ -236,7 +236,7 @@ TEST_F(QUORFileTest, RefusesGridsThatCannotBeBuilt) {
     } rows[] = {
         {"total size below the header", [](TestProduct& p) { p.totalSize = 100; }},
         {"negative total size", [](TestProduct& p) { p.totalSize = -5; }},
-        {"total size smaller than the grid", [](TestProduct& p) { p.totalSize = 660; }},
+        {"total size smaller than the grid", [](TestProduct& p) { p.type = 9, p.totalSize = 660; }},
         {"grid larger than the file", [](TestProduct& p) { p.totalSize = 641; }},
         {"element size against data type", [](TestProduct& p) { p.type = 9, p.itemSize = 1; }},
         {"data type against element size", [](TestProduct& p) { p.itemSize = 2; }},

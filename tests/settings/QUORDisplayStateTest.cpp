@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QUORDisplayState.h"
 
-#include "LogCapture.h"
-
 #include "QUORLayerParameters2d.h"
 #include "QUORLayerParameters3dOutline.h"
 

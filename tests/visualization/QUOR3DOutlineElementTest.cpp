@@ -9,6 +9,7 @@
 #include <vtkProperty.h>
 
 #include <cmath>
+#include <set>
 
 class QUOR3DOutlineElementTest : public ElementFixture<QUOR3DOutlineElement, 11> {
 protected:

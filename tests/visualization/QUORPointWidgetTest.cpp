@@ -9,8 +9,6 @@
 #include <vtkCaptionActor2D.h>
 #include <vtkPropAssembly.h>
 #include <vtkPropCollection.h>
-#include <vtkProperty.h>
-#include <vtkTextProperty.h>
 
 #include <vector>
 
