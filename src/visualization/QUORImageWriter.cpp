@@ -84,7 +84,7 @@ bool QUORImageWriter::write(vtkImageData* picture, int outputFormat) {
         return false;
     }
     const bool encoded = encode(picture, outputFormat, memory);
-    const bool published = encoded && publisher.copyFrom(memory) && publisher.publish();
+    const bool published = encoded && publisher.copyFrom(memory) && publisher.publish(false);
     ::close(memory);
     if (encoded && !published) {
         _error = publisher.getError();

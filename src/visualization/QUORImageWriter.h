@@ -10,7 +10,7 @@ class vtkImageWriter;
 
 /// Writes a picture to an image file that appears whole or not at all: it is encoded in memory, since the
 /// encoders miss a full disk, and written to a hidden temporary beside the target, which takes the target's
-/// name only when everything is on the disk. An image that stands already is kept as it is on every failure.
+/// name only when everything was taken. An image that stands already is kept as it is on every failure.
 /// Used by one thread.
 class QUORImageWriter {
 public:
