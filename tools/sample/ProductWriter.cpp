@@ -165,7 +165,7 @@ QByteArray ProductWriter::toBytes(const SampleProduct& product) {
     if (size == 1) {
         std::transform(product.values.begin(), product.values.end(), out,
                        [](std::uint16_t value) { return char(value); });
-    } else {
+    } else if (!product.values.empty()) {
         qToLittleEndian<std::uint16_t>(product.values.data(), qsizetype(product.values.size()), out);
     }
     return bytes;
