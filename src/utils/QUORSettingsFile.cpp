@@ -147,10 +147,11 @@ std::optional<QByteArray> QUORSettingsFile::read(const QString& fileName, QStrin
         error = errno == ENOENT ? QString() : QString::fromLocal8Bit(std::strerror(errno));
         return error.isEmpty() ? std::optional(QByteArray()) : std::nullopt;
     }
-    QFile file;
-    file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
     error = findRefusal(fd);
-    if (!error.isEmpty()) {
+    QFile file;
+    if (!error.isEmpty() || !file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        error = error.isEmpty() ? file.errorString() : error;
+        ::close(fd);
         return std::nullopt;
     }
     const QByteArray content = file.readAll();
