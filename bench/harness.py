@@ -13,7 +13,6 @@ BINARIES = ROOT / "build" / "release" / "bin"
 DEADLINE = 180
 
 
-
 def display_state(hidden):
     """A display state named "Data" without the layers of those keys."""
     return ("\n[DISPLAYSTATE]\nDISPLAYSTATES\\size=2\nDISPLAYSTATES\\1\\displayStateName=Custom\n"

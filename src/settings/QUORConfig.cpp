@@ -84,6 +84,7 @@ void QUORConfig::destroy() {
 }
 
 QSettings* QUORConfig::get() {
+    // Before the lock, which nobody shall hold for seconds.
     QUORSettingsFile::awaitSave(QUORSettingsReader::findUserFile(QCoreApplication::applicationName()));
     _mutex.lock();
     _settings = QUORSettingsReader::open(QCoreApplication::applicationName());

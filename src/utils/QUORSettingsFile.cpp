@@ -104,6 +104,9 @@ QString findRefusal(int fd) {
 }
 
 int findOverlongValue(const QByteArray& content) {
+    if (content.size() <= MAXIMUM_SERIALISED) {
+        return 0;
+    }
     const QList<Line> lines = splitLines(content);
     const auto found = std::ranges::find_if(lines, [](const Line& line) {
         return line.text.size() > MAXIMUM_SERIALISED && (line.text.contains('@') || line.text.contains('\\'));
