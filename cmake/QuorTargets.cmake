@@ -2,7 +2,10 @@
 
 add_library(quor_options INTERFACE)
 target_compile_options(quor_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
-  -Woverloaded-virtual -Werror)
+  -Woverloaded-virtual)
+if(QUOR_WERROR)
+  target_compile_options(quor_options INTERFACE -Werror)
+endif()
 target_compile_definitions(quor_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII
   QT_DEPRECATED_WARNINGS)
 if(QUOR_SANITIZE)

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSettings>
 
 #include <pwd.h>
 #include <vector>
@@ -80,6 +81,15 @@ QString expandHome(const QString& path) {
         return QDir::homePath() + path.mid(1);
     }
     return path;
+}
+
+void useConfiguredSystemScope() {
+    if (qEnvironmentVariableIsEmpty("XDG_CONFIG_DIRS")) {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope,
+                           QStringLiteral(QUOR_SYSTEM_SETTINGS_DIR));
+        QSettings::setPath(QSettings::IniFormat, QSettings::SystemScope,
+                           QStringLiteral(QUOR_SYSTEM_SETTINGS_DIR));
+    }
 }
 
 } // namespace QUORSystem

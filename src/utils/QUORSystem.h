@@ -21,5 +21,8 @@ QString getUserSettingsDirectory(const QString& user);
 QString getSystemConfigurationDirectory();
 /// A path whose leading "~" stands for the home directory of the process, expanded.
 QString expandHome(const QString& path);
+/// Packaged settings are looked for in the configuration folder of this installation, unless XDG_CONFIG_DIRS
+/// is set. Called once, before any settings are read.
+void useConfiguredSystemScope();
 
 } // namespace QUORSystem

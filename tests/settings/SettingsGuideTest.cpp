@@ -40,7 +40,7 @@ TEST(SettingsGuideTest, NamesEveryKeyAndDefault) {
     QUORProductSettings(QStringLiteral("CAPPI"), QStringLiteral("Z"), QUORDataType(2));
     qunsetenv(QUORBackgroundSettings::FILE_VARIABLE);
 
-    const QString guide = QString::fromUtf8(readFile(QStringLiteral(QUOR_SETTINGS_GUIDE)));
+    const QString guide = QString::fromUtf8(readFile(sourcePath(QStringLiteral("docs/settings.md"))));
     int found = 0;
     for (const QString& name : {QSettings().fileName(), background}) {
         const QSettings stored(name, QSettings::NativeFormat);

@@ -21,6 +21,16 @@ QByteArray readFile(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+QString sourcePath(const QString& relative) {
+    return QStringLiteral(QUOR_SOURCE_DIR "/") + relative;
+}
+
+QString sampleDataPath(const QString& relative) {
+    const QString root = qEnvironmentVariable("QUOR_SHARED_DATA", sourcePath(QStringLiteral("../shared/data")));
+    const QString path = root + QLatin1Char('/') + relative;
+    return QFileInfo::exists(path) ? path : QString();
+}
+
 ResourceLimit::ResourceLimit(__rlimit_resource resource, rlim_t most) : _resource(resource) {
     std::signal(SIGXFSZ, SIG_IGN);
     ::getrlimit(_resource, &_previous);

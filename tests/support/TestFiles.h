@@ -11,6 +11,12 @@ void writeFile(const QString& path, const QByteArray& bytes);
 /// Empty when the file cannot be read.
 QByteArray readFile(const QString& path);
 
+/// A path below the root of the source tree.
+QString sourcePath(const QString& relative);
+/// A path below the folder of sample data beside the source tree, or below QUOR_SHARED_DATA; empty when it is
+/// not there, and tests pass without it.
+QString sampleDataPath(const QString& relative);
+
 /// While it lives this process has no more than that: of RLIMIT_FSIZE, a disk that is full after so many
 /// bytes of a file, or of RLIMIT_NOFILE.
 class ResourceLimit {

@@ -251,7 +251,7 @@ TEST_F(QUORColormapTest, theBarIsLegibleAndItsLabelFormatSafe) {
 }
 
 TEST_F(QUORColormapTest, thePackagedScalesCoverEveryDataType) {
-    writeColors(QString::fromUtf8(readFile(QStringLiteral(QUOR_SHARE_DIRECTORY "/QUOR3DColors.conf"))));
+    writeColors(QString::fromUtf8(readFile(sourcePath(QStringLiteral("share/QUOR3DColors.conf")))));
     for (const QUORDataType::Row& row : QUORDataType::getRows()) {
         SCOPED_TRACE(row.code);
         const QUORDataType type(row.code, 1000, 1, 533, 0);

@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "ScratchHome.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -64,7 +65,7 @@ TEST(QUORStyleGroupTest, ThePackagedFileHoldsOnlyKeysThatAreRead) {
          {"line/selected/color", "line/selected/width", "line/unselected/color", "line/unselected/width",
           "marker/radius", "home/marker/color", "home/label/color", "home/label/fontsize"}},
     };
-    QSettings file(QStringLiteral(QUOR_SHARE_DIRECTORY "/QUOR3DVisStyles.conf"), QSettings::IniFormat);
+    QSettings file(sourcePath(QStringLiteral("share/QUOR3DVisStyles.conf")), QSettings::IniFormat);
     ASSERT_EQ(file.status(), QSettings::NoError);
     EXPECT_EQ(file.childGroups().size(), 2 * known.size());
     for (const QString& key : file.allKeys()) {

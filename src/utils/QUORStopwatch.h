@@ -3,7 +3,9 @@
 
 #include <QString>
 
-/// Measures one step with VTK's timer, for the log.
+#include <chrono>
+
+/// Measures one step for the log; a change of the wall clock does not touch it.
 class QUORStopwatch {
 public:
     /// Starts at once.
@@ -14,5 +16,5 @@ public:
     QString seconds() const;
 
 private:
-    double _start;
+    std::chrono::steady_clock::time_point _start;
 };

@@ -52,11 +52,9 @@ inline QUORGeoProjection::CPtr projection(double lat, double lon,
     return std::make_shared<const QUORGeoProjection>(name, QUORCoordinate(lat, lon), radius, flattening);
 }
 
-/// The folder of real data beside the source tree, or empty.
+/// The folder of real tiles, or empty.
 inline QString realTiles() {
-    const QString root =
-        qEnvironmentVariable("QUOR_SHARED_DATA", QStringLiteral(QUOR_SOURCE_DIR "/../shared/data"));
-    return QFile::exists(root + QStringLiteral("/terrain")) ? root + QStringLiteral("/terrain") : QString();
+    return sampleDataPath(QStringLiteral("terrain"));
 }
 
 } // namespace TerrainTiles
