@@ -44,27 +44,29 @@ QUORPoint3D projectAround(const QUORCoordinate& centre, const QUORCoordinate& ot
     return projection->projectFromLatLon(other);
 }
 
-double fraction(double value) {
-    return value - std::trunc(value);
-}
-
 QString decimalText(double angle, QChar mark) {
     return QString::number(std::abs(angle), 'f', 4) + DEGREE_SIGN + QLatin1Char(' ') + mark;
 }
 
-QString wholeDegreesText(double angle) {
-    return QString::number(int(std::abs(angle))) + DEGREE_SIGN + QLatin1Char(' ');
+QString wholeDegreesText(long long degrees) {
+    return QString::number(degrees) + DEGREE_SIGN + QLatin1Char(' ');
 }
 
+// Rounded to the smallest unit before it is split: no part may read 60.
 QString minutesSecondsText(double angle, QChar mark) {
-    const double minutes = fraction(std::abs(angle)) * 60.0;
-    return wholeDegreesText(angle) + QString::number(int(minutes)) + QStringLiteral("' ") +
-           QString::number(fraction(minutes) * 60.0, 'f', 2) + QStringLiteral("\" ") + mark;
+    constexpr long long MINUTE = 60 * 100;
+    constexpr long long DEGREE = 60 * MINUTE;
+    const long long hundredths = std::llround(std::abs(angle) * DEGREE);
+    return wholeDegreesText(hundredths / DEGREE) + QString::number(hundredths % DEGREE / MINUTE) +
+           QStringLiteral("' ") + QString::number(double(hundredths % MINUTE) / 100.0, 'f', 2) +
+           QStringLiteral("\" ") + mark;
 }
 
 QString minutesText(double angle, QChar mark) {
-    return wholeDegreesText(angle) + QString::number(fraction(std::abs(angle)) * 60.0, 'f', 3) +
-           QStringLiteral("' ") + mark;
+    constexpr long long DEGREE = 60 * 1000;
+    const long long thousandths = std::llround(std::abs(angle) * DEGREE);
+    return wholeDegreesText(thousandths / DEGREE) +
+           QString::number(double(thousandths % DEGREE) / 1000.0, 'f', 3) + QStringLiteral("' ") + mark;
 }
 
 int toBound(double degrees) {

@@ -113,3 +113,20 @@ TEST(QUORCoordinateTest, TextForms) {
     EXPECT_EQ(text(southWest.toDMsString(QUORCoordinate::Modifier(3))),
               "33\u00b0 15.000' S, 70\u00b0 30.000' W");
 }
+
+TEST(QUORCoordinateTest, NoPartOfATextReadsSixty) {
+    const struct {
+        double degrees;
+        const char* seconds;
+        const char* minutes;
+    } rows[] = {{1.4999999, "1\u00b0 30' 0.00\" E", "1\u00b0 30.000' E"},
+                {1.0 + 29.99999 / 60.0, "1\u00b0 30' 0.00\" E", "1\u00b0 30.000' E"},
+                {-6.999999, "7\u00b0 0' 0.00\" W", "7\u00b0 0.000' W"},
+                {6.0 + 59.99940 / 60.0, "6\u00b0 59' 59.96\" E", "6\u00b0 59.999' E"},
+                {179.9999999, "180\u00b0 0' 0.00\" E", "180\u00b0 0.000' E"}};
+    for (const auto& row : rows) {
+        const QUORCoordinate place(0.0, row.degrees);
+        EXPECT_EQ(text(place.toDmString(LONGITUDE)), row.seconds);
+        EXPECT_EQ(text(place.toDMsString(LONGITUDE)), row.minutes);
+    }
+}

@@ -29,7 +29,7 @@ constexpr int PNG_QUALITY = 80;
 constexpr int TEXTURE_SIDE = QUORTerrainBlock::TEXTURE_SIDE;
 constexpr qsizetype TEXTURE_ROW_BYTES = 3LL * TEXTURE_SIDE;
 const QString TEXTURE_SUFFIX = QStringLiteral(".png");
-const QString DAMAGED = QStringLiteral("damaged, or not made for this projection");
+const QString DAMAGED = QStringLiteral("damaged, or not made for this tile and projection");
 
 QByteArray hash(QByteArrayView bytes) {
     QCryptographicHash result(QCryptographicHash::Md5);
@@ -59,13 +59,15 @@ struct MeshFile {
 
 /// Stays under the 256 characters that the format allows a title. The centre is as exact as in the file's
 /// name, a hundred metres at worst: a radar that places itself anew by satellite must not lose its blocks.
-QByteArray makeTitle(const MeshFile& mesh, vtkImageData& texture, const QUORGeoProjection& projection) {
+QByteArray makeTitle(const MeshFile& mesh, vtkImageData& texture, const QUORCoordinate& origin,
+                     const QUORGeoProjection& projection) {
     const auto number = [](double value, int digits) { return QByteArray::number(value, 'g', digits); };
     const QUORCoordinate centre = projection.getReferenceLocation();
     return "terrain block " + hash(mesh.format + mesh.body) + ' ' + hash(pixels(texture)) + ' ' +
            projection.getName().toUtf8().left(20) + ' ' + number(centre.getLat(), 6) + ' ' +
            number(centre.getLon(), 6) + ' ' + number(projection.getEarthRadius(), 17) + ' ' +
-           number(projection.getInverseFlattening(), 17);
+           number(projection.getInverseFlattening(), 17) + ' ' + number(origin.getLat(), 17) + ' ' +
+           number(origin.getLon(), 17);
 }
 
 QString publish(const QString& fileName, const QByteArray& bytes) {
@@ -149,7 +151,7 @@ bool QUORTerrainBlockFile::makeFolder(const QString& path) {
 }
 
 QString QUORTerrainBlockFile::write(const QString& fileName, const QUORTerrainBlock& block,
-                                    const QUORGeoProjection& projection) {
+                                    const QUORCoordinate& origin, const QUORGeoProjection& projection) {
     vtkNew<vtkPolyDataWriter> writer;
     writer->SetInputData(block.mesh);
     writer->SetFileTypeToBinary();
@@ -164,13 +166,14 @@ QString QUORTerrainBlockFile::write(const QString& fileName, const QUORTerrainBl
     makeFolder(QFileInfo(fileName).absolutePath());
     // The mesh last: it vouches for the texture.
     const QString error = publish(fileName + TEXTURE_SUFFIX, png);
-    return error.isEmpty() ? publish(fileName, file.format + makeTitle(file, *block.texture, projection) +
-                                                   '\n' + file.body)
-                           : error;
+    return error.isEmpty()
+               ? publish(fileName,
+                         file.format + makeTitle(file, *block.texture, origin, projection) + '\n' + file.body)
+               : error;
 }
 
-QString QUORTerrainBlockFile::read(const QString& fileName, const QUORGeoProjection& projection,
-                                   QUORTerrainBlock& block) {
+QString QUORTerrainBlockFile::read(const QString& fileName, const QUORCoordinate& origin,
+                                   const QUORGeoProjection& projection, QUORTerrainBlock& block) {
     QByteArray meshBytes;
     QByteArray textureBytes;
     for (const QString& error :
@@ -184,7 +187,7 @@ QString QUORTerrainBlockFile::read(const QString& fileName, const QUORGeoProject
         return fileName + TEXTURE_SUFFIX + QStringLiteral(": ") + DAMAGED;
     }
     const MeshFile file(meshBytes);
-    if (file.title.isEmpty() || file.title != makeTitle(file, *texture, projection)) {
+    if (file.title.isEmpty() || file.title != makeTitle(file, *texture, origin, projection)) {
         return fileName + QStringLiteral(": ") + DAMAGED;
     }
     vtkNew<vtkPolyDataReader> reader;

@@ -226,14 +226,14 @@ bool QUORTerrainFile::convertData(const QUORGeoProjection::CPtr& projection, con
     }
     _block.texture = QUORTerrainColors::makeTexture(*grid);
     if (!cacheFileName.isEmpty()) {
-        _cacheError = QUORTerrainBlockFile::write(cacheFileName, _block, *projection);
+        _cacheError = QUORTerrainBlockFile::write(cacheFileName, _block, _origin, *projection);
     }
     return true;
 }
 
 bool QUORTerrainFile::loadCachedData(const QUORGeoProjection::CPtr& projection,
                                      const QString& cacheFileName) {
-    _cacheError = QUORTerrainBlockFile::read(cacheFileName, *projection, _block);
+    _cacheError = QUORTerrainBlockFile::read(cacheFileName, _origin, *projection, _block);
     return _cacheError.isEmpty();
 }
 

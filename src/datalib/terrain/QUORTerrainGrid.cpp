@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr int VOID_POST = -32768;
 constexpr double NO_HEIGHT = 32767.0;
 constexpr int POST_BYTES = 2;
 constexpr int LAST = QUORTerrainGrid::REDUCED_SIDE - 1;
@@ -25,26 +24,37 @@ int blockLength(int index, int step) {
     return index == 0 || index == LAST ? 1 : step;
 }
 
-void addLine(const uchar* line, int step, std::vector<Sum>& sums) {
+bool isSrtmVoid(int post) {
+    return post == -32768;
+}
+
+/// The format's own void is all ones, and -32767 in its sign-magnitude numbers. Tools that write two's
+/// complement turn them into -1 and into -32767 or -32768.
+bool isDtedVoid(int post) {
+    return post == -1 || post == -32767 || post == -32768;
+}
+
+template <class IsVoid>
+void addLine(const uchar* line, int step, std::vector<Sum>& sums, IsVoid isVoid) {
     for (int j = 0; j <= LAST; ++j) {
         const uchar* post = line + std::ptrdiff_t(j) * step * POST_BYTES;
         for (int k = blockLength(j, step); k > 0; --k, post += POST_BYTES) {
             const int height = qFromBigEndian<qint16>(post);
             sums[j].sum += std::max(height, 0);
-            sums[j].count += height != VOID_POST ? 1 : 0;
+            sums[j].count += isVoid(height) ? 0 : 1;
         }
     }
 }
 
 /// Averages square blocks of a file made of `lines` of posts. `store(line, post, sum)` takes the result in
 /// file order.
-template <class Store>
-void reduce(const uchar* lines, qsizetype lineBytes, int step, Store store) {
+template <class IsVoid, class Store>
+void reduce(const uchar* lines, qsizetype lineBytes, int step, IsVoid isVoid, Store store) {
     std::vector<Sum> sums(QUORTerrainGrid::REDUCED_SIDE);
     for (int i = 0; i <= LAST; ++i) {
         std::fill(sums.begin(), sums.end(), Sum());
         for (int k = 0; k < blockLength(i, step); ++k) {
-            addLine(lines + (qsizetype(i) * step + k) * lineBytes, step, sums);
+            addLine(lines + (qsizetype(i) * step + k) * lineBytes, step, sums, isVoid);
         }
         for (int j = 0; j <= LAST; ++j) {
             store(i, j, sums[j]);
@@ -59,7 +69,7 @@ QUORTerrainGrid QUORTerrainGrid::reduceSrtm(const QByteArray& bytes, int postsPe
     double lowest = NO_HEIGHT;
     double previous = NO_HEIGHT;
     reduce(reinterpret_cast<const uchar*>(bytes.constData()), qsizetype(postsPerSide) * POST_BYTES,
-           (postsPerSide - 1) / LAST, [&](int row, int column, const Sum& block) {
+           (postsPerSide - 1) / LAST, isSrtmVoid, [&](int row, int column, const Sum& block) {
                if (block.count > 0) {
                    previous = double(block.sum) / block.count;
                    lowest = std::min(lowest, previous);
@@ -78,7 +88,7 @@ QUORTerrainGrid QUORTerrainGrid::reduceDted1(const QByteArray& bytes) {
     double previous = 0.0;
     const auto* lines = reinterpret_cast<const uchar*>(bytes.constData()) + QUORDtedLayout::DATA_OFFSET +
                         QUORDtedLayout::RECORD_HEADER_BYTES;
-    reduce(lines, QUORDtedLayout::RECORD_BYTES, (QUORDtedLayout::POSTS - 1) / LAST,
+    reduce(lines, QUORDtedLayout::RECORD_BYTES, (QUORDtedLayout::POSTS - 1) / LAST, isDtedVoid,
            [&](int column, int postFromSouth, const Sum& block) {
                if (block.count > 0) {
                    previous = double(block.sum) / block.count;

@@ -163,6 +163,16 @@ TEST_F(TerrainFile, fillsVoidsAndKeepsTheSeaFlat) {
         EXPECT_NEAR(tile.getElevationAtLocation({-7.5, -7.5}), row.height, 1.0);
         EXPECT_NEAR(tile.getBlock().mesh->GetPoint(60 * 61)[2], row.start, 1.0);
     }
+    // DTED writers differ in how they write a void; a void repeats what lies south of it.
+    const std::pair<int, double> voids[] = {{-32768, 1800.0}, {-32767, 1800.0}, {-1, 1800.0}, {-2, 0.0}};
+    for (const auto& [post, height] : voids) {
+        SCOPED_TRACE(post);
+        const auto land = [&, raw = post](double n, double e) { return inPatch(n, e) ? raw : 1800; };
+        QUORTerrainFile dted = writeTile("v.dt1", TerrainTiles::dted("0010000E0420000N", land));
+        ASSERT_TRUE(dted.convertData(TerrainTiles::projection(42.0, 1.0), {}));
+        EXPECT_EQ(dted.getElevationAtLocation({42.5, 1.5}), height);
+        EXPECT_EQ(dted.getElevationAtLocation({42.5, 1.8}), 1800.0);
+    }
     QUORTerrainFile dted = writeTile("v.dt1", TerrainTiles::dted("0010000E0420000N", [&](double, double e) {
                                          return e < 0.5 ? -32768 : 9;
                                      }));
@@ -246,6 +256,7 @@ TEST_F(TerrainFile, takesOnlyWholeBlocksOfItsProjectionFromTheCache) {
     other.fill(Qt::red);
     QUORTerrainFile elsewhere = writeTile("N43E001.hgt", TerrainTiles::srtm(slope));
     ASSERT_TRUE(elsewhere.convertData(TerrainTiles::projection(42.0, 1.5, "aeqd", 6371000.0), path("o.vtk")));
+    ASSERT_TRUE(elsewhere.convertData(here, path("n.vtk")));
     const std::pair<const char*, std::function<void()>> damages[] = {
         {"cut mesh", [&] { writeFile(mesh, meshBytes.left(meshBytes.size() / 2)); }},
         {"one flipped bit", [&] { writeFile(mesh, flipped); }},
@@ -255,6 +266,11 @@ TEST_F(TerrainFile, takesOnlyWholeBlocksOfItsProjectionFromTheCache) {
         {"no mesh at all", [&] { QFile::remove(mesh); }},
         {"a text", [&] { writeFile(mesh, "hello\nworld\n"); }},
         {"another earth", [&] { writeFile(mesh, readFile(path("o.vtk"))); }},
+        {"another tile",
+         [&] {
+             writeFile(mesh, readFile(path("n.vtk")));
+             writeFile(texture, readFile(path("n.vtk.png")));
+         }},
         {"cut texture", [&] { writeFile(texture, textureBytes.left(textureBytes.size() / 2)); }},
         {"no texture", [&] { QFile::remove(texture); }},
         {"another picture", [&] { other.save(texture); }},
