@@ -58,6 +58,15 @@ QByteArray spread(const QByteArray& srtm3) {
     return bytes;
 }
 
+/// The first image of a site on a coast: one tile in three has land.
+void writeCoast(const QString& folder, const QString& original) {
+    for (int i = 1; i < ROWS * COLUMNS; ++i) {
+        if (i % 3 == 0) {
+            repeatTile(folder, original, SITE_LAT + i / COLUMNS, SITE_LON + i % COLUMNS);
+        }
+    }
+}
+
 double loadArea(const QString& tiles, const QString& cache, int rows, int columns) {
     const auto projection = std::make_shared<QUORGeoProjection>(
         QStringLiteral("aeqd"), QUORCoordinate(SITE_LAT + 0.3, SITE_LON + 0.9), 6378137.0, 298.257);
@@ -85,7 +94,8 @@ int main() {
     const QString srtm3 = scratch.filePath(QStringLiteral("srtm3"));
     const QString srtm1 = scratch.filePath(QStringLiteral("srtm1"));
     const QString many = scratch.filePath(QStringLiteral("many"));
-    for (const QString& folder : {srtm3, srtm1, many}) {
+    const QString coast = scratch.filePath(QStringLiteral("coast"));
+    for (const QString& folder : {srtm3, srtm1, many, coast}) {
         std::filesystem::create_directory(folder.toStdString());
     }
     const TerrainWriter land(1, SITE_LAT + 0.5, SITE_LON + 0.5);
@@ -100,6 +110,9 @@ int main() {
         repeatTile(srtm1, first, SITE_LAT, SITE_LON + i);
     }
     printArea("SRTM3", srtm3, scratch.filePath(QStringLiteral("cache3")), ROWS, COLUMNS);
+    writeFile(coast + QLatin1Char('/') + first, tile);
+    writeCoast(coast, first);
+    printArea("coastal", coast, scratch.filePath(QStringLiteral("cacheCoast")), ROWS, COLUMNS);
     printArea("SRTM1", srtm1, scratch.filePath(QStringLiteral("cache1")), 1, SRTM1_TILES);
 
     const QString start = TerrainWriter::fileName(-60, -180);

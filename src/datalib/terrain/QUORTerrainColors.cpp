@@ -116,6 +116,15 @@ QUORTerrainColors::Rgb QUORTerrainColors::heightToColor(double height, double sh
     return result;
 }
 
+vtkSmartPointer<vtkImageData> QUORTerrainColors::makeSeaTexture() {
+    static const vtkSmartPointer<vtkImageData> sea =
+        makeTexture(QUORTerrainGrid(QUORTerrainBlock::TEXTURE_SIDE));
+    // An image of its own: what reads it writes notes of its own to it, on other threads.
+    auto texture = vtkSmartPointer<vtkImageData>::New();
+    texture->ShallowCopy(sea);
+    return texture;
+}
+
 vtkSmartPointer<vtkImageData> QUORTerrainColors::makeTexture(const QUORTerrainGrid& grid) {
     std::vector<Rgb> colors;
     colors.reserve(grid.heights.size());

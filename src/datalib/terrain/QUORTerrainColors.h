@@ -19,4 +19,7 @@ Rgb heightToColor(double height, double shade);
 /// A tile's texture of TEXTURE_SIDE pixels a side from its reduced posts.
 vtkSmartPointer<vtkImageData> makeTexture(const QUORTerrainGrid& grid);
 
+/// The same for a tile at sea level throughout. The pixels are made once and shared by all these textures.
+vtkSmartPointer<vtkImageData> makeSeaTexture();
+
 } // namespace QUORTerrainColors

@@ -193,8 +193,6 @@ bool QUORTerrainFile::loadHeadersSRTM() {
 std::optional<QUORTerrainGrid> QUORTerrainFile::loadOriginalData() const {
     std::optional<QByteArray> bytes;
     switch (_type) {
-    case Empty:
-        return QUORTerrainGrid(QUORTerrainGrid::REDUCED_SIDE);
     case Dted1:
         bytes = readWhole(_fileName, "loadOriginalDataDTED1", QUORDtedLayout::FILE_BYTES);
         return bytes ? std::optional(QUORTerrainGrid::reduceDted1(*bytes)) : std::nullopt;
@@ -203,6 +201,7 @@ std::optional<QUORTerrainGrid> QUORTerrainFile::loadOriginalData() const {
         bytes = readWhole(_fileName, "loadOriginalDataSRTM", srtmBytes(_latPoints));
         return bytes ? std::optional(QUORTerrainGrid::reduceSrtm(*bytes, _latPoints)) : std::nullopt;
     case Unknown:
+    case Empty:
         break;
     }
     return std::nullopt;
@@ -215,16 +214,18 @@ bool QUORTerrainFile::convertData(const QUORGeoProjection::CPtr& projection, con
         logError("convertData", QStringLiteral("no projection for ") + getBlockName());
         return false;
     }
-    const std::optional<QUORTerrainGrid> grid = loadOriginalData();
-    if (!grid) {
+    const bool isSea = _type == Empty;
+    const std::optional<QUORTerrainGrid> grid = isSea ? std::nullopt : loadOriginalData();
+    if (!isSea && !grid) {
         return false;
     }
-    _block.mesh = QUORTerrainMesh::make(grid->thin(THINNING), _origin, *projection);
+    _block.mesh = QUORTerrainMesh::make(
+        isSea ? QUORTerrainGrid(QUORTerrainBlock::SIDE) : grid->thin(THINNING), _origin, *projection);
     if (!_block.mesh) {
         logError("convertData", QStringLiteral("the projection cannot place ") + getBlockName());
         return false;
     }
-    _block.texture = QUORTerrainColors::makeTexture(*grid);
+    _block.texture = isSea ? QUORTerrainColors::makeSeaTexture() : QUORTerrainColors::makeTexture(*grid);
     if (!cacheFileName.isEmpty()) {
         _cacheError = QUORTerrainBlockFile::write(cacheFileName, _block, _origin, *projection);
     }

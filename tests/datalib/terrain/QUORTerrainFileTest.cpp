@@ -197,6 +197,27 @@ TEST_F(TerrainFile, coloursHeightsAndSlopes) {
     EXPECT_EQ(tile.getBlock().texture->GetScalarComponentAsDouble(60, 200, 0, 0), 255.0);
 }
 
+TEST_F(TerrainFile, makesTheColoursOfTheSeaOnce) {
+    QUORTerrainFile measured = writeTile("N42E001.hgt", TerrainTiles::srtm([](double, double) { return 0; }));
+    QUORTerrainFile missing[] = {QUORTerrainFile(QUORCoordinate(42.0, 1.0)),
+                                 QUORTerrainFile(QUORCoordinate(42.0, 2.0))};
+    for (QUORTerrainFile* tile : {&measured, &missing[0], &missing[1]}) {
+        ASSERT_TRUE(tile->convertData(TerrainTiles::projection(42.0, 1.0), path("block.vtk")));
+    }
+    const auto pixels = [](const QUORTerrainFile& tile) {
+        return QByteArray(static_cast<const char*>(tile.getBlock().texture->GetScalarPointer()), 3 << 16);
+    };
+    EXPECT_EQ(pixels(missing[0]), pixels(measured));
+    EXPECT_EQ(missing[0].getBlock().texture->GetScalarPointer(),
+              missing[1].getBlock().texture->GetScalarPointer());
+    // Each is its tile's own to give away.
+    EXPECT_NE(missing[0].takeTexture(), missing[1].takeTexture());
+    for (vtkIdType i = 0; i < 3721; ++i) {
+        ASSERT_EQ(missing[0].getBlock().mesh->GetPoint(i)[2], 0.0);
+        ASSERT_EQ(missing[0].getBlock().mesh->GetPoint(i)[0], measured.getBlock().mesh->GetPoint(i)[0]);
+    }
+}
+
 TEST_F(TerrainFile, refusesWhatChangedSinceTheScanOrCannotBePlaced) {
     const QByteArray whole(SRTM3_BYTES, '\0');
     QUORTerrainFile tile = writeTile("N42E001.hgt", whole);
