@@ -16,10 +16,6 @@ namespace {
 constexpr int MINIMUM_LATITUDES = 4;
 constexpr double METRES_PER_KM = 1000.0;
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 QString translated(const char* text) {
     return QCoreApplication::translate("Datalib", text);
 }

@@ -20,10 +20,6 @@ constexpr int DIRECTORY_CHECK_INTERVAL_MS = 60000;
 constexpr int JOIN_STEP_MS = 10;
 const QString TERRAIN_CACHE = QStringLiteral("~/.quor3d/cache/terrain");
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 // A settings file that is being replaced or cannot be read names no directory: that must not cost the
 // directory in use and what arrived in it meanwhile.
 QString keptUnlessConfigured(const QString& kind, const QString& configured, const QString& current) {

@@ -6,6 +6,7 @@
 #include "QUORPresetStore.h"
 #include "QUORSettingsReader.h"
 #include "QUORSettingsWriter.h"
+#include "QUORUnits.h"
 
 #include <QCoreApplication>
 
@@ -27,8 +28,6 @@ const QString QUORGeneralSettings::ANIMATION_SPEED = QStringLiteral("animspeed")
 
 namespace {
 
-constexpr double KM_PER_NAUTICAL_MILE = 1.853184;
-constexpr double FEET_PER_METRE = 3.2808399;
 // Beyond these the scene degenerates or the filters' kernels outgrow memory.
 constexpr double MINIMUM_VERTICAL_SCALE = 0.001;
 constexpr double MAXIMUM_VERTICAL_SCALE = 1000.0;
@@ -168,11 +167,11 @@ QString QUORGeneralSettings::formattedTimeShort(const QDateTime& time) const {
 }
 
 double QUORGeneralSettings::getCorrectLengthBig(double km) const {
-    return _values.metricUnits ? km : km / KM_PER_NAUTICAL_MILE;
+    return _values.metricUnits ? km : km / QUORUnits::KILOMETRES_PER_NAUTICAL_MILE;
 }
 
 double QUORGeneralSettings::getCorrectLengthSmall(double m) const {
-    return _values.metricUnits ? m : m * FEET_PER_METRE;
+    return _values.metricUnits ? m : m * QUORUnits::FEET_PER_METRE;
 }
 
 QString QUORGeneralSettings::getLengthUnitBig() const {

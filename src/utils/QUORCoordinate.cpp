@@ -2,6 +2,7 @@
 #include "QUORCoordinate.h"
 
 #include "QUORGeoProjection.h"
+#include "QUORUnits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +10,6 @@
 namespace {
 
 constexpr double BINARY_ANGLES_PER_DEGREE = 11930464.711111112;
-constexpr double DEGREES_PER_RADIAN = 180.0 / 3.14159265;
 constexpr double EARTH_RADIUS = 6378137.0;
 constexpr double INVERSE_FLATTENING = 298.257;
 constexpr QChar DEGREE_SIGN(0x00B0);
@@ -111,7 +111,7 @@ double QUORCoordinate::getBearingTo(const QUORCoordinate& other) const {
         return 0.0;
     }
     const QUORPoint3D p = projectAround(*this, other);
-    double bearing = std::atan2(p.x, p.y) * DEGREES_PER_RADIAN;
+    double bearing = std::atan2(p.x, p.y) * QUORUnits::DEGREES_PER_RADIAN;
     if (bearing < 0.0) {
         bearing += 360.0;
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "QUORFilePublisher.h"
 
+#include "QUORSystem.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -11,7 +13,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -28,10 +29,6 @@ QString temporaryName(const QFileInfo& target) {
            QStringLiteral(".tmp");
 }
 
-QString systemError() {
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
-
 } // namespace
 
 QUORFilePublisher::QUORFilePublisher(const QString& target) : _target(QFileInfo(target).absoluteFilePath()) {
@@ -43,7 +40,7 @@ QUORFilePublisher::QUORFilePublisher(const QString& target) : _target(QFileInfo(
         fd = ::open(path.constData(), flags, 0644);
     }
     if (fd < 0) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
         return;
     }
     ::fchmod(fd, 0644);
@@ -67,13 +64,13 @@ bool QUORFilePublisher::copyFrom(int source) {
         good = copied > 0 || (copied < 0 && errno == EINTR);
     }
     if (!good) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
     } else {
         // On its way to the disk before the name is: a power cut then hardly finds an empty file.
         ::sync_file_range(fd, 0, 0, SYNC_FILE_RANGE_WRITE);
     }
     if (fd >= 0 && ::close(fd) != 0 && good) {
-        _error = systemError(); // where a remote file system tells of a full disk
+        _error = QUORSystem::errorText(); // where a remote file system tells of a full disk
         good = false;
     }
     return good;
@@ -105,18 +102,18 @@ bool QUORFilePublisher::publish(bool sync) {
     const bool whole = fd >= 0 && ::fstat(fd, &info) == 0 && info.st_size > 0;
     bool good = whole;
     if (fd < 0) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
     } else {
         if (!whole) {
             _error = QStringLiteral("nothing was written");
         } else if (sync && ::fsync(fd) != 0) {
-            _error = systemError();
+            _error = QUORSystem::errorText();
             good = false;
         }
         ::close(fd);
     }
     if (good && ::rename(from.constData(), QFile::encodeName(_target).constData()) != 0) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
         good = false;
     }
     if (!good) {

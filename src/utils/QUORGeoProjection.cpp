@@ -2,6 +2,7 @@
 #include "QUORGeoProjection.h"
 
 #include "QUORLog.h"
+#include "QUORUnits.h"
 
 #include <QMutex>
 #include <QMutexLocker>
@@ -14,7 +15,6 @@
 
 namespace {
 
-constexpr double RADIANS_PER_DEGREE = 3.14159265 / 180.0;
 // Nearer than this the library's own origin is the reference location.
 constexpr double ORIGIN_TOLERANCE = 1.0;
 
@@ -88,7 +88,8 @@ QUORPoint3D QUORGeoProjection::Handles::forward(const QUORCoordinate& c) {
         }
         return {};
     }
-    PJ_COORD point = proj_coord(c.getLon() * RADIANS_PER_DEGREE, c.getLat() * RADIANS_PER_DEGREE, 0.0, 0.0);
+    PJ_COORD point = proj_coord(c.getLon() * QUORUnits::RADIANS_PER_DEGREE,
+                                c.getLat() * QUORUnits::RADIANS_PER_DEGREE, 0.0, 0.0);
     if (transform(PJ_FWD, point)) {
         return {point.xyz.x - originX, point.xyz.y - originY, 0.0};
     }
@@ -166,8 +167,8 @@ QUORCoordinate QUORGeoProjection::projectToLatLon(const QUORPoint3D& p) const {
     }
     PJ_COORD point = proj_coord(p.x + _handles->originX, p.y + _handles->originY, p.z, 0.0);
     if (_handles->transform(PJ_INV, point)) {
-        return {std::clamp(point.lp.phi / RADIANS_PER_DEGREE, -90.0, 90.0),
-                std::remainder(point.lp.lam / RADIANS_PER_DEGREE, 360.0)};
+        return {std::clamp(point.lp.phi / QUORUnits::RADIANS_PER_DEGREE, -90.0, 90.0),
+                std::remainder(point.lp.lam / QUORUnits::RADIANS_PER_DEGREE, 360.0)};
     }
     if (_handles->failedInverse.isDue()) {
         _handles->logFailure(

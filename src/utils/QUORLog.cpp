@@ -150,6 +150,14 @@ void QUORLog::closeFile() {
     _descriptor = -1;
 }
 
+void logDebug(const QString& text) {
+    QUORLog::Instance().logDebug(text);
+}
+
+void logWarning(const QString& text) {
+    QUORLog::Instance().logWarning(text);
+}
+
 QUORLogScope::QUORLogScope(const char* method) : _method(method) {
     QUORLog::Instance().logDebug(QString::fromUtf8(_method) + QStringLiteral("() called."));
 }

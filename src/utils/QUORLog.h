@@ -70,6 +70,10 @@ private:
     std::atomic<int> _level{Error};
 };
 
+/// Shorthand for the one logger.
+void logDebug(const QString& text);
+void logWarning(const QString& text);
+
 /// Logs "<method>() called." now and "<method>() finished." at the end of the scope, at debug level.
 class QUORLogScope {
 public:

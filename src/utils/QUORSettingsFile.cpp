@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "QUORSettingsFile.h"
 
+#include "QUORSystem.h"
+
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QFile>
@@ -14,7 +16,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -147,7 +148,7 @@ std::optional<QByteArray> QUORSettingsFile::read(const QString& fileName, QStrin
     error.clear();
     const int fd = openToRead(fileName);
     if (fd < 0) {
-        error = errno == ENOENT ? QString() : QString::fromLocal8Bit(std::strerror(errno));
+        error = errno == ENOENT ? QString() : QUORSystem::errorText();
         return error.isEmpty() ? std::optional(QByteArray()) : std::nullopt;
     }
     error = findRefusal(fd);

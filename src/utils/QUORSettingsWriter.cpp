@@ -5,6 +5,7 @@
 #include "QUORLogOnce.h"
 #include "QUORSettingsFile.h"
 #include "QUORSettingsReader.h"
+#include "QUORSystem.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -172,7 +172,7 @@ bool QUORSettingsWriter::commit() {
 
 QString QUORSettingsWriter::store(const QString& fileName) const {
     if (!makePrivateFolder(QFileInfo(fileName).path())) {
-        return QString::fromLocal8Bit(std::strerror(errno));
+        return QUORSystem::errorText();
     }
     QLockFile lock(_settings.fileName() + QStringLiteral(".lock"));
     if (!lock.tryLock(LOCK_TIMEOUT_MS)) {

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QSettings>
 
+#include <cstring>
 #include <pwd.h>
 #include <vector>
 
@@ -74,6 +75,10 @@ QString getSystemConfigurationDirectory() {
         }
     }
     return {};
+}
+
+QString errorText(int error) {
+    return QString::fromLocal8Bit(std::strerror(error));
 }
 
 QString expandHome(const QString& path) {

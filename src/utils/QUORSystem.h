@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <cerrno>
+
 /// Look-ups about the system that lower layers need; the application object forwards to them.
 namespace QUORSystem {
 
@@ -19,6 +21,8 @@ QString getUserHomeDirectory(const QString& user);
 QString getUserSettingsDirectory(const QString& user);
 /// "/etc/sysconfig" or "/etc/default", the first that exists, or empty.
 QString getSystemConfigurationDirectory();
+/// What the system says to an error number.
+QString errorText(int error = errno);
 /// A path whose leading "~" stands for the home directory of the process, expanded.
 QString expandHome(const QString& path);
 /// Packaged settings are looked for in the configuration folder of this installation, unless XDG_CONFIG_DIRS

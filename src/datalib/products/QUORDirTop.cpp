@@ -19,10 +19,6 @@
 
 namespace {
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 void logAdding(const QUORFile& file) {
     if (QUORLog::Instance().level() >= QUORLog::Debug) {
         const QStringList names{file.getSite(), file.getProduct(), file.getConfiguration(), file.getTime()};

@@ -5,12 +5,12 @@
 #include "QUOR3DTop.h"
 #include "QUORDirectoryListing.h"
 #include "QUORLog.h"
+#include "QUORSystem.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <sys/stat.h>
 
@@ -20,14 +20,6 @@ constexpr int MOST_RETRIES = 10;
 /// A directory full of other files costs so many lines, and one more for the rest.
 constexpr int MOST_DISCARD_LINES = 20;
 const QString DISCARDED = QStringLiteral("INCOMING FILE DISCARDED: (INVALID OR NO PERMISSIONS): ");
-
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
-void logWarning(const QString& text) {
-    QUORLog::Instance().logWarning(text);
-}
 
 /// What the first list has and the second has not; both ascending.
 QStringList difference(const QStringList& first, const QStringList& second) {
@@ -163,7 +155,7 @@ void QUORDirectoryWatchData::noteListing(const QUORDirectoryListing& listing) {
     const bool failed = !listing.isComplete() && !listing.isGone();
     if (failed && !_listingFailed) {
         logWarning(QStringLiteral("Directory cannot be listed (") +
-                   QString::fromLocal8Bit(std::strerror(listing.getError())) + QStringLiteral("): ") + _path);
+                   QUORSystem::errorText(listing.getError()) + QStringLiteral("): ") + _path);
     }
     _listingFailed = failed;
     if (!failed && listing.isGone() != _gone) {

@@ -14,10 +14,6 @@ namespace {
 /// So many changes of a burst are seen at once.
 constexpr unsigned long SETTLE_MILLISECONDS = 10;
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 void logNotificationTime() {
     logDebug(QStringLiteral("Notification time: ") + QDateTime::currentDateTime().toString(Qt::TextDate));
 }

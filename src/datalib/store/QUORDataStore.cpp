@@ -17,10 +17,6 @@ namespace {
 
 constexpr std::chrono::milliseconds SCOUT_PATIENCE(500);
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 QStringList takeAll(QString (QUORDirectoryWatcher::*take)(), QUORDirectoryWatcher& watcher,
                     const QString& logPrefix) {
     QStringList paths;

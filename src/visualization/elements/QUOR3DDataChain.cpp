@@ -29,10 +29,6 @@ constexpr double RADIUS_FACTOR = 3.0;
 /// One per axis of the image.
 using Factors = std::array<int, 3>;
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 void reportFailure(const QUORFile& file, const QString& reason) {
     QUORLog& log = QUORLog::Instance();
     log.logError(QStringLiteral("Tried to load invalid 3D data file: ") + file.getName());

@@ -22,10 +22,6 @@ constexpr QUORElementTexts TEXTS{"QUOR3DVisualElement", "Creating new  visualiza
 
 std::atomic<bool> hardwareRendering{false};
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 } // namespace
 
 QUOR3DVisualElement::QUOR3DVisualElement(QUORVisualGroup* group, int key)

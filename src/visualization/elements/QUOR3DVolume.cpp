@@ -29,10 +29,6 @@ namespace {
 constexpr int RAMP_POINTS = 15;
 constexpr int RAMP_EXPONENT = 5;
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 /// Twice in each voxel of reduced data; what lies wider apart shows as bands. Automatic distances would
 /// also take the scale of the volume in the scene for that of its voxels, and show nothing.
 template <class Mapper>

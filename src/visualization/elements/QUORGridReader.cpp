@@ -2,6 +2,7 @@
 #include "QUORGridReader.h"
 
 #include "QUORFile.h"
+#include "QUORSystem.h"
 
 #include <QFile>
 
@@ -11,7 +12,6 @@
 #include <vtkType.h>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -36,10 +36,6 @@ public:
 private:
     int _descriptor;
 };
-
-QString systemError() {
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
 
 /// False at the end of the file and on errors; errno tells them apart.
 bool readFully(int descriptor, char* target, qint64 bytes) {
@@ -67,7 +63,7 @@ vtkSmartPointer<vtkImageData> QUORGridReader::read(int levels, double zSpacing) 
     }
     const Descriptor descriptor(_file.getPath());
     if (descriptor.get() < 0) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
         return {};
     }
     auto image = vtkSmartPointer<vtkImageData>::New();
@@ -81,7 +77,7 @@ vtkSmartPointer<vtkImageData> QUORGridReader::read(int levels, double zSpacing) 
 bool QUORGridReader::readElements(int descriptor, void* elements, qint64 bytes) {
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
         return false;
     }
     if (!S_ISREG(status.st_mode)) {
@@ -99,7 +95,7 @@ bool QUORGridReader::readElements(int descriptor, void* elements, qint64 bytes) 
         return false;
     }
     if (!readFully(descriptor, static_cast<char*>(elements), bytes)) {
-        _error = errno != 0 ? systemError() : QStringLiteral("the file ended while it was read");
+        _error = errno != 0 ? QUORSystem::errorText() : QStringLiteral("the file ended while it was read");
         return false;
     }
     return true;

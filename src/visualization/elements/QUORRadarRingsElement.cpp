@@ -5,6 +5,7 @@
 #include "QUORAssert.h"
 #include "QUORFlatLabels.h"
 #include "QUORLineActor.h"
+#include "QUORUnits.h"
 
 #include <vtkActor.h>
 #include <vtkCellArray.h>
@@ -31,8 +32,6 @@ constexpr std::array<QUORStyleGroup::Row, 6> STYLE{{
 constexpr std::array<double, 4> RING_FRACTIONS{1.0, 0.75, 0.5, 0.25};
 constexpr int RING_POINTS = 64;
 constexpr int SPOKES = 12;
-/// Metres in a thousandth of a nautical mile, the unit of a record that is not metric.
-constexpr double NAUTICAL_UNIT = 1.853184;
 /// A label of size 10000 is one fortieth of the outer radius.
 constexpr double LABEL_SIZE_DIVISOR = 400000.0;
 constexpr double MAXIMUM_RADIUS = 2.0e7;
@@ -84,7 +83,7 @@ void QUORRadarRingsElement::createVTK() {
     QUOR_ASSERT(_params);
     _prop = nullptr;
     loadStyle(false);
-    const double unit = _params->isMetricUnits() ? 1.0 : NAUTICAL_UNIT;
+    const double unit = _params->isMetricUnits() ? 1.0 : QUORUnits::KILOMETRES_PER_NAUTICAL_MILE;
     const double outer = unit * _params->getRange();
     if (!(outer > 0.0 && outer <= MAXIMUM_RADIUS)) {
         return;

@@ -3,6 +3,7 @@
 
 #include "QUORAssert.h"
 #include "QUORLog.h"
+#include "QUORUnits.h"
 #include "QUORViewGeometry.h"
 
 #include <vtkCallbackCommand.h>
@@ -20,7 +21,6 @@ vtkStandardNewMacro(QUORCameraInteractor)
 
 namespace {
 
-constexpr double PI = 3.14159265;
 constexpr double FLOOR_HEIGHT = 2000.0;
 constexpr double NEAR_DISTANCE = 100.0;
 constexpr double NUDGE = 0.000001;
@@ -40,7 +40,7 @@ QUORPoint3D pitchAxis(const QUORPoint3D& position, const QUORPoint3D& target) {
 
 /// Of a rotation: headings and pitches grow clockwise about their axes.
 double degrees(double radians) {
-    return radians * -180.0 / PI;
+    return radians * -180.0 / QUORUnits::PI;
 }
 
 /// A pitch step must neither turn the view over nor make it look up.

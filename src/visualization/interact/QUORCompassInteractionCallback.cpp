@@ -2,6 +2,7 @@
 #include "QUORCompassInteractionCallback.h"
 
 #include "QUORCameraInteractor.h"
+#include "QUORUnits.h"
 
 #include <vtkCompassWidget.h>
 
@@ -10,8 +11,8 @@ void QUORCompassInteractionCallback::Execute(vtkObject* caller, unsigned long ev
     if (event != vtkCommand::InteractionEvent || widget == nullptr || _camera == nullptr) {
         return;
     }
-    const double heading = widget->GetHeading() * 2.0 * double(3.1415927F);
-    const double pitch = widget->GetTilt() * 3.14159265 / 180.0;
+    const double heading = widget->GetHeading() * QUORUnits::FULL_TURN;
+    const double pitch = widget->GetTilt() * QUORUnits::RADIANS_PER_DEGREE;
     _camera->setCameraByHPD(heading, pitch, widget->GetDistance());
     _camera->applyCamera(false);
     _camera->render();

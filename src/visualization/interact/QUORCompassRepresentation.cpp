@@ -3,6 +3,7 @@
 
 #include "QUORCameraInteractor.h"
 #include "QUORLog.h"
+#include "QUORUnits.h"
 
 #include <QCoreApplication>
 
@@ -23,8 +24,6 @@ constexpr std::array<QUORStyleGroup::Row, 3> STYLE{{
     {"compass/opacity/nonhighlighted", QUORStyleGroup::Kind::Opacity, {1.0}},
 }};
 
-constexpr double FULL_TURN = 6.2831854820251465;
-constexpr double DEGREES_PER_RADIAN = 180.0 / 3.14159265;
 constexpr double UNKNOWN_DISTANCE = 9999.9;
 
 /// Holds a highlight state for the length of a call to the base class.
@@ -44,7 +43,7 @@ QString statusText(bool known, double heading) {
     if (!known) {
         return QCoreApplication::translate("VTK", "N");
     }
-    const double degrees = heading * 2.0 * 3.1415927 * 57.29577951308232;
+    const double degrees = heading * QUORUnits::FULL_TURN * QUORUnits::DEGREES_PER_RADIAN;
     return QCoreApplication::translate("VTK", "Heading") + QLatin1Char(' ') +
            QString::number(degrees, 'f', 0);
 }
@@ -83,8 +82,8 @@ void QUORCompassRepresentation::cameraMoved(QUORCameraInteractor* camera) {
     if (!camera) {
         return;
     }
-    this->SetHeading(camera->getHeading() / FULL_TURN);
-    this->SetTilt(camera->getPitch() >= 0.0 ? camera->getPitch() * DEGREES_PER_RADIAN : 0.0);
+    this->SetHeading(camera->getHeading() / QUORUnits::FULL_TURN);
+    this->SetTilt(camera->getPitch() >= 0.0 ? camera->getPitch() * QUORUnits::DEGREES_PER_RADIAN : 0.0);
     this->SetDistance(camera->getTargetDistance() > 0.0 ? camera->getTargetDistance() : UNKNOWN_DISTANCE);
 }
 

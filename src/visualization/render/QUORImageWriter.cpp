@@ -2,6 +2,7 @@
 #include "QUORImageWriter.h"
 
 #include "QUORFilePublisher.h"
+#include "QUORSystem.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,7 +15,6 @@
 #include <vtkTIFFWriter.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -26,10 +26,6 @@ namespace {
 // QUORExportSettings::OutputFormat counts the same way; every other value is a PNG.
 constexpr int FORMAT_TIFF = 0;
 constexpr int FORMAT_JPEG = 2;
-
-QString systemError() {
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
 
 } // namespace
 
@@ -60,13 +56,13 @@ bool QUORImageWriter::canOpen() {
             return false;
         }
         if (S_ISREG(info.st_mode) && ::access(path.constData(), W_OK) != 0) {
-            _error = systemError();
+            _error = QUORSystem::errorText();
             return false;
         }
     }
     const QByteArray folder = QFile::encodeName(QFileInfo(_path).absolutePath());
     if (::access(folder.constData(), W_OK | X_OK) != 0) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
         return false;
     }
     return true;
@@ -80,7 +76,7 @@ bool QUORImageWriter::write(vtkImageData* picture, int outputFormat) {
     }
     const int memory = ::memfd_create("image", MFD_CLOEXEC);
     if (memory < 0) {
-        _error = systemError();
+        _error = QUORSystem::errorText();
         return false;
     }
     const bool encoded = encode(picture, outputFormat, memory);

@@ -31,10 +31,6 @@ namespace {
 /// How far the default view looks down from, in lengths of the data.
 constexpr double DEFAULT_HEIGHT = 2.82;
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 /// Index of a preset in the list of names that begins with the built-in default, which is also what a name
 /// stands for that the list does not hold.
 int findPreset(const QString& kind, const QStringList& names, const QString& name) {

@@ -62,10 +62,6 @@ constexpr QUORPoint3D START_DIRECTION{0.0, 0.000001, -1.0};
 constexpr double USUAL_TOP = 30000.0;
 constexpr double USUAL_BOTTOM = -500.0;
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 void logToggle(const char* what, bool on) {
     logDebug(QStringLiteral("--- QUORRenderer: ") + QLatin1String(what) +
              (on ? QStringLiteral(" on") : QStringLiteral(" off")));

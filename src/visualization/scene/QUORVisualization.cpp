@@ -5,6 +5,7 @@
 #include "QUORFileLeaf.h"
 #include "QUORLog.h"
 #include "QUORProductSettings.h"
+#include "QUORUnits.h"
 #include "QUORVisualizationObserver.h"
 
 #include <vtkDataSet.h>
@@ -18,16 +19,11 @@ namespace {
 
 constexpr double METRIC_TICKS = 2500.0;
 constexpr double TEN_THOUSAND_FEET = 3048.0;
-constexpr double KILOMETRES_PER_NAUTICAL_MILE = 1.853184;
 /// The outer ring lies at a multiple of this, in metres or thousandths of a nautical mile.
 constexpr double RING_STEP = 20000.0;
 constexpr double GRID_FACTOR = 1.5;
 /// The data image's distance between levels.
 constexpr double LEVEL_SPACING = 5.0;
-
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
 
 /// Scene metres for one step of the grid.
 double stepOf(double extent, int points) {
@@ -282,7 +278,7 @@ void QUORVisualization::setProduct3dParameters(const QUORGeneralSettings& genera
 }
 
 void QUORVisualization::setRingsParameters(const QUORFile& file, double halfDiagonal, bool metric) {
-    const double unit = metric ? 1.0 : KILOMETRES_PER_NAUTICAL_MILE;
+    const double unit = metric ? 1.0 : QUORUnits::KILOMETRES_PER_NAUTICAL_MILE;
     const double radius = std::ceil(halfDiagonal / unit / RING_STEP) * RING_STEP;
     logDebug((metric ? QStringLiteral("radius(km)=") : QStringLiteral("radius(NM)=")) +
              QString::number(radius / 1000.0, 'g', 6));

@@ -8,10 +8,6 @@
 
 namespace {
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 /// False when memory or VTK failed it outside any element.
 bool build(QUORVisualizationPipelineItem& item, const QUORAbortFlag& abort) {
     try {

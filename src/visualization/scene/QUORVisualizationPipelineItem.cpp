@@ -30,10 +30,6 @@ constexpr std::array ADOPTED_LAYERS{QUORDisplayState::OUTLINE_LAYER, QUORDisplay
                                     QUORDisplayState::LAT_LON_GRID_LAYER, QUORDisplayState::GEO_LABELS_LAYER,
                                     QUORDisplayState::RANGE_RINGS_LAYER};
 
-void logDebug(const QString& text) {
-    QUORLog::Instance().logDebug(text);
-}
-
 /// Changes whenever a styles file does: built geometry keeps the style that it was built with.
 QString readStyleStamp() {
     QString stamp;
