@@ -11,6 +11,7 @@ namespace {
 
 constexpr int ONE_BYTE_WIDTH = 4;
 constexpr int ONE_BYTE_VELOCITY = 3;
+constexpr int TWO_BYTE_VELOCITY = 10;
 constexpr unsigned int ONE_BYTE_MAXIMUM = 254;
 constexpr unsigned int TWO_BYTE_MAXIMUM = 65534;
 
@@ -128,6 +129,11 @@ QString QUORDataType::getQuantityUnit() const {
 
 QString QUORDataType::getConfiguration() const {
     return QString::fromLatin1(row().configuration);
+}
+
+unsigned int QUORDataType::getSurfaceNoDataValue() const {
+    const bool velocity = getRawType() == ONE_BYTE_VELOCITY || getRawType() == TWO_BYTE_VELOCITY;
+    return velocity ? displayToAbsoluteValue(0.0) : getNoDataValue();
 }
 
 double QUORDataType::absoluteToDisplayValue(unsigned int value) const {

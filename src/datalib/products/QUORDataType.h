@@ -43,6 +43,9 @@ public:
     unsigned int getMinAbsValue() const { return row().minimum; }
     unsigned int getMaxAbsValue() const { return row().maximum; }
     unsigned int getNoDataValue() const { return row().minimum - 1; }
+    /// What no data counts as where surfaces are built: no wind of a velocity, else the no-data value. A
+    /// velocity below every other would make the shell of each inbound wind wrap all echo.
+    unsigned int getSurfaceNoDataValue() const;
     double getMinDisplayValue() const { return absoluteToDisplayValue(getMinAbsValue()); }
     double getMaxDisplayValue() const { return absoluteToDisplayValue(getMaxAbsValue()); }
     /// The display value of an absolute one with one decimal, or "NA" for the no-data value.

@@ -48,14 +48,15 @@ vtkSmartPointer<vtkImageData> readGrid(const QUORFile& file) {
     return image;
 }
 
-vtkSmartPointer<vtkImageData> removeNoData(vtkImageData* image, const QUORDataType& dataType) {
-    logDebug(QStringLiteral("Data type no data threshold: ") + QString::number(dataType.getNoDataValue()));
+vtkSmartPointer<vtkImageData> removeNoData(vtkImageData* image, const QUORDataType& dataType,
+                                           unsigned int noData) {
+    logDebug(QStringLiteral("Data type no data threshold: ") + QString::number(noData));
     vtkNew<vtkImageThreshold> threshold;
     threshold->SetInputData(image);
     threshold->ThresholdBetween(dataType.getMinAbsValue(), dataType.getMaxAbsValue());
     threshold->ReplaceInOff();
     threshold->ReplaceOutOn();
-    threshold->SetOutValue(dataType.getNoDataValue());
+    threshold->SetOutValue(noData);
     threshold->SetOutputScalarType(image->GetScalarType());
     threshold->Update();
     return threshold->GetOutput();
@@ -97,7 +98,8 @@ vtkSmartPointer<vtkImageData> smoothen(vtkImageData* image, double amount, const
 } // namespace
 
 vtkSmartPointer<vtkAlgorithm> vtk_3D_data_create(const QUORFile::CPtr& file, int horizontalShrink,
-                                                 int verticalShrink, double smooth) {
+                                                 int verticalShrink, double smooth,
+                                                 std::optional<unsigned int> noData) {
     logDebug(QStringLiteral("vtk_3D_data_create() called."));
     const QUORStopwatch watch;
     vtkSmartPointer<vtkImageData> image = readGrid(*file);
@@ -107,7 +109,7 @@ vtkSmartPointer<vtkAlgorithm> vtk_3D_data_create(const QUORFile::CPtr& file, int
     logDebug(QStringLiteral("..data cached in ") + watch.seconds() + QStringLiteral(" seconds."));
     logDebug(file->getItemSize() == 1 ? QStringLiteral("..one byte 3D data")
                                       : QStringLiteral("..two byte 3D data"));
-    image = removeNoData(image, file->getDataType());
+    image = removeNoData(image, file->getDataType(), noData.value_or(file->getDataType().getNoDataValue()));
 
     const int h = std::clamp(horizontalShrink, 1, MAXIMUM_SHRINK);
     const int v = std::clamp(verticalShrink, 1, MAXIMUM_SHRINK);

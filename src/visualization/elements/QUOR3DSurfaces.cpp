@@ -25,6 +25,11 @@ namespace {
 
 constexpr int TABLE_SIZE = 256;
 constexpr int OPAQUE = 100;
+constexpr double AMBIENT = 0.7;
+/// The cosine between the vertical and the renderer's first lamp, which stands at (0, -500, 2000).
+constexpr double LEVEL_FACING = 0.970143;
+constexpr double EDGE_SHADE = 0.25;
+constexpr double DARKEST_SHADE = 0.1;
 
 constexpr std::array STYLE_ROWS{
     QUORStyleGroup::Row{"ambient/color", QUORStyleGroup::Kind::Color, {0.55, 0.6, 0.65}}};
@@ -53,17 +58,28 @@ const Surface& nearest(const std::vector<Surface>& surfaces, double value) {
     });
 }
 
-/// The renderer's own ambient light has no effect in this version of the toolkit, and the property's
-/// ambient part is white: with the diffuse part it would bleach the surfaces.
-void tintAmbientLight(vtkActor* actor) {
+/// A colour of the map is a measurement: light only makes it darker, all three components by one factor, and
+/// leaves it alone on faces that are level or look at the lamp. What the lamp reaches follows a half Lambert
+/// squared, so that undersides keep their form; edges of the unlit part are darkened to separate lobes.
+void shadeByProportion(vtkActor* actor) {
     QUORStyleGroup style("RENDERER", STYLE_ROWS);
     style.load(false);
-    const QUORStyleGroup::Color& color = style.color("ambient/color");
-    const QString code = QStringLiteral("ambientColor *= vec3(%1, %2, %3);\n//VTK::Light::Impl\n")
-                             .arg(color[0], 0, 'f', 4)
-                             .arg(color[1], 0, 'f', 4)
-                             .arg(color[2], 0, 'f', 4);
-    actor->GetShaderProperty()->AddFragmentShaderReplacement("//VTK::Light::Impl", true, code.toStdString(),
+    const QUORStyleGroup::Color& ambient = style.color("ambient/color");
+    const double unlit = AMBIENT * (ambient[0] + ambient[1] + ambient[2]) / 3.0;
+    const QString code =
+        QStringLiteral("//VTK::Light::Impl\n"
+                       "  float facing = dot(normalVCVSOutput, -lightDirectionVC0);\n"
+                       "  float lit = clamp((1.0 + facing) / %1, 0.0, 1.0);\n"
+                       "  lit *= lit;\n"
+                       "  float edge = 1.0 - abs(dot(normalVCVSOutput, normalize(vertexVC.xyz)));\n"
+                       "  float power = max(lightColor0.r, max(lightColor0.g, lightColor0.b));\n"
+                       "  float shade = %2 + (1.0 - %2) * lit * power - %3 * (1.0 - lit) * edge;\n"
+                       "  gl_FragData[0] = vec4(diffuseColor * clamp(shade, %4, 1.0), opacity);\n")
+            .arg(1.0 + LEVEL_FACING, 0, 'f', 5)
+            .arg(unlit, 0, 'f', 4)
+            .arg(EDGE_SHADE, 0, 'f', 4)
+            .arg(DARKEST_SHADE, 0, 'f', 4);
+    actor->GetShaderProperty()->AddFragmentShaderReplacement("//VTK::Light::Impl", false, code.toStdString(),
                                                              false);
 }
 
@@ -78,12 +94,12 @@ vtkSmartPointer<vtkActor> makeActor(vtkPolyDataMapper* mapper) {
     actor->SetMapper(mapper);
     vtkProperty* property = actor->GetProperty();
     property->SetInterpolationToGouraud();
-    property->SetAmbient(0.7);
+    property->SetAmbient(AMBIENT);
     property->SetDiffuse(1.0);
     property->SetSpecular(0.0);
     property->SetSpecularPower(4.0);
     property->SetColor(1.0, 1.0, 1.0);
-    tintAmbientLight(actor);
+    shadeByProportion(actor);
     return actor;
 }
 

@@ -83,8 +83,11 @@ void QUOR3DVisualElement::createVTKData() {
     dropDisplay();
     _data = nullptr;
     if (QUOR_VERIFY(_params->getDataFile() != nullptr)) {
+        const QUORDataType dataType = _params->getDataFile()->getDataType();
+        const bool surfaces = _params->getRenderingType() == QUORProductSettings::Surface;
         _data = vtk_3D_data_create(_params->getDataFile(), _params->getDataShrinkH(),
-                                   _params->getDataShrinkV(), _params->getDataSmooth());
+                                   _params->getDataShrinkV(), _params->getDataSmooth(),
+                                   surfaces ? dataType.getSurfaceNoDataValue() : dataType.getNoDataValue());
     }
 }
 

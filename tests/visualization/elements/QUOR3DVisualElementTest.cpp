@@ -142,6 +142,37 @@ TEST_F(QUOR3DVisualElementTest, dataAreCleanedReducedAndSmoothed) {
     EXPECT_LT(image->GetScalarComponentAsDouble(6, 6, 1, 0), 6000.0);
 }
 
+TEST_F(QUOR3DVisualElementTest, aShellOfInboundWindWrapsTheInboundWindAlone) {
+    TestProduct product;
+    product.points = {24, 12, 12};
+    product.type = 10;
+    product.fill = [](int x, int y, int z) {
+        const auto within = [&](int low, int high) {
+            return x >= low && x <= high && y >= 4 && y <= 7 && z >= 4 && z <= 7;
+        };
+        // 15 m/s towards the radar, and away from it; nothing was measured elsewhere.
+        return within(4, 7) ? 32768U - 1500U : within(16, 19) ? 32768U + 1500U : 0U;
+    };
+    const struct {
+        double value;
+        double low; ///< of the shell along x
+        double high;
+    } rows[] = {{-10.0, 3.0, 8.0}, {10.0, 15.0, 20.0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.value);
+        update(makeRecord(makeFile(product), {{row.value, 100}}));
+        std::array<double, 6> bounds{};
+        surfaceOf(actors().at(0))->GetBounds(bounds.data());
+        EXPECT_GT(bounds[0], row.low);
+        EXPECT_LT(bounds[1], row.high);
+    }
+    // A volume leaves what was not measured transparent.
+    Record record = makeRecord(makeFile(product), {});
+    record.setRenderingType(QUORProductSettings::Volume);
+    update(record);
+    EXPECT_EQ(imageOf(element.getData())->GetScalarRange()[0], 0.0);
+}
+
 TEST_F(QUOR3DVisualElementTest, smallGridsAndWildFactorsAreDrawn) {
     for (int points = 2; points <= 9; ++points) {
         for (const int levels : {1, 2, points}) {
@@ -356,14 +387,19 @@ protected:
     QUORVisualGroup::Ptr _group = QUORVisualGroup::makeGroup(10);
 };
 
-TEST_F(QUOR3DVisualElementPictureTest, surfacesHaveTheColorOfTheirValueAndTheTintOfTheAmbientLight) {
-    // Without lamps only the ambient part is left: 0.7 x (0.55, 0.6, 0.65) of (0, 50, 205).
-    const std::array<int, 3> dark = centerOf(makeRecord(_file, {{10.0, 100}}), 0.0);
-    EXPECT_NEAR(dark[0], 0, 1);
-    EXPECT_NEAR(dark[1], 50 * 0.7 * 0.6, 2);
-    EXPECT_NEAR(dark[2], 205 * 0.7 * 0.65, 2);
-    const std::array<int, 3> lit = centerOf(makeRecord(_file, {{10.0, 100}}), 0.5);
-    EXPECT_NEAR(lit[2], 205 * (0.7 * 0.65 + 0.5), 8);
+TEST_F(QUOR3DVisualElementPictureTest, lightMakesTheColorOfAValueDarkerButNeverBrighterOrOfAnotherHue) {
+    // Of (0, 50, 205); without lamps 0.7 times the mean of the ambient light is left.
+    const struct {
+        double light;
+        double shade;
+    } rows[] = {{0.0, 0.42}, {0.5, 0.71}, {1.0, 1.0}, {3.0, 1.0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.light);
+        const std::array<int, 3> color = centerOf(makeRecord(_file, {{10.0, 100}}), row.light);
+        EXPECT_NEAR(color[0], 0, 1);
+        EXPECT_NEAR(color[1], 50 * row.shade, 2);
+        EXPECT_NEAR(color[2], 205 * row.shade, 2);
+    }
 }
 
 TEST_F(QUOR3DVisualElementPictureTest, opaqueSurfacesAreSeenThroughTranslucentOnes) {

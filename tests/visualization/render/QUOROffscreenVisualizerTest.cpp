@@ -3,19 +3,15 @@
 
 #include "ImageComparer.h"
 #include "LogCapture.h"
-#include "OffscreenScene.h"
 #include "QUORVisualization.h"
 #include "RenderChecks.h"
 #include "ScratchHome.h"
 #include "TestFiles.h"
-#include "TestStore.h"
+#include "VisualizerFixture.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
-
-#include <atomic>
-#include <thread>
 
 namespace {
 
@@ -31,47 +27,7 @@ TestProduct ball() {
     return product;
 }
 
-class QUOROffscreenVisualizerTest : public OffscreenScene {
-protected:
-    QUOROffscreenVisualizerTest() {
-        qputenv("QUOR3D_BG_SETTINGS", QFile::encodeName(ScratchHome::settingsDirectory() + "/bg.conf"));
-    }
-    ~QUOROffscreenVisualizerTest() override {
-        for (const char* name : {"bg.conf", "QUOR3D.conf", "QUOR3DVisStyles.conf", "QUOR3DColors.conf"}) {
-            ScratchHome::removeSettings(QLatin1String(name));
-        }
-        qunsetenv("QUOR3D_BG_SETTINGS");
-    }
-
-    /// A small picture, and what else the background settings shall hold.
-    static void writeBackground(const QString& more, int width = 480, int height = 360) {
-        ScratchHome::writeSettings(
-            QStringLiteral("bg.conf"),
-            QStringLiteral("[BACKGROUND]\nwidth=%1\nheight=%2\n").arg(width).arg(height) + more);
-    }
-
-    QString output(const char* name) const { return _store.folder(name); }
-
-    /// Runs one job as the live data thread does. False when it was refused or did not end in time.
-    bool render(QUOROffscreenVisualizer& visualizer, const QUORDataFrame::Ptr& frame,
-                const QString& path) const {
-        std::atomic<int> result{-1};
-        std::thread job([&] {
-            visualizer.initVisualization();
-            bool rendered = visualizer.canVisualize(frame, false);
-            if (rendered) {
-                visualizer.startVisualization(frame, path);
-                rendered = visualizer.waitUntilReady();
-            }
-            result = rendered ? 1 : 0;
-        });
-        EXPECT_TRUE(waitUntil([&] { return result >= 0; }, 60000)) << "the job hangs";
-        job.join();
-        return result == 1;
-    }
-
-    TestStore _store;
-};
+class QUOROffscreenVisualizerTest : public VisualizerFixture {};
 
 /// For a process whose driver gives no context: see QUOREglRenderWindowTest.
 class QUORNoOpenGLVisualizerTest : public QUOROffscreenVisualizerTest {
