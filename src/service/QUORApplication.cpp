@@ -19,6 +19,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -99,10 +100,19 @@ bool openPair(int (&pair)[2]) {
     return ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, pair) == 0;
 }
 
-void waitForEnd(int descriptor) {
+/// False when the other side has ended without a word.
+bool awaitByte(int descriptor) {
     char byte = 0;
-    while (::read(descriptor, &byte, sizeof byte) < 0 && errno == EINTR) {
-    }
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor, &byte, sizeof byte);
+    } while (count < 0 && errno == EINTR);
+    return count > 0;
+}
+
+/// What the person who starts a daemon has to learn: the log of a daemon is a file.
+void printError(const QString& text) {
+    std::fputs((text + QLatin1Char('\n')).toLocal8Bit().constData(), stderr);
 }
 
 QString findServiceCommand() {
@@ -152,16 +162,23 @@ int QUORApplication::init() {
         printVersion();
         return -1;
     }
-    QUORProcessSetup::ignoreWriteSignals();
-    if (!asDaemon) {
-        return 0;
-    }
-    if (const int result = startDaemon(); result < 0) {
-        return result;
+    if (asDaemon) {
+        if (!lockPIDFile()) {
+            return -1;
+        }
+        if (const int result = startDaemon(); result < 0) {
+            return result;
+        }
     }
     setupNativeSignals();
-    ::close(std::exchange(_parentPipe, -1));
     return 0;
+}
+
+void QUORApplication::confirmStart() {
+    if (_parentPipe >= 0) {
+        writeByte(_parentPipe);
+        ::close(std::exchange(_parentPipe, -1));
+    }
 }
 
 void QUORApplication::printHelp() {
@@ -251,23 +268,33 @@ int QUORApplication::startDaemon() {
     }
     const pid_t child = ::fork();
     if (child < 0) {
+        const QString reason = QString::fromLocal8Bit(std::strerror(errno));
         log.logError(QStringLiteral("Failed to start daemon"));
+        printError(QStringLiteral("Failed to start daemon: ") + reason);
         ::close(ready[0]);
         ::close(ready[1]);
+        _exitStatus = 1;
         return -1;
     }
     if (child > 0) {
         log.logNotice(QStringLiteral("Daemon forked - parent stopping..."));
         ::close(ready[1]);
-        waitForEnd(ready[0]);
-        ::close(ready[0]);
-        return -2;
+        return awaitChild(ready[0]);
     }
     ::close(ready[0]);
     _parentPipe = ready[1];
     log.logDebug(QStringLiteral("   ... child continues"));
     continueAsDaemon();
     return 0;
+}
+
+int QUORApplication::awaitChild(int readyPipe) {
+    if (readyPipe >= 0 && !awaitByte(readyPipe)) {
+        printError(QStringLiteral("The service did not start, its log says why: ") + getLogFileName());
+        _exitStatus = 1;
+    }
+    ::close(readyPipe);
+    return -2;
 }
 
 void QUORApplication::continueAsDaemon() {
@@ -282,29 +309,42 @@ void QUORApplication::continueAsDaemon() {
     _isDaemon = true;
 }
 
-void QUORApplication::updatePIDFile() {
-    QUORLog& log = QUORLog::Instance();
+// False when another daemon works under the file. Without a file the service works all the same.
+bool QUORApplication::lockPIDFile() {
     if (const QString path = getEnvVar(QStringLiteral("PIDFILE")); !path.isEmpty()) {
         _pidFilePath = path;
     }
+    if (_pidFilePath.isEmpty()) {
+        return true;
+    }
+    const QUORPidFile::Result result = _pidFile.lock(_pidFilePath);
+    if (result == QUORPidFile::Failed) {
+        printError(QStringLiteral("Opening pid-file failed: ") + _pidFilePath + QStringLiteral(": ") +
+                   _pidFile.getError());
+    }
+    if (result != QUORPidFile::Taken) {
+        return true;
+    }
+    const QString refusal = QStringLiteral("Not started: another service works under the pid-file ") +
+                            _pidFilePath + QStringLiteral(", process ") +
+                            QString::number(_pidFile.readPid());
+    QUORLog::Instance().logError(refusal);
+    printError(refusal);
+    _exitStatus = 1;
+    return false;
+}
+
+void QUORApplication::updatePIDFile() {
+    QUORLog& log = QUORLog::Instance();
     if (_pidFilePath.isEmpty()) {
         log.logWarning(QStringLiteral("No pid-file"));
         return;
     }
     log.logDebug(QStringLiteral("Writing pidfile: ") + _pidFilePath);
-    const QByteArray path = QFile::encodeName(_pidFilePath);
-    const int file =
-        ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
-    if (file < 0) {
-        log.logError(QStringLiteral("Opening pid-file failed: ") + _pidFilePath);
-        return;
+    if (!_pidFile.write()) {
+        log.logError(QStringLiteral("Opening pid-file failed: ") + _pidFilePath + QStringLiteral(": ") +
+                     _pidFile.getError());
     }
-    ::fchmod(file, 0644);
-    const QByteArray text = QByteArray::number(getMyPid()) + '\n';
-    if (::write(file, text.constData(), size_t(text.size())) != text.size()) {
-        log.logError(QStringLiteral("Writing pid-file failed: ") + _pidFilePath);
-    }
-    ::close(file);
 }
 
 void QUORApplication::setupNativeSignals() {
@@ -325,7 +365,9 @@ void QUORApplication::setupNativeSignals() {
         log.logError(QStringLiteral("Couldn't create TERM socketpair"));
     }
     log.logDebug(QStringLiteral("QUORApplication::setupNativeSignals() - installing signal handlers"));
-    const bool hupInstalled = installHandler(SIGHUP, hupSignalHandler);
+    const bool isAtTerminal = !_isDaemon && ::isatty(STDERR_FILENO) == 1;
+    const bool hupInstalled =
+        isAtTerminal || (_hupNotifier != nullptr && installHandler(SIGHUP, hupSignalHandler));
     const bool termInstalled = _termNotifier != nullptr && installHandler(SIGTERM, termSignalHandler);
     if (!hupInstalled || !termInstalled) {
         log.logError(QStringLiteral("Error setting up signal handlers"));
@@ -355,6 +397,7 @@ void QUORApplication::handleSigTerm() {
 void QUORApplication::handleSigHup() {
     _hupNotifier->setEnabled(false);
     if (drain(sighupFd[1])) {
+        QUORLog::Instance().logReopen();
         QUORLog::Instance().logNotice(QStringLiteral("HANGUP signal received"));
     }
     _hupNotifier->setEnabled(true);

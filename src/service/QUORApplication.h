@@ -2,6 +2,7 @@
 #pragma once
 
 #include "QUORCommandLine.h"
+#include "QUORPidFile.h"
 #include "QUORSystem.h"
 
 #include <QApplication>
@@ -26,9 +27,13 @@ public:
     QUORApplication(int& argc, char** argv);
     ~QUORApplication() override;
 
-    /// The start-up sequence. 0: go on; negative: end the process now (help, version, an invalid option,
-    /// a failed fork, the parent of a daemon).
+    /// The start-up sequence. 0: go on; negative: end the process now, with `exitStatus` (help, version, an
+    /// invalid option, a failed fork, a PID file that another daemon holds, the parent of a daemon).
     virtual int init();
+    /// 1 when the start was refused or failed, in the parent of a daemon too; 0 otherwise.
+    int exitStatus() const { return _exitStatus; }
+    /// Tells the parent of a daemon, which waits for it, that the service has started.
+    void confirmStart();
     virtual void printHelp();
     virtual void printVersion();
 
@@ -51,10 +56,13 @@ public:
     void startLogging(const QString& logFileName);
     void installTranslators();
 
-    /// 0 in the daemon child, -2 in the parent (`init` of the child is done or the child has ended by
-    /// then), -1 when the fork failed. No other thread and no rendering context may exist.
+    /// 0 in the daemon child, -2 in the parent (the child has started or ended by then), -1 when the fork
+    /// failed. No other thread and no rendering context may exist.
     int startDaemon();
+    /// Writes the id of this process into the PID file.
     void updatePIDFile();
+    /// From here on a termination ends the event loop. A hang-up opens the log file again, but not where a
+    /// person sits at the terminal: there it ends the process, as usual.
     void setupNativeSignals();
 
     static int getMyPid();
@@ -85,10 +93,14 @@ public Q_SLOTS:
 private:
     void installApplicationTranslator(const QString& language);
     void installToolkitTranslator(const QString& language);
+    bool lockPIDFile();
+    int awaitChild(int readyPipe);
     void continueAsDaemon();
 
+    int _exitStatus = 0;
     bool _isDaemon = false;
     QString _pidFilePath;
+    QUORPidFile _pidFile;
     QString _version;
     /// Open in a daemon child as long as its parent waits.
     int _parentPipe = -1;

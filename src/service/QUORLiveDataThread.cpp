@@ -5,6 +5,7 @@
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUOROffscreenVisualizer.h"
+#include "QUORThreadStart.h"
 #include "QUORTerrainDir.h"
 #include "QUORVisualizationJobs.h"
 
@@ -60,7 +61,7 @@ QUORLiveDataThread::QUORLiveDataThread() {
     logDebug(QStringLiteral("Initializing background renderer.."));
     init();
     logDebug(QStringLiteral("Starting background renderer thread.."));
-    start();
+    QUORThreadStart::start(*this, "live data");
 }
 
 QUORLiveDataThread::~QUORLiveDataThread() {

@@ -63,11 +63,17 @@ void provideDirectory(const char* variable, const char* name, mode_t mode) {
     }
 }
 
+void ignoreWriteSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 } // namespace
 
 namespace QUORProcessSetup {
 
 void beforeToolkit() {
+    ignoreWriteSignals();
     openMissingStandardStreams();
     fillHome();
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -81,11 +87,6 @@ void beforeToolkit() {
 
 void afterToolkit() {
     std::setlocale(LC_NUMERIC, "C");
-}
-
-void ignoreWriteSignals() {
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void detachStandardStreams() {

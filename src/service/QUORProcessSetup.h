@@ -5,17 +5,15 @@
 /// thread may run yet: the environment is changed.
 namespace QUORProcessSetup {
 
-/// Descriptors 0 to 2 are open, HOME is set, the toolkit needs no display and has a runtime directory of
-/// its own, compiled shaders are kept in the user's cache, and paths in the environment are absolute. To be
-/// called before the toolkit's application object is made.
+/// Neither a reader that goes away nor a limit of file sizes ends the process, descriptors 0 to 2 are open,
+/// HOME is set, the toolkit needs no display and has a runtime directory of its own, compiled shaders are
+/// kept in the user's cache, and paths in the environment are absolute. To be called before the toolkit's
+/// application object is made.
 void beforeToolkit();
 
 /// The decimal point of the C library is "." whatever the user's locale says. The toolkit's application
 /// object sets the user's locale, so this follows its construction.
 void afterToolkit();
-
-/// Neither a reader that goes away nor a limit of file sizes ends the process.
-void ignoreWriteSignals();
 
 /// The null device onto descriptors 0, 1 and 2, so that no later file or socket takes their numbers.
 void detachStandardStreams();

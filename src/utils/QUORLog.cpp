@@ -3,11 +3,17 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QMutexLocker>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -23,6 +29,33 @@ QString onOneLine(QString text) {
         }
     }
     return text;
+}
+
+/// What the journal's priorities are called here, by level.
+constexpr std::array<const char*, 4> PRIORITIES{"<3>", "<4>", "<5>", "<7>"};
+
+/// The journal names the stream that it reads by device and inode.
+bool isJournalStream(int descriptor) {
+    struct stat info {};
+    return ::fstat(descriptor, &info) == 0 &&
+           qgetenv("JOURNAL_STREAM") ==
+               QByteArray::number(qulonglong(info.st_dev)) + ':' + QByteArray::number(qulonglong(info.st_ino));
+}
+
+/// A pipe is opened anew, because those who share it must go on writing to it as they did; -1 for what is
+/// none.
+int openWithoutWaiting(int descriptor) {
+    struct stat info {};
+    if (::fstat(descriptor, &info) != 0 || !S_ISFIFO(info.st_mode)) {
+        return -1;
+    }
+    const QByteArray path = "/proc/self/fd/" + QByteArray::number(descriptor);
+    return ::open(path.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+bool hasRoom(int descriptor) {
+    pollfd room{descriptor, POLLOUT, 0};
+    return ::poll(&room, 1, 0) > 0 && (room.revents & POLLOUT) != 0;
 }
 
 } // namespace
@@ -52,7 +85,7 @@ void QUORLog::setLevel(int level) {
 
 void QUORLog::logInit(const QString& name, const QString& fileName) {
     logOpen(fileName);
-    writeLine(name + QStringLiteral(" starting"));
+    writeLine(name + QStringLiteral(" starting"), Notice);
 }
 
 void QUORLog::logOpen(const QString& fileName) {
@@ -60,14 +93,9 @@ void QUORLog::logOpen(const QString& fileName) {
     {
         const QMutexLocker lock(&_mutex);
         closeFile();
-        if (!fileName.isEmpty()) {
-            _descriptor = ::open(QFile::encodeName(fileName).constData(),
-                                 O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644);
-            _ownsDescriptor = _descriptor >= 0;
-            failed = !_ownsDescriptor;
-        }
+        failed = !fileName.isEmpty() && !openFile(fileName);
         if (!_ownsDescriptor) {
-            _descriptor = STDERR_FILENO;
+            openConsole();
         }
     }
     if (failed) {
@@ -76,9 +104,49 @@ void QUORLog::logOpen(const QString& fileName) {
     }
 }
 
+void QUORLog::logReopen() {
+    QString failure;
+    {
+        const QMutexLocker lock(&_mutex);
+        const QString name = _fileName;
+        const int previous = _descriptor;
+        if (name.isEmpty() || openFile(name)) {
+            if (!name.isEmpty()) {
+                ::close(previous);
+            }
+            return;
+        }
+        failure = name + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno));
+    }
+    logError(QStringLiteral("The log file cannot be opened again, the one in use stays: ") + failure);
+}
+
+// Changes nothing when it fails.
+bool QUORLog::openFile(const QString& fileName) {
+    const int descriptor = ::open(QFile::encodeName(fileName).constData(),
+                                  O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644);
+    if (descriptor < 0) {
+        return false;
+    }
+    _descriptor = descriptor;
+    _ownsDescriptor = true;
+    _isJournal = false;
+    // A daemon changes its working directory before it opens the file again.
+    _fileName = fileName.startsWith(QLatin1Char('/')) ? fileName
+                                                      : QDir::currentPath() + QLatin1Char('/') + fileName;
+    return true;
+}
+
+void QUORLog::openConsole() {
+    _isJournal = isJournalStream(STDERR_FILENO);
+    const int pipe = openWithoutWaiting(STDERR_FILENO);
+    _ownsDescriptor = pipe >= 0;
+    _descriptor = _ownsDescriptor ? pipe : STDERR_FILENO;
+}
+
 void QUORLog::logLog(const QString& text, int level) {
     if (level <= this->level()) {
-        writeLine(text);
+        writeLine(text, level);
     }
 }
 
@@ -119,7 +187,7 @@ void QUORLog::logConnect(QObject* object, const char* historySlot, const char* s
     connect(this, SIGNAL(statusAdd(QString, int)), object, statusSlot);
 }
 
-void QUORLog::writeLine(const QString& text) {
+void QUORLog::writeLine(const QString& text, int level) {
     // A library that complains while its line is written would lock the mutex twice.
     thread_local bool writing = false;
     if (writing || !logAlive) {
@@ -132,14 +200,36 @@ void QUORLog::writeLine(const QString& text) {
         if (_isCutOff) {
             line += '\n';
         }
-        if (_ownsDescriptor) {
-            line += QDateTime::currentDateTime().toString(Qt::TextDate).toUtf8() + ' ';
+        if (_dropped > 0) {
+            line += beginLine(Error) + "E: " + QByteArray::number(_dropped) +
+                    " log lines were dropped, because nobody took them in time\n";
         }
-        line += onOneLine(text).toUtf8() + '\n';
-        const ssize_t written = ::write(_descriptor, line.constData(), size_t(line.size()));
-        _isCutOff = written > 0 ? written < line.size() : _isCutOff;
+        line += beginLine(level) + onOneLine(text).toUtf8() + '\n';
+        writeOut(line);
     }
     writing = false;
+}
+
+QByteArray QUORLog::beginLine(int level) const {
+    if (_isJournal) {
+        return PRIORITIES.at(std::size_t(std::clamp(level, int(Error), int(Debug))));
+    }
+    return _fileName.isEmpty() ? QByteArray()
+                               : QDateTime::currentDateTime().toString(Qt::TextDate).toUtf8() + ' ';
+}
+
+void QUORLog::writeOut(const QByteArray& line) {
+    if (!hasRoom(_descriptor)) {
+        ++_dropped;
+        return;
+    }
+    const ssize_t written = ::write(_descriptor, line.constData(), size_t(line.size()));
+    if (written > 0) {
+        _isCutOff = written < line.size();
+        _dropped = 0;
+    } else if (errno == EAGAIN) {
+        ++_dropped;
+    }
 }
 
 void QUORLog::closeFile() {
@@ -148,6 +238,8 @@ void QUORLog::closeFile() {
     }
     _ownsDescriptor = false;
     _descriptor = -1;
+    _fileName.clear();
+    _dropped = 0;
 }
 
 void logDebug(const QString& text) {

@@ -13,7 +13,11 @@
 ///
 /// A line is the timestamp (files only), the level prefix, the message and a newline. It is written
 /// in one piece to an unbuffered descriptor, so a full disk loses that line and no later one.
-/// Control characters in a message become "_", so that a message is always one line.
+/// Control characters in a message become "_", so that a message is always one line. Where standard error
+/// is a stream of the journal, a line begins with its priority ("<3>" for an error).
+///
+/// A reader of standard error that does not keep up never stops the process: lines are dropped, and the
+/// next one that finds room is preceded by their number.
 class QUORLog : public QObject {
     Q_OBJECT
 
@@ -37,7 +41,9 @@ public:
     /// Appends to the named file, or writes to standard error for an empty name or when the file
     /// cannot be opened.
     void logOpen(const QString& fileName);
-    void logReopen() {}
+    /// Opens the log file again under its name, as after it was moved away; keeps the one in use, with an
+    /// error line, when that fails. Nothing where lines go to standard error.
+    void logReopen();
 
     /// Writes one line when the level is due; dropped before `logOpen`.
     void logLog(const QString& text, int level);
@@ -59,12 +65,19 @@ Q_SIGNALS:
 
 private:
     QUORLog() = default;
-    void writeLine(const QString& text);
+    void writeLine(const QString& text, int level);
+    void writeOut(const QByteArray& line);
+    QByteArray beginLine(int level) const;
+    bool openFile(const QString& fileName);
+    void openConsole();
     void closeFile();
 
     QMutex _mutex;
     int _descriptor = -1;
+    QString _fileName; ///< absolute; empty for standard error
     bool _ownsDescriptor = false;
+    bool _isJournal = false;
+    qint64 _dropped = 0;
     /// The last write filled the disk inside a line: the next line begins on a new one.
     bool _isCutOff = false;
     std::atomic<int> _level{Error};

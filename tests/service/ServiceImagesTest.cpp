@@ -11,6 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr const char* WITHOUT_2D = "products\\size=4\n"
@@ -75,6 +78,32 @@ TEST_F(ServiceImagesTest, DroppedFilesBecomeImagesUnderTheSettingsOfTheirTime) {
     EXPECT_TRUE(_service.log().contains(
         QRegularExpression(QStringLiteral("File visualized in \\d+\\.\\d{3} seconds\\."))));
     EXPECT_EQ(images(), (QStringList{FIRST_IMAGE, second}));
+}
+
+TEST_F(ServiceImagesTest, ALogThatNobodyReadsStopsNothingInTheForeground) {
+    int pipe[2] = {-1, -1};
+    ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+    ASSERT_GE(::fcntl(pipe[1], F_SETPIPE_SZ, 4096), 4096);
+    _service.write(QStringLiteral(".config/QUOR/QUOR3D.conf"), _folders.mainSettings());
+    configure(WITHOUT_2D);
+    ASSERT_TRUE(_service.startForeground({QStringLiteral("--loglevel=3")}, pipe[1]));
+    // The pipe is full before the start is over, so that no line can tell when it is.
+    int minutes = 0;
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            _folders.drop(ServiceFolders::storm(minutes++));
+            return !images().isEmpty();
+        },
+        DEADLINE));
+    QByteArray text(65536, '\0');
+    text.truncate(::read(pipe[0], text.data(), std::size_t(text.size())));
+    EXPECT_TRUE(text.contains("quor3dd starting\n"));
+    EXPECT_EQ(_service.terminate(), 0);
+    text.resize(65536);
+    text.truncate(::read(pipe[0], text.data(), std::size_t(text.size())));
+    EXPECT_TRUE(text.contains(" log lines were dropped, because nobody took them in time\n"));
+    ::close(pipe[0]);
+    ::close(pipe[1]);
 }
 
 TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {

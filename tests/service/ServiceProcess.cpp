@@ -8,9 +8,11 @@
 #include <QFileInfo>
 
 #include <csignal>
+#include <spawn.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -83,6 +85,34 @@ bool ServiceProcess::startDaemon(const QStringList& arguments, const QString& re
         redirections);
     _daemon = findChild();
     return _daemon > 0;
+}
+
+bool ServiceProcess::startForeground(const QStringList& arguments, int standardError) {
+    QList<QByteArray> texts{QUOR3DD_BINARY};
+    for (const QString& argument : arguments) {
+        texts.append(argument.toLocal8Bit());
+    }
+    const qsizetype count = texts.size();
+    for (const QString& variable : _environment.toStringList()) {
+        texts.append(variable.toLocal8Bit());
+    }
+    std::vector<char*> words;
+    for (qsizetype i = 0; i < texts.size(); ++i) {
+        if (i == count) {
+            words.push_back(nullptr);
+        }
+        words.push_back(texts[i].data());
+    }
+    words.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
+    pid_t pid = 0;
+    const int error = ::posix_spawn(&pid, QUOR3DD_BINARY, &actions, nullptr, words.data(),
+                                    words.data() + count + 1);
+    ::posix_spawn_file_actions_destroy(&actions);
+    _daemon = error == 0 ? pid : 0;
+    return error == 0;
 }
 
 void ServiceProcess::signal(int number) const {

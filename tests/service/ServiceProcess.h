@@ -33,6 +33,9 @@ public:
     /// Starts a daemon that logs to "log" and writes "pid" in the home directory; false when none runs when
     /// its parent has ended. One at a time in the test program.
     bool startDaemon(const QStringList& arguments = {}, const QString& redirections = {});
+    /// Starts the program in the foreground with that file as its standard error; false when it cannot be.
+    /// Signals and end as with a daemon.
+    bool startForeground(const QStringList& arguments, int standardError);
     qint64 daemonPid() const { return _daemon; }
     void signal(int number) const;
     /// The daemon's exit status, or minus the number of the signal that ended it; empty after the deadline.

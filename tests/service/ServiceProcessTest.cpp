@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <unistd.h>
 
 namespace {
 
@@ -97,10 +98,49 @@ TEST(ServiceProcessTest, ADaemonDetachesAndFollowsItsSignals) {
         ASSERT_TRUE(service.waitForLog(QStringLiteral("installing signal handlers")));
         service.signal(SIGHUP);
         EXPECT_TRUE(service.waitForLog(QStringLiteral(" N: HANGUP signal received\n")));
+        ASSERT_TRUE(QFile::rename(service.path(QStringLiteral("log")), service.path(QStringLiteral("old"))));
+        service.signal(SIGHUP);
+        EXPECT_TRUE(service.waitForLog(QStringLiteral(" N: HANGUP signal received\n")));
         EXPECT_EQ(service.terminate(), 0);
+        ASSERT_TRUE(QFile::remove(service.path(QStringLiteral("log"))) &&
+                    QFile::rename(service.path(QStringLiteral("old")), service.path(QStringLiteral("log"))));
         EXPECT_TRUE(service.log().contains(QStringLiteral("quor3dd starting\n")));
         QFile::remove(service.path(QStringLiteral("log")));
     }
+}
+
+TEST(ServiceProcessTest, APidFileIsHeldByOneDaemonAndGoesWithIt) {
+    ServiceProcess service;
+    const QString file = service.path(QStringLiteral("pid"));
+    service.write(QStringLiteral("pid"), "99999999 of a daemon that was killed\n");
+    ASSERT_TRUE(service.startDaemon());
+    const QByteArray pid = QByteArray::number(service.daemonPid());
+    const auto second = service.run({QStringLiteral("--daemon"), QStringLiteral("--logfile=") +
+                                                                    service.path(QStringLiteral("log2"))});
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_EQ(text(second.errors),
+              "Not started: another service works under the pid-file " + text(file) + ", process " +
+                  pid.toStdString() + "\n");
+    EXPECT_TRUE(service.read(QStringLiteral("log2")).contains(" E: Not started: "));
+    EXPECT_EQ(service.read(QStringLiteral("pid")), pid + '\n');
+    EXPECT_EQ(service.terminate(), 0);
+    EXPECT_FALSE(QFile::exists(file));
+
+    ASSERT_TRUE(service.startDaemon());
+    ASSERT_TRUE(QFile::remove(file));
+    service.write(QStringLiteral("pid"), "of somebody else");
+    EXPECT_EQ(service.terminate(), 0);
+    EXPECT_EQ(service.read(QStringLiteral("pid")), "of somebody else");
+}
+
+TEST(ServiceProcessTest, AReaderOfTheLogThatHasGoneStopsNothing) {
+    int pipe[2] = {-1, -1};
+    ASSERT_EQ(::pipe(pipe), 0);
+    ::close(pipe[0]);
+    ServiceProcess service;
+    ASSERT_TRUE(service.startForeground({QStringLiteral("--version")}, pipe[1]));
+    ::close(pipe[1]);
+    EXPECT_EQ(service.waitForEnd(), 0);
 }
 
 TEST(ServiceProcessTest, ThePidFileFollowsNoLinkAndIsReadableByAll) {
@@ -108,10 +148,11 @@ TEST(ServiceProcessTest, ThePidFileFollowsNoLinkAndIsReadableByAll) {
     service.write(QStringLiteral("precious"), "keep");
     QFile::link(service.path(QStringLiteral("precious")), service.path(QStringLiteral("link")));
     service.environment().insert(QStringLiteral("PIDFILE"), service.path(QStringLiteral("link")));
-    ASSERT_TRUE(service.startDaemon());
+    ASSERT_TRUE(service.startDaemon({}, QStringLiteral("2>") + service.path(QStringLiteral("terminal"))));
     EXPECT_EQ(service.terminate(), 0);
     EXPECT_EQ(service.read(QStringLiteral("precious")), "keep");
     EXPECT_TRUE(service.log().contains(QStringLiteral("E: Opening pid-file failed: ")));
+    EXPECT_TRUE(service.read(QStringLiteral("terminal")).startsWith("Opening pid-file failed: "));
 
     service.environment().insert(QStringLiteral("PIDFILE"), QStringLiteral("pid"));
     ASSERT_TRUE(service.startDaemon());

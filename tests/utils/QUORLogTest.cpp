@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -62,6 +64,22 @@ TEST(QUORLogTest, FileLinesAreAppendedWithATimestampAndConsoleLinesHaveNone) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "prog starting\nE: a_b\n"
               "E: ERROR 0 WHEN OPENING LOG FILE /no/such/dir/log, LOGGING TO CONSOLE\nprog starting\n");
+}
+
+TEST(QUORLogTest, LinesForTheJournalBeginWithTheirPriority) {
+    LogCapture restoreAfterwards;
+    testing::internal::CaptureStderr();
+    struct stat info {};
+    ASSERT_EQ(::fstat(STDERR_FILENO, &info), 0);
+    for (const ino_t inode : {info.st_ino, info.st_ino + 1}) {
+        qputenv("JOURNAL_STREAM", QByteArray::number(qulonglong(info.st_dev)) + ':' +
+                                      QByteArray::number(qulonglong(inode)));
+        QUORLog::Instance().logOpen({});
+        logAllLevels();
+    }
+    qunsetenv("JOURNAL_STREAM");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "<3>E: one\n<4>W: two\n<5>N: three\n<7>D: four\nE: one\nW: two\nN: three\nD: four\n");
 }
 
 TEST(QUORLogTest, AFullDiskLosesOnlyTheLinesOfThatTime) {

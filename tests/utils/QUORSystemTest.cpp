@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "QUORSystem.h"
 
+#include "QUORThreadStart.h"
+#include "TestFiles.h"
+
 #include <QDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -27,3 +31,18 @@ TEST(QUORSystemTest, OnlyALeadingTildeAloneOrBeforeASlashIsTheHomeDirectory) {
         EXPECT_EQ(QUORSystem::expandHome(path), path);
     }
 }
+
+#ifndef __SANITIZE_ADDRESS__
+TEST(QUORSystemTest, AThreadThatTheSystemRefusesIsAnError) {
+    QThread thread;
+    thread.setStackSize(2U << 30);
+    {
+        const ResourceLimit little(RLIMIT_AS, rlim_t(1) << 30);
+        EXPECT_THROW(QUORThreadStart::start(thread, "test"), std::runtime_error);
+    }
+    thread.setStackSize(0);
+    QUORThreadStart::start(thread, "test");
+    thread.quit();
+    EXPECT_TRUE(thread.wait());
+}
+#endif

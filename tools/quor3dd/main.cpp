@@ -7,6 +7,8 @@
 
 #include <QDir>
 
+#include <exception>
+
 int main(int argc, char** argv) {
     QUORSystem::useConfiguredSystemScope();
     QUORApplication application(argc, argv);
@@ -15,11 +17,17 @@ int main(int argc, char** argv) {
     application.setVersion(QString::fromLatin1(QUOR_VERSION));
     QCoreApplication::setApplicationName(QStringLiteral("QUOR3D"));
     if (application.init() < 0) {
-        return 0;
+        return application.exitStatus();
     }
     QUORLog& log = QUORLog::Instance();
     log.logDebug(QStringLiteral("Daemon home directory: ") + QDir::homePath());
     log.logDebug(QStringLiteral("Daemon working directory: ") + QDir::currentPath());
-    const QUORLiveDataThread thread;
-    return QCoreApplication::exec();
+    try {
+        const QUORLiveDataThread thread;
+        application.confirmStart();
+        return QCoreApplication::exec();
+    } catch (const std::exception& error) {
+        log.logError(QStringLiteral("The service cannot start: ") + QString::fromLocal8Bit(error.what()));
+        return 1;
+    }
 }

@@ -2,6 +2,7 @@
 #include "QUORDirectoryWatcher.h"
 
 #include "QUORLog.h"
+#include "QUORThreadStart.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -28,7 +29,7 @@ QUORDirectoryWatcher::QUORDirectoryWatcher(const QString& path, QUORDirectoryWat
         QStringLiteral("QUORDirectoryWatcher: Directory watcher created for path: ") + path);
     connect(&_notifier, &QFileSystemWatcher::directoryChanged, this, &QUORDirectoryWatcher::directoryChanged);
     _data = load(path);
-    start();
+    QUORThreadStart::start(*this, "watcher");
 }
 
 QUORDirectoryWatcher::~QUORDirectoryWatcher() {

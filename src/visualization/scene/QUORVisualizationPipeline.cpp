@@ -2,6 +2,7 @@
 #include "QUORVisualizationPipeline.h"
 
 #include "QUORLog.h"
+#include "QUORThreadStart.h"
 
 #include <exception>
 #include <utility>
@@ -27,7 +28,7 @@ bool build(QUORVisualizationPipelineItem& item, const QUORAbortFlag& abort) {
 
 QUORVisualizationPipeline::QUORVisualizationPipeline() {
     const QUORLogScope scope("QUORVisualizationPipeline::QUORVisualizationPipeline");
-    start(QThread::InheritPriority);
+    QUORThreadStart::start(*this, "pipeline");
 }
 
 QUORVisualizationPipeline::~QUORVisualizationPipeline() {
