@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "CommandLineTool.h"
+#include "GalleryCommand.h"
 
 #include "QUORSystem.h"
 
 int main(int argc, char** argv) {
     QUORSystem::useConfiguredSystemScope();
     CommandLineTool tool;
+    tool.add(std::make_unique<GalleryCommand>());
     return tool.run(argc, argv);
 }
