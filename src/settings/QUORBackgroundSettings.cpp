@@ -5,6 +5,7 @@
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 #include "QUORSettingsWriter.h"
 #include "QUORSystem.h"
 
@@ -26,11 +27,8 @@ const QString QUORBackgroundSettings::PRODUCT = QStringLiteral("product");
 
 namespace {
 
-constexpr int DEFAULT_HEIGHT = 1200;
-constexpr int DEFAULT_WIDTH = 1600;
 const QString DEFAULT_USER = QStringLiteral("quor3d");
-const QString DEFAULT_DIRECTORY = QStringLiteral(".");
-const QString DEFAULT_2D_PRODUCT = QStringLiteral("SRI");
+constexpr QUORSettingsKey PRODUCT_2D = QUORSettingsTable::row("BACKGROUND", "product", "products");
 
 QString findConfiguredUser() {
     QFile file(QUORSystem::getSystemConfigurationDirectory() + QLatin1Char('/') +
@@ -87,16 +85,18 @@ QUORBackgroundSettings::QUORBackgroundSettings() : _fileName(findSettingsFile())
 }
 
 void QUORBackgroundSettings::reset() {
-    _activated = false;
-    _directory = DEFAULT_DIRECTORY;
-    _outputFormat = QUORExportSettings::Tiff;
-    _viewAngleName = QUORConfig::VALUE_DEFAULT;
-    _displayStateName = QUORConfig::VALUE_DEFAULT;
-    _height = DEFAULT_HEIGHT;
-    _width = DEFAULT_WIDTH;
+    using QUORSettingsTable::row;
+    _activated = row("BACKGROUND", "activated").flag();
+    _directory = row("BACKGROUND", "directory").defaultText();
+    _outputFormat =
+        QUORExportSettings::getOutputFormatFromString(row("BACKGROUND", "outputformat").defaultText());
+    _viewAngleName = row("BACKGROUND", "viewangle").defaultText();
+    _displayStateName = row("BACKGROUND", "displaystate").defaultText();
+    _height = row("BACKGROUND", "height").whole();
+    _width = row("BACKGROUND", "width").whole();
     _products.clear();
     for (const QString& configuration : getAllConfigurations()) {
-        _products.insert(configuration, DEFAULT_2D_PRODUCT);
+        _products.insert(configuration, PRODUCT_2D.defaultText());
     }
 }
 
@@ -108,28 +108,28 @@ void QUORBackgroundSettings::load() {
     QSettings settings(_fileName, QSettings::NativeFormat);
     QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
                                  QStringLiteral(", status: ") + QString::number(int(settings.status())));
+    using namespace QUORSettingsTable;
     QUORSettingsReader reader(settings);
     reader.beginGroup(GROUP);
-    _activated = reader.readBool(ACTIVATED, false);
-    _directory = reader.readText(DIRECTORY, DEFAULT_DIRECTORY);
+    _activated = readFlag(reader, row("BACKGROUND", "activated"));
+    _directory = readText(reader, row("BACKGROUND", "directory"));
     readFormat(reader);
-    _viewAngleName = reader.readText(VIEW_ANGLE, QUORConfig::VALUE_DEFAULT);
-    _displayStateName = reader.readText(DISPLAY_STATE, QUORConfig::VALUE_DEFAULT);
-    _height = reader.readInt(HEIGHT, DEFAULT_HEIGHT, QUORExportSettings::MINIMUM_IMAGE_SIDE,
-                             QUORExportSettings::MAXIMUM_IMAGE_SIDE);
-    _width = reader.readInt(WIDTH, DEFAULT_WIDTH, QUORExportSettings::MINIMUM_IMAGE_SIDE,
-                            QUORExportSettings::MAXIMUM_IMAGE_SIDE);
+    _viewAngleName = readText(reader, row("BACKGROUND", "viewangle"));
+    _displayStateName = readText(reader, row("BACKGROUND", "displaystate"));
+    _height = readWhole(reader, row("BACKGROUND", "height"));
+    _width = readWhole(reader, row("BACKGROUND", "width"));
     const QStringList configurations = getAllConfigurations();
     reader.beginReadArray(PRODUCT_ARRAY, int(configurations.size()));
     for (int i = 0; i < int(configurations.size()); ++i) {
         reader.setArrayIndex(i);
-        _products.insert(configurations.at(i), reader.readText(PRODUCT, DEFAULT_2D_PRODUCT));
+        _products.insert(configurations.at(i), readText(reader, PRODUCT_2D));
     }
     reader.endArray();
 }
 
 void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
-    const QString text = reader.readText(OUTPUT_FORMAT, QUORExportSettings::getDefaultOutputFormatString());
+    const QString text =
+        QUORSettingsTable::readText(reader, QUORSettingsTable::row("BACKGROUND", "outputformat"));
     _outputFormat = QUORExportSettings::getOutputFormatFromString(text);
     const QString subject = QStringLiteral("output format ") + _fileName;
     if (_outputFormat == QUORExportSettings::UnknownFormat) {

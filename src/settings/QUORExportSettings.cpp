@@ -3,6 +3,7 @@
 
 #include "QUORConfig.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 #include "QUORSettingsWriter.h"
 
 #include <QFileInfo>
@@ -47,15 +48,16 @@ QUORExportSettings::QUORExportSettings() {
 
 void QUORExportSettings::load() {
     const QUORConfig::Access settings;
+    using namespace QUORSettingsTable;
     QUORSettingsReader reader(*settings);
     reader.beginGroup(GROUP);
-    _colorBar = reader.readBool(COLOR_BAR, true);
-    _legend = reader.readBool(LEGEND, true);
-    _compass = reader.readBool(COMPASS, true);
-    _height = reader.readInt(HEIGHT, 0, 0, MAXIMUM_IMAGE_SIDE);
-    _width = reader.readInt(WIDTH, 0, 0, MAXIMUM_IMAGE_SIDE);
-    _outputFormat = getOutputFormatFromString(reader.readText(OUTPUT_FORMAT, getOutputFormatString()));
-    _path = reader.readText(OUTPUT_PATH, QStringLiteral("."));
+    _colorBar = readFlag(reader, row("EXPORT", "colorbar"));
+    _legend = readFlag(reader, row("EXPORT", "legend"));
+    _compass = readFlag(reader, row("EXPORT", "compass"));
+    _height = readWhole(reader, row("EXPORT", "height"));
+    _width = readWhole(reader, row("EXPORT", "width"));
+    _outputFormat = getOutputFormatFromString(readText(reader, row("EXPORT", "outputformat")));
+    _path = readText(reader, row("EXPORT", "outputpath"));
 }
 
 void QUORExportSettings::save() const {
@@ -72,12 +74,13 @@ void QUORExportSettings::save() const {
 }
 
 void QUORExportSettings::reset() {
-    _colorBar = true;
-    _legend = true;
-    _compass = true;
-    _height = 0;
-    _width = 0;
-    _outputFormat = Tiff;
+    using QUORSettingsTable::row;
+    _colorBar = row("EXPORT", "colorbar").flag();
+    _legend = row("EXPORT", "legend").flag();
+    _compass = row("EXPORT", "compass").flag();
+    _height = row("EXPORT", "height").whole();
+    _width = row("EXPORT", "width").whole();
+    _outputFormat = getOutputFormatFromString(row("EXPORT", "outputformat").defaultText());
 }
 
 void QUORExportSettings::setPath(const QString& path) {

@@ -5,12 +5,11 @@
 #include "QUORLog.h"
 #include "QUORPresetStore.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 #include "QUORSettingsWriter.h"
 #include "QUORUnits.h"
 
 #include <QCoreApplication>
-
-#include <limits>
 
 const QString QUORGeneralSettings::LIVE_MODE = QStringLiteral("livemode");
 const QString QUORGeneralSettings::LIVE_MODE_SITE = QStringLiteral("livemode_site");
@@ -27,12 +26,6 @@ const QString QUORGeneralSettings::ANIMATION_LOOP_MODE = QStringLiteral("animloo
 const QString QUORGeneralSettings::ANIMATION_SPEED = QStringLiteral("animspeed");
 
 namespace {
-
-// Beyond these the scene degenerates or the filters' kernels outgrow memory.
-constexpr double MINIMUM_VERTICAL_SCALE = 0.001;
-constexpr double MAXIMUM_VERTICAL_SCALE = 1000.0;
-constexpr double MAXIMUM_DATA_SMOOTH = 100.0;
-constexpr int MAXIMUM_DATA_SHRINK = 10000;
 
 constexpr const char* LAT_LON_TEXTS[] = {"d", "Dm", "DMs"};
 
@@ -56,32 +49,30 @@ QUORGeneralSettings::LatLonFormat QUORGeneralSettings::getLatLonFormatFromString
 }
 
 void QUORGeneralSettings::load() {
-    const Values defaults;
+    using namespace QUORSettingsTable;
     const QUORConfig::Access settings;
     QUORSettingsReader reader(*settings);
     reader.beginGroup(QUORConfig::GENERAL_GROUP);
     Values& v = _values;
-    v.liveMode = reader.readBool(LIVE_MODE, defaults.liveMode);
-    v.liveModeSite = reader.readText(LIVE_MODE_SITE, {});
-    v.liveModeProduct3d = reader.readText(LIVE_MODE_PRODUCT_3D, {});
-    v.liveModeProduct2d = reader.readText(LIVE_MODE_PRODUCT_2D, {});
-    v.clock24h = reader.readBool(QUORConfig::GENERAL_CLOCK, defaults.clock24h);
-    v.metricUnits = reader.readBool(QUORConfig::GENERAL_UNITS, defaults.metricUnits);
-    v.latLonFormat = getLatLonFormatFromString(
-        reader.readText(QUORConfig::GENERAL_LATLON_UNITS, QString::fromLatin1(LAT_LON_TEXTS[Decimal])));
-    _geoDir = reader.readText(QUORConfig::GENERAL_GEOLAYER_URL, {});
-    _dir3d = reader.readText(QUORConfig::GENERAL_DATA3D_URL, {});
-    _dir2d = reader.readText(QUORConfig::GENERAL_DATA2D_URL, {});
-    v.verticalScale = reader.readDouble(VERTICAL_SCALE, defaults.verticalScale, MINIMUM_VERTICAL_SCALE,
-                                        MAXIMUM_VERTICAL_SCALE);
-    v.dataShrinkH = reader.readIntClamped(DATA_SHRINK_H, defaults.dataShrinkH, 1, MAXIMUM_DATA_SHRINK);
-    v.dataShrinkV = reader.readIntClamped(DATA_SHRINK_V, defaults.dataShrinkV, 1, MAXIMUM_DATA_SHRINK);
-    v.dataSmooth = reader.readDoubleClamped(DATA_SMOOTH, defaults.dataSmooth, 0.0, MAXIMUM_DATA_SMOOTH);
-    v.timeWindow = reader.readInt(TIME_WINDOW, defaults.timeWindow, 0, std::numeric_limits<int>::max());
-    v.animationTimeSpan = reader.readInt(ANIMATION_TIME_SPAN, defaults.animationTimeSpan);
-    v.animationFrameInterval = reader.readInt(ANIMATION_FRAME_INTERVAL, defaults.animationFrameInterval);
-    v.animationLoopMode = reader.readInt(ANIMATION_LOOP_MODE, defaults.animationLoopMode);
-    v.animationSpeed = reader.readInt(ANIMATION_SPEED, defaults.animationSpeed);
+    v.liveMode = readFlag(reader, row("GENERAL", "livemode"));
+    v.liveModeSite = readText(reader, row("GENERAL", "livemode_site"));
+    v.liveModeProduct3d = readText(reader, row("GENERAL", "livemode_product3d"));
+    v.liveModeProduct2d = readText(reader, row("GENERAL", "livemode_product2d"));
+    v.clock24h = readFlag(reader, row("GENERAL", "clock24hours"));
+    v.metricUnits = readFlag(reader, row("GENERAL", "metricunits"));
+    v.latLonFormat = getLatLonFormatFromString(readText(reader, row("GENERAL", "latlonunits")));
+    _geoDir = readText(reader, row("GENERAL", "geolayer"));
+    _dir3d = readText(reader, row("GENERAL", "data3d"));
+    _dir2d = readText(reader, row("GENERAL", "data2d"));
+    v.verticalScale = readNumber(reader, row("GENERAL", "verticalscale"));
+    v.dataShrinkH = readWhole(reader, row("GENERAL", "datashrink_h"));
+    v.dataShrinkV = readWhole(reader, row("GENERAL", "datashrink_v"));
+    v.dataSmooth = readNumber(reader, row("GENERAL", "datasmooth"));
+    v.timeWindow = readWhole(reader, row("GENERAL", "timewindow"));
+    v.animationTimeSpan = readWhole(reader, row("GENERAL", "animtimespan"));
+    v.animationFrameInterval = readWhole(reader, row("GENERAL", "animframeinterval"));
+    v.animationLoopMode = readWhole(reader, row("GENERAL", "animloopmode"));
+    v.animationSpeed = readWhole(reader, row("GENERAL", "animspeed"));
 }
 
 void QUORGeneralSettings::save() const {
@@ -111,7 +102,15 @@ void QUORGeneralSettings::save() const {
 }
 
 void QUORGeneralSettings::reset(bool displayOnly) {
+    using QUORSettingsTable::row;
     Values fresh;
+    fresh.clock24h = row("GENERAL", "clock24hours").flag();
+    fresh.metricUnits = row("GENERAL", "metricunits").flag();
+    fresh.verticalScale = row("GENERAL", "verticalscale").number[0];
+    fresh.dataShrinkH = row("GENERAL", "datashrink_h").whole();
+    fresh.dataShrinkV = row("GENERAL", "datashrink_v").whole();
+    fresh.dataSmooth = row("GENERAL", "datasmooth").number[0];
+    fresh.timeWindow = row("GENERAL", "timewindow").whole();
     if (displayOnly) {
         const Values& kept = _values;
         fresh.liveMode = kept.liveMode;

@@ -114,19 +114,20 @@ public:
     void addViewAnglePreset(QUORViewAngle::Ptr preset) { _viewAngles.append(std::move(preset)); }
 
 private:
+    /// Filled by the constructor and by `reset`.
     struct Values {
         bool liveMode = false;
         QString liveModeSite;
         QString liveModeProduct3d;
         QString liveModeProduct2d;
-        bool clock24h = true;
-        bool metricUnits = true;
+        bool clock24h = false;
+        bool metricUnits = false;
         LatLonFormat latLonFormat = Decimal;
-        double verticalScale = 5.0;
-        int dataShrinkH = 4;
-        int dataShrinkV = 1;
-        double dataSmooth = 1.0;
-        int timeWindow = 180;
+        double verticalScale = 0.0;
+        int dataShrinkH = 0;
+        int dataShrinkV = 0;
+        double dataSmooth = 0.0;
+        int timeWindow = 0;
         int animationTimeSpan = 0;
         int animationFrameInterval = 0;
         int animationLoopMode = 0;

@@ -3,6 +3,7 @@
 
 #include "QUORLog.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 #include "QUORSettingsWriter.h"
 
 namespace {
@@ -16,16 +17,28 @@ constexpr int LAYER_KEYS[] = {
     QUORDisplayState::GEO_LABELS_LAYER,
 };
 
+consteval const QUORSettingsKey& stateRow(std::string_view name) {
+    return QUORSettingsTable::row("DISPLAYSTATE", name, "DISPLAYSTATES");
+}
+consteval const QUORSettingsKey& viewRow(std::string_view name) {
+    return QUORSettingsTable::row("VIEWANGLE", name, "VIEWANGLES");
+}
+
+constexpr QUORSettingsKey STATE_NAME = stateRow("displayStateName");
+constexpr QUORSettingsKey VISIBLE = stateRow("displayStateLayerVisible*");
+constexpr QUORSettingsKey OPACITY = stateRow("displayStateLayerOpacity*");
+constexpr QUORSettingsKey VIEW_NAME = viewRow("viewAngleName");
+
 struct AxisRow {
     double QUORPoint3D::*axis;
-    const QString& position;
-    const QString& direction;
+    const QUORSettingsKey& position;
+    const QUORSettingsKey& direction;
 };
 
-const AxisRow AXES[] = {
-    {&QUORPoint3D::x, QUORConfig::VIEW_ANGLE_CAMPOS_X, QUORConfig::VIEW_ANGLE_CAMDIR_X},
-    {&QUORPoint3D::y, QUORConfig::VIEW_ANGLE_CAMPOS_Y, QUORConfig::VIEW_ANGLE_CAMDIR_Y},
-    {&QUORPoint3D::z, QUORConfig::VIEW_ANGLE_CAMPOS_Z, QUORConfig::VIEW_ANGLE_CAMDIR_Z},
+constexpr AxisRow AXES[] = {
+    {&QUORPoint3D::x, viewRow("viewAngleCamPosX"), viewRow("viewAngleCamDirX")},
+    {&QUORPoint3D::y, viewRow("viewAngleCamPosY"), viewRow("viewAngleCamDirY")},
+    {&QUORPoint3D::z, viewRow("viewAngleCamPosZ"), viewRow("viewAngleCamDirZ")},
 };
 
 /// What differs between the two kinds of presets.
@@ -35,13 +48,15 @@ struct DisplayStates {
     static constexpr bool LOGS_READING = false;
 
     static void read(const QUORSettingsReader& reader, QUORDisplayState& state) {
-        state.setName(reader.readText(QUORConfig::DISPLAY_STATE_NAME, {}));
+        state.setName(QUORSettingsTable::readText(reader, STATE_NAME));
         for (const int key : LAYER_KEYS) {
             if (const QUORDisplayLayer::Ptr layer = state.getLayer(key)) {
                 const QString suffix = QString::number(key);
-                layer->setVisible(reader.readBool(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, false));
-                layer->setOpacity(
-                    reader.readIntClamped(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix, 0, 0, 100));
+                layer->setVisible(
+                    reader.readBool(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, VISIBLE.flag()));
+                layer->setOpacity(reader.readIntClamped(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix,
+                                                        OPACITY.whole(), int(OPACITY.minimum),
+                                                        int(OPACITY.maximum)));
             }
         }
     }
@@ -66,10 +81,10 @@ struct ViewAngles {
     static void read(const QUORSettingsReader& reader, QUORViewAngle& angle) {
         QUORPoint3D position;
         QUORPoint3D direction;
-        angle.setName(reader.readText(QUORConfig::VIEW_ANGLE_NAME, {}));
+        angle.setName(QUORSettingsTable::readText(reader, VIEW_NAME));
         for (const AxisRow& row : AXES) {
-            position.*row.axis = reader.readDouble(row.position, 0.0);
-            direction.*row.axis = reader.readDouble(row.direction, 0.0);
+            position.*row.axis = QUORSettingsTable::readNumber(reader, row.position);
+            direction.*row.axis = QUORSettingsTable::readNumber(reader, row.direction);
         }
         angle.setCameraPosition(position);
         angle.setCameraDirection(direction);
@@ -79,8 +94,8 @@ struct ViewAngles {
         const QUORPoint3D position = angle.getCameraPosition();
         const QUORPoint3D direction = angle.getCameraDirection();
         for (const AxisRow& row : AXES) {
-            writer.write(row.position, position.*row.axis);
-            writer.write(row.direction, direction.*row.axis);
+            writer.write(row.position.nameText(), position.*row.axis);
+            writer.write(row.direction.nameText(), direction.*row.axis);
         }
     }
     static void copy(QUORViewAngle& to, const QUORViewAngle& from) {

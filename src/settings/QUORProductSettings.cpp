@@ -6,6 +6,7 @@
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 #include "QUORSettingsWriter.h"
 
 const QString QUORProductSettings::COLOR_MAP = QStringLiteral("colormap");
@@ -13,7 +14,12 @@ const QString QUORProductSettings::COLOR_MAP = QStringLiteral("colormap");
 namespace {
 
 constexpr int MAXIMUM_SURFACES = 4;
-constexpr double MAXIMUM_OPACITY = 100.0;
+
+consteval const QUORSettingsKey& row(std::string_view name) {
+    return QUORSettingsTable::row("PRODUCT * *", name);
+}
+constexpr QUORSettingsKey ISOVALUE = QUORSettingsTable::row("PRODUCT * *", "isovalue", "surface");
+constexpr QUORSettingsKey OPACITY = QUORSettingsTable::row("PRODUCT * *", "opacity", "surface");
 
 struct TypeRow {
     QUORProductSettings::RenderingType type;
@@ -57,11 +63,11 @@ QString QUORProductSettings::renderingTypeToString() const {
 void QUORProductSettings::reset(const QUORDataType* dataType) {
     _volumeValueLow = dataType != nullptr ? dataType->getMinDisplayValue() : -9999.0;
     _volumeValueHigh = dataType != nullptr ? 0.7 * dataType->getMaxDisplayValue() : 9999.0;
-    _volumeOpacityLow = 1.0;
-    _volumeOpacityHigh = MAXIMUM_OPACITY;
-    _renderingType = Surface;
-    _colorMapName = QStringLiteral("Default");
-    _surfaces = {{_volumeValueLow, 100}};
+    _volumeOpacityLow = row("volumeopacitylow").number[0];
+    _volumeOpacityHigh = row("volumeopacityhigh").number[0];
+    _renderingType = toType(row("rendering").defaultText());
+    _colorMapName = row("colormap").defaultText();
+    _surfaces = {{_volumeValueLow, OPACITY.whole()}};
 }
 
 bool QUORProductSettings::load(const QString& product, const QString& configuration,
@@ -92,7 +98,7 @@ bool QUORProductSettings::load(const QString& product, const QString& configurat
 
 // The record holds the defaults.
 void QUORProductSettings::readValues(QUORSettingsReader& reader) {
-    const QString rendering = reader.readText(QUORConfig::PRODUCT_RENDERING_TYPE, renderingTypeToString());
+    const QString rendering = QUORSettingsTable::readText(reader, row("rendering"));
     _renderingType = toType(rendering);
     const QString file = reader.settings().fileName();
     const QString subject = QStringLiteral("rendering ") + file + groupName();
@@ -103,14 +109,13 @@ void QUORProductSettings::readValues(QUORSettingsReader& reader) {
     } else {
         QUORLogOnce::forget(subject);
     }
-    _colorMapName = reader.readText(COLOR_MAP, _colorMapName);
+    using namespace QUORSettingsTable;
+    _colorMapName = readText(reader, row("colormap"));
     readSurfaces(reader);
-    _volumeValueLow = reader.readDouble(QUORConfig::PRODUCT_VOLUME_VALUE_LOW, _volumeValueLow);
-    _volumeValueHigh = reader.readDouble(QUORConfig::PRODUCT_VOLUME_VALUE_HIGH, _volumeValueHigh);
-    _volumeOpacityLow = reader.readDoubleClamped(QUORConfig::PRODUCT_VOLUME_OPACITY_LOW, _volumeOpacityLow,
-                                                 0.0, MAXIMUM_OPACITY);
-    _volumeOpacityHigh = reader.readDoubleClamped(QUORConfig::PRODUCT_VOLUME_OPACITY_HIGH, _volumeOpacityHigh,
-                                                  0.0, MAXIMUM_OPACITY);
+    _volumeValueLow = readNumber(reader, row("volumevaluelow"), _volumeValueLow);
+    _volumeValueHigh = readNumber(reader, row("volumevaluehigh"), _volumeValueHigh);
+    _volumeOpacityLow = readNumber(reader, row("volumeopacitylow"));
+    _volumeOpacityHigh = readNumber(reader, row("volumeopacityhigh"));
 }
 
 // In a group without a rendering the one default surface takes what is written of it.
@@ -122,8 +127,8 @@ void QUORProductSettings::readSurfaces(QUORSettingsReader& reader) {
     _surfaces.clear();
     for (int i = 0; i < count; ++i) {
         reader.setArrayIndex(i);
-        const double value = reader.readDouble(QUORConfig::PRODUCT_SURFACE_VALUE, _volumeValueLow);
-        _surfaces[value] = reader.readIntClamped(QUORConfig::PRODUCT_SURFACE_OPACITY, 100, 0, 100);
+        const double value = QUORSettingsTable::readNumber(reader, ISOVALUE, _volumeValueLow);
+        _surfaces[value] = QUORSettingsTable::readWhole(reader, OPACITY);
     }
     reader.endArray();
 }

@@ -3,6 +3,8 @@
 #include "QUORDataType.h"
 #include "QUORGeneralSettings.h"
 #include "QUORProductSettings.h"
+#include "QUORSettingsTable.h"
+#include "QUORSettingsValue.h"
 #include "ScratchHome.h"
 #include "TestFiles.h"
 
@@ -13,21 +15,55 @@
 
 namespace {
 
-/// What the guide says about a key of a group: the cells of its row behind the key.
-QStringList findRow(const QString& guide, const QString& group, const QString& key) {
-    const qsizetype start = guide.indexOf(QStringLiteral("Group `") + group + QLatin1Char('`'));
-    const QString section = guide.mid(start, guide.indexOf(QStringLiteral("\n## "), start) - start);
-    for (const QString& line : section.split(QLatin1Char('\n'))) {
-        const QString first = line.section(QLatin1Char('|'), 1, 1);
-        if (start >= 0 && first.contains(QLatin1Char('`') + key + QLatin1Char('`'))) {
-            return line.split(QRegularExpression(QStringLiteral("\\s*\\|\\s*"))).mid(2);
-        }
-    }
-    return {};
+QString toText(std::string_view text) {
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
 }
 
-/// Every key that the program stores stands in the guide, with the default that the program has.
-TEST(SettingsGuideTest, NamesEveryKeyAndDefault) {
+QString keyCell(const QUORSettingsKey& key) {
+    const QString element = key.array.empty() ? QString() : toText(key.array) + QStringLiteral("/N/");
+    return element + key.nameText().replace(QLatin1Char('*'), QStringLiteral("NUMBER"));
+}
+
+/// The row of a key in the settings guide.
+QString guideRow(const QUORSettingsKey& key) {
+    QString meaning = toText(key.meaning);
+    if (const QString range = QUORSettingsValue::describeRange(key); !range.isEmpty()) {
+        const bool limited = key.beyond == QUORSettingsKey::Beyond::Limited;
+        const QString end = (limited ? QStringLiteral("limited to ") : QString()) + range;
+        const bool choice = key.type == QUORSettingsKey::Type::Choice;
+        meaning = (choice ? range : meaning) + QStringLiteral("; ") + (choice ? meaning : end);
+    }
+    const QStringList cells{QLatin1Char('`') + keyCell(key) + QLatin1Char('`'),
+                            QUORSettingsValue::describeType(key), QUORSettingsValue::describeDefault(key),
+                            meaning};
+    return QStringLiteral("| ") + cells.join(QStringLiteral(" | ")) + QStringLiteral(" |\n");
+}
+
+/// Whether a row is the one of a key in a file, whose groups and elements are numbered and named.
+bool isRowOf(const QUORSettingsKey& key, const QString& path) {
+    const QString row = toText(key.group) + QLatin1Char('/') + keyCell(key);
+    const QString pattern = QRegularExpression::escape(row)
+                                .replace(QStringLiteral("\\*"), QStringLiteral("\\S+"))
+                                .replace(QStringLiteral("\\/N\\/"), QStringLiteral("\\/\\d+\\/"))
+                                .replace(QStringLiteral("NUMBER"), QStringLiteral("\\d+"));
+    return QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(path).hasMatch();
+}
+
+/// The rows of a group stand together in the table, so they do in the guide.
+TEST(SettingsGuideTest, HoldsTheTableOfEveryGroup) {
+    const QString guide = QString::fromUtf8(readFile(sourcePath(QStringLiteral("docs/settings.md"))));
+    QMap<std::string_view, QString> tables;
+    for (const QUORSettingsKey& key : QUORSettingsTable::getRows()) {
+        tables[key.group] += guideRow(key);
+    }
+    EXPECT_GT(tables.size(), 15);
+    for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+        EXPECT_TRUE(guide.contains(table.value())) << table.key() << " wants:\n" << qPrintable(table.value());
+    }
+}
+
+/// What the program stores without any settings is what the table says, and nothing else.
+TEST(SettingsGuideTest, TheTableHoldsWhatIsStored) {
     const ScratchHome home;
     const QString background = home.path() + QStringLiteral("/background.conf");
     qputenv(QUORBackgroundSettings::FILE_VARIABLE, background.toLocal8Bit());
@@ -40,28 +76,48 @@ TEST(SettingsGuideTest, NamesEveryKeyAndDefault) {
     QUORProductSettings(QStringLiteral("CAPPI"), QStringLiteral("Z"), QUORDataType(2));
     qunsetenv(QUORBackgroundSettings::FILE_VARIABLE);
 
-    const QString guide = QString::fromUtf8(readFile(sourcePath(QStringLiteral("docs/settings.md"))));
     int found = 0;
     for (const QString& name : {QSettings().fileName(), background}) {
         const QSettings stored(name, QSettings::NativeFormat);
-        for (const QString& path : stored.allKeys()) {
-            QString key = path.section(QLatin1Char('/'), -1);
-            key.remove(QRegularExpression(QStringLiteral("(?<=Visible|Opacity)\\d+$")));
-            if (key == QLatin1String("size")) {
+        for (QString path : stored.allKeys()) {
+            const QString value = stored.value(path).toString();
+            path.replace(QStringLiteral("General/"), QStringLiteral("GENERAL/"));
+            if (path.endsWith(QStringLiteral("/size"))) {
                 continue;
             }
-            const QString group = path.section(QRegularExpression(QStringLiteral("[ /]")), 0, 0).toUpper();
-            const QStringList row = findRow(guide, group, key);
-            ASSERT_FALSE(row.isEmpty()) << qPrintable(path);
+            const auto rows = QUORSettingsTable::getRows();
+            const auto row =
+                std::ranges::find_if(rows, [&](const QUORSettingsKey& key) { return isRowOf(key, path); });
+            ASSERT_NE(row, rows.end()) << qPrintable(path);
             ++found;
-            const bool fixedDefault =
-                path.count(QLatin1Char('/')) == 1 && !key.startsWith(QLatin1String("volumevalue"));
-            if (fixedDefault) {
-                EXPECT_EQ(row.value(1), stored.value(path).toString()) << qPrintable(path);
+            if (row->computed.empty() && (row->array.empty() || row->array == "products")) {
+                EXPECT_EQ(QUORSettingsValue::describeDefault(*row), value) << qPrintable(path);
             }
+            EXPECT_EQ(QUORSettingsValue::findProblem(*row, value), QString()) << qPrintable(path);
         }
     }
     EXPECT_GT(found, 50);
+}
+
+/// A choice that the program knows and the table does not, or the other way, would be an edit without effect.
+TEST(SettingsGuideTest, ChoicesAreThoseOfTheProgram) {
+    const auto isChoice = [](const QUORSettingsKey& key, const QString& text) {
+        return QUORSettingsValue::findProblem(key, text).isEmpty();
+    };
+    constexpr QUORSettingsKey product = QUORSettingsTable::row("BACKGROUND", "product", "products");
+    for (const QString& name : QUORBackgroundSettings::getAll2DProducts()) {
+        EXPECT_TRUE(isChoice(product, name)) << qPrintable(name);
+    }
+    for (const QString& name : QUORExportSettings::getSupportedOutputFormats()) {
+        EXPECT_TRUE(isChoice(QUORSettingsTable::row("BACKGROUND", "outputformat"), name));
+    }
+    for (const auto& [text, problem] : QMap<QString, QString>{
+             {QStringLiteral("1600"), {}},
+             {QStringLiteral("1600px"), QStringLiteral("is not a whole number")},
+             {QStringLiteral("0"), QStringLiteral("is out of range, which is 1 to 16384")}}
+             .asKeyValueRange()) {
+        EXPECT_EQ(QUORSettingsValue::findProblem(QUORSettingsTable::row("BACKGROUND", "width"), text), problem);
+    }
 }
 
 } // namespace

@@ -3,10 +3,10 @@
 
 #include "QUORLog.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 
 #include <QRegularExpression>
 
-#include <cstdlib>
 #include <iostream>
 #include <limits>
 
@@ -17,27 +17,31 @@ const QString GROUP = QStringLiteral("LANDMARKS");
 constexpr int MAX_LABEL = 200; // more would be a bar across the picture
 const QString ARRAY = QStringLiteral("landmarks");
 constexpr double MISSING_ANGLE = -9999.9;
-constexpr double DEFAULT_PRIORITY = 1.0;
+
+consteval const QUORSettingsKey& row(std::string_view name) {
+    return QUORSettingsTable::row("LANDMARKS", name, "landmarks");
+}
 
 /// Read as an unsigned number: a negative one is huge.
 unsigned readPriority(const QUORSettingsReader& reader) {
-    const QString key = QStringLiteral("priority");
-    const double value = reader.contains(key) ? reader.readDouble(key, 0.0) : DEFAULT_PRIORITY;
+    const QUORSettingsKey& key = row("priority");
+    const QString name = key.nameText();
+    const double value = reader.contains(name) ? reader.readDouble(name, 0.0) : key.number[0];
     return value >= 0.0 && value < QUORLandmark::MAX_PRIORITY ? static_cast<unsigned>(value)
                                                               : QUORLandmark::MAX_PRIORITY;
 }
 
 /// Null when the entry has no label or no location on the earth.
 QUORLandmark::Ptr readLandmark(const QUORSettingsReader& reader) {
-    const QString label = reader.readText(QStringLiteral("label"), {});
+    const QString label = QUORSettingsTable::readText(reader, row("label"));
     const unsigned priority = readPriority(reader);
-    const double lat = reader.readDouble(QStringLiteral("location/lat"), MISSING_ANGLE);
-    const double lon = reader.readDouble(QStringLiteral("location/lon"), MISSING_ANGLE);
-    const double alt = reader.readDouble(QStringLiteral("location/alt"), 0.0);
-    const double r = reader.readDouble(QStringLiteral("color/r"), 0.0);
-    const double g = reader.readDouble(QStringLiteral("color/g"), 0.0);
-    const double b = reader.readDouble(QStringLiteral("color/b"), 0.0);
-    if (label.isEmpty() || !(std::abs(lat) <= 90.0) || !(std::abs(lon) <= 180.0)) {
+    const double lat = QUORSettingsTable::readNumber(reader, row("location/lat"), MISSING_ANGLE);
+    const double lon = QUORSettingsTable::readNumber(reader, row("location/lon"), MISSING_ANGLE);
+    const double alt = QUORSettingsTable::readNumber(reader, row("location/alt"));
+    const double r = QUORSettingsTable::readNumber(reader, row("color/r"));
+    const double g = QUORSettingsTable::readNumber(reader, row("color/g"));
+    const double b = QUORSettingsTable::readNumber(reader, row("color/b"));
+    if (label.isEmpty() || lat == MISSING_ANGLE || lon == MISSING_ANGLE) {
         return nullptr;
     }
     return std::make_shared<QUORLandmark>(label.left(MAX_LABEL), QUORCoordinate(lat, lon), alt, r, g, b,

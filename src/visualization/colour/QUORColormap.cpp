@@ -5,6 +5,7 @@
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 
 #include <QRegularExpression>
 
@@ -24,10 +25,17 @@ const QString SET_GROUP = QStringLiteral("COLORSET");
 const QString MAPPING_GROUP = QStringLiteral("DATAMAPPING");
 const QString MAPPING_ARRAY = QStringLiteral("data");
 const QString POINTS_ARRAY = QStringLiteral("points");
-const QString NAME_KEY = QStringLiteral("name");
-const QString DATA_INDEX_KEY = QStringLiteral("data_index");
-const QString DEFAULT_LABEL_FORMAT = QStringLiteral("3.0f");
-const QString NO_UNITS = QStringLiteral("N/A");
+
+consteval const QUORSettingsKey& scaleRow(std::string_view name, std::string_view array = {}) {
+    return QUORSettingsTable::row("COLORSCALE *", name, array);
+}
+consteval const QUORSettingsKey& setRow(std::string_view name, std::string_view array = {}) {
+    return QUORSettingsTable::row("COLORSET *", name, array);
+}
+consteval const QUORSettingsKey& mappingRow(std::string_view name) {
+    return QUORSettingsTable::row("DATAMAPPING", name, "data");
+}
+constexpr QUORSettingsKey LABEL_FORMAT = scaleRow("label_format");
 
 constexpr int FALLBACK_SCALE = 1;
 constexpr int GREY_COLORS = 16;
@@ -56,21 +64,18 @@ QString checkedLabelFormat(const QString& format, const QString& scale) {
         QStringLiteral("^[-+ 0#]*[0-9]{0,2}(\\.[0-9]{0,2})?[eEfFgG][^%]{0,32}$"));
     const bool isSafe = oneDouble.match(format).hasMatch();
     report(scale, "has a label_format that is not the format of one number", !isSafe);
-    return QLatin1Char('%') + (isSafe ? format : DEFAULT_LABEL_FORMAT);
-}
-
-int readComponent(const QUORSettingsReader& reader, const char* key) {
-    return std::clamp(reader.readInt(QLatin1String(key), 0), 0, 255);
+    return QLatin1Char('%') + (isSafe ? format : LABEL_FORMAT.defaultText());
 }
 
 QUORColormap::Point readPoint(const QUORSettingsReader& reader) {
     QUORColormap::Point point;
-    point.lowerRed = readComponent(reader, "lower/r");
-    point.lowerGreen = readComponent(reader, "lower/g");
-    point.lowerBlue = readComponent(reader, "lower/b");
-    point.upperRed = readComponent(reader, "upper/r");
-    point.upperGreen = readComponent(reader, "upper/g");
-    point.upperBlue = readComponent(reader, "upper/b");
+    using QUORSettingsTable::readWhole;
+    point.lowerRed = readWhole(reader, setRow("lower/r", "points"));
+    point.lowerGreen = readWhole(reader, setRow("lower/g", "points"));
+    point.lowerBlue = readWhole(reader, setRow("lower/b", "points"));
+    point.upperRed = readWhole(reader, setRow("upper/r", "points"));
+    point.upperGreen = readWhole(reader, setRow("upper/g", "points"));
+    point.upperBlue = readWhole(reader, setRow("upper/b", "points"));
     point.constant = point.lowerRed == point.upperRed && point.lowerGreen == point.upperGreen &&
                      point.lowerBlue == point.upperBlue;
     return point;
@@ -117,8 +122,8 @@ Value readMapping(int rawType, Value fallback, Read read) {
 QUORColormap::QUORColormap()
     : _name(QStringLiteral("Fixed")),
       _colorSetName(QStringLiteral("Fixed")),
-      _labelFormat(QLatin1Char('%') + DEFAULT_LABEL_FORMAT),
-      _dataUnits(NO_UNITS) {
+      _labelFormat(QLatin1Char('%') + LABEL_FORMAT.defaultText()),
+      _dataUnits(scaleRow("data_units").defaultText()) {
     for (int k = 0; k < GREY_COLORS; ++k) {
         const int lower = 31 + 14 * k;
         const int upper = 45 + 14 * k;
@@ -202,19 +207,19 @@ void QUORColormap::load(int scaleId) {
 }
 
 int QUORColormap::loadScale(QUORSettingsReader& reader, int scaleId) {
+    using namespace QUORSettingsTable;
     reader.beginGroup(numberedGroup(SCALE_GROUP, scaleId));
-    _name = reader.readText(NAME_KEY, QStringLiteral("default"));
+    _name = readText(reader, scaleRow("name"));
     const QString subject = _name + QStringLiteral(" (") + QString::number(scaleId) + QLatin1Char(')');
-    const int setId = reader.readInt(QStringLiteral("colorset_index"), 1);
-    _lowSaturate = reader.readBool(QStringLiteral("low_saturate"), false);
-    _highSaturate = reader.readBool(QStringLiteral("hi_saturate"), true);
-    _labelFormat =
-        checkedLabelFormat(reader.readText(QStringLiteral("label_format"), DEFAULT_LABEL_FORMAT), subject);
-    _dataUnits = reader.readText(QStringLiteral("data_units"), NO_UNITS);
+    const int setId = readWhole(reader, scaleRow("colorset_index"));
+    _lowSaturate = readFlag(reader, scaleRow("low_saturate"));
+    _highSaturate = readFlag(reader, scaleRow("hi_saturate"));
+    _labelFormat = checkedLabelFormat(readText(reader, LABEL_FORMAT), subject);
+    _dataUnits = readText(reader, scaleRow("data_units"));
     _scale.resize(reader.beginReadArray(POINTS_ARRAY));
     for (int i = 0; i < _scale.size(); ++i) {
         reader.setArrayIndex(i);
-        _scale[i] = reader.readDouble(QStringLiteral("seam"), 1.0);
+        _scale[i] = readNumber(reader, scaleRow("seam", "points"));
     }
     reader.endArray();
     reader.endGroup();
@@ -229,7 +234,7 @@ int QUORColormap::loadScale(QUORSettingsReader& reader, int scaleId) {
 
 void QUORColormap::loadColorSet(QUORSettingsReader& reader, int setId) {
     reader.beginGroup(numberedGroup(SET_GROUP, setId));
-    _colorSetName = reader.readText(NAME_KEY, QStringLiteral("default"));
+    _colorSetName = QUORSettingsTable::readText(reader, setRow("name"));
     _colors.resize(reader.beginReadArray(POINTS_ARRAY));
     for (int i = 0; i < _colors.size(); ++i) {
         reader.setArrayIndex(i);
@@ -385,13 +390,15 @@ int QUORColormap::getNRenderedColors() const {
 }
 
 int QUORColormap::getColorGroupIdForDataType(int rawType) {
-    return readMapping(rawType, 0,
-                       [](const QUORSettingsReader& reader) { return reader.readInt(DATA_INDEX_KEY, 0); });
+    return readMapping(rawType, 0, [](const QUORSettingsReader& reader) {
+        return QUORSettingsTable::readWhole(reader, mappingRow("data_index"));
+    });
 }
 
 QString QUORColormap::getDataTypeLegendInfo(int rawType) {
-    return readMapping(rawType, QString(),
-                       [](const QUORSettingsReader& reader) { return reader.readText(NAME_KEY, {}); });
+    return readMapping(rawType, QString(), [](const QUORSettingsReader& reader) {
+        return QUORSettingsTable::readText(reader, mappingRow("name"));
+    });
 }
 
 QList<QUORColormap::ColorScaleListItem> QUORColormap::getScalesForDataType(int rawType) {
@@ -404,9 +411,9 @@ QList<QUORColormap::ColorScaleListItem> QUORColormap::getScalesForDataType(int r
             continue;
         }
         reader.beginGroup(group);
-        if (reader.readInt(DATA_INDEX_KEY, 0) == colorGroup) {
+        if (QUORSettingsTable::readWhole(reader, scaleRow("data_index")) == colorGroup) {
             scales.append({group.mid(ID_POSITION, ID_LENGTH).toInt(),
-                           reader.readText(NAME_KEY, QStringLiteral("default"))});
+                           QUORSettingsTable::readText(reader, scaleRow("name"))});
         }
         reader.endGroup();
     }

@@ -3,6 +3,7 @@
 
 #include "QUORAssert.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsTable.h"
 
 #include <algorithm>
 
@@ -10,79 +11,53 @@ const QString QUORStyleGroup::FILE_NAME = QStringLiteral("QUOR3DVisStyles");
 
 namespace {
 
-struct Range {
-    double minimum;
-    double maximum;
-    bool clamps;
-};
-
-Range rangeOf(QUORStyleGroup::Kind kind) {
-    switch (kind) {
-    case QUORStyleGroup::Kind::LineWidth:
-        return {0.01, 64.0, false};
-    case QUORStyleGroup::Kind::HaloWidth:
-        return {0.0, 16.0, false};
-    case QUORStyleGroup::Kind::Length:
-        return {0.01, 1.0e6, false};
-    case QUORStyleGroup::Kind::FontSize:
-        return {1.0, 200.0, false};
-    case QUORStyleGroup::Kind::Color:
-    case QUORStyleGroup::Kind::Opacity:
-        break;
-    }
-    return {0.0, 1.0, true};
+/// Of a group as the table writes it, "COMPASS_*".
+std::string_view componentOf(const QUORSettingsKey& row) {
+    return row.file == QUORSettingsKey::File::Styles ? row.group.substr(0, row.group.find("_*"))
+                                                     : std::string_view();
 }
 
-double readNumber(const QUORSettingsReader& reader, const QString& key, QUORStyleGroup::Kind kind,
-                  double fallback) {
-    const Range range = rangeOf(kind);
-    return range.clamps ? reader.readDoubleClamped(key, fallback, range.minimum, range.maximum)
-                        : reader.readDouble(key, fallback, range.minimum, range.maximum);
-}
-
-QUORStyleGroup::Color readRow(const QUORSettingsReader& reader, const QUORStyleGroup::Row& row) {
-    const QString key = QString::fromLatin1(row.key.data(), static_cast<qsizetype>(row.key.size()));
-    QUORStyleGroup::Color value = row.fallback;
-    if (row.kind != QUORStyleGroup::Kind::Color) {
-        value[0] = readNumber(reader, key, row.kind, row.fallback[0]);
-        return value;
-    }
-    static constexpr std::array<const char*, 3> COMPONENTS{"/r", "/g", "/b"};
-    for (std::size_t i = 0; i < COMPONENTS.size(); ++i) {
-        value[i] = readNumber(reader, key + COMPONENTS[i], row.kind, row.fallback[i]);
-    }
-    return value;
+std::span<const QUORSettingsKey> findRows(std::string_view component) {
+    const std::span<const QUORSettingsKey> rows = QUORSettingsTable::getRows();
+    const auto belongs = [&](const QUORSettingsKey& row) { return componentOf(row) == component; };
+    const auto first = std::ranges::find_if(rows, belongs);
+    QUOR_ASSERT(first != rows.end());
+    return {first, std::find_if_not(first, rows.end(), belongs)};
 }
 
 } // namespace
 
-QUORStyleGroup::QUORStyleGroup(const char* component, std::span<const Row> rows)
-    : _component(component), _rows(rows), _values(rows.size()) {
-    std::ranges::transform(rows, _values.begin(), &Row::fallback);
+QUORStyleGroup::QUORStyleGroup(std::string_view component)
+    : _rows(findRows(component)), _values(_rows.size()) {
+    std::ranges::transform(_rows, _values.begin(), &QUORSettingsKey::number);
 }
 
 void QUORStyleGroup::load(bool night) {
-    const QString group = QLatin1String(_component) + QLatin1String(night ? "_NIGHT" : "_DAY");
+    const std::string_view component = componentOf(_rows.front());
     QUORSettingsReader reader(FILE_NAME);
-    reader.beginGroup(group);
-    std::ranges::transform(_rows, _values.begin(), [&](const Row& row) { return readRow(reader, row); });
+    reader.beginGroup(QString::fromLatin1(component.data(), qsizetype(component.size())) +
+                      QLatin1String(night ? "_NIGHT" : "_DAY"));
+    std::ranges::transform(_rows, _values.begin(), [&](const QUORSettingsKey& row) {
+        return row.type == QUORSettingsKey::Type::Color ? QUORSettingsTable::readColor(reader, row)
+                                                        : Color{QUORSettingsTable::readNumber(reader, row)};
+    });
     reader.endGroup();
 }
 
 const QUORStyleGroup::Color& QUORStyleGroup::color(std::string_view key) const {
     const std::size_t index = indexOf(key);
-    QUOR_ASSERT(_rows[index].kind == Kind::Color);
+    QUOR_ASSERT(_rows[index].type == QUORSettingsKey::Type::Color);
     return _values[index];
 }
 
 double QUORStyleGroup::number(std::string_view key) const {
     const std::size_t index = indexOf(key);
-    QUOR_ASSERT(_rows[index].kind != Kind::Color);
+    QUOR_ASSERT(_rows[index].type != QUORSettingsKey::Type::Color);
     return _values[index][0];
 }
 
 std::size_t QUORStyleGroup::indexOf(std::string_view key) const {
-    const auto row = std::ranges::find(_rows, key, &Row::key);
+    const auto row = std::ranges::find(_rows, key, &QUORSettingsKey::name);
     QUOR_ASSERT(row != _rows.end());
     return static_cast<std::size_t>(row - _rows.begin());
 }

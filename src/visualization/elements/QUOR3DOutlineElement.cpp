@@ -13,20 +13,12 @@
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
 
-#include <array>
 #include <cmath>
 #include <vector>
 
 namespace {
 
 constexpr QUORElementTexts TEXTS{"QUOR3DOutlineElement", "Creating new  visualization.", false, false};
-
-constexpr std::array<QUORStyleGroup::Row, 4> STYLE{{
-    {"line/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"line/width", QUORStyleGroup::Kind::LineWidth, {2.0}},
-    {"tick/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"tick/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
-}};
 
 constexpr double TICK_LENGTH = 0.015;
 /// More cannot be told apart in an image.
@@ -60,7 +52,7 @@ void addTick(vtkPoints* points, vtkCellArray* lines, double x, double y, double 
 } // namespace
 
 QUOR3DOutlineElement::QUOR3DOutlineElement(QUORVisualGroup* group, int key)
-    : QUORTypedVisualElement(group, key, TEXTS), _style("OUTLINE3D", STYLE) {}
+    : QUORTypedVisualElement(group, key, TEXTS), _style("OUTLINE3D") {}
 
 void QUOR3DOutlineElement::invalidate() {
     const QUORLogScope scope("QUOR3DOutlineElement::invalidate");

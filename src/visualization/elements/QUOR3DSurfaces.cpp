@@ -17,7 +17,6 @@
 #include <vtkShaderProperty.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <vector>
 
@@ -30,9 +29,6 @@ constexpr double AMBIENT = 0.7;
 constexpr double LEVEL_FACING = 0.970143;
 constexpr double EDGE_SHADE = 0.25;
 constexpr double DARKEST_SHADE = 0.1;
-
-constexpr std::array STYLE_ROWS{
-    QUORStyleGroup::Row{"ambient/color", QUORStyleGroup::Kind::Color, {0.55, 0.6, 0.65}}};
 
 /// One surface as it is drawn.
 struct Surface {
@@ -62,7 +58,7 @@ const Surface& nearest(const std::vector<Surface>& surfaces, double value) {
 /// leaves it alone on faces that are level or look at the lamp. What the lamp reaches follows a half Lambert
 /// squared, so that undersides keep their form; edges of the unlit part are darkened to separate lobes.
 void shadeByProportion(vtkActor* actor) {
-    QUORStyleGroup style("RENDERER", STYLE_ROWS);
+    QUORStyleGroup style("RENDERER");
     style.load(false);
     const QUORStyleGroup::Color& ambient = style.color("ambient/color");
     const double unlit = AMBIENT * (ambient[0] + ambient[1] + ambient[2]) / 3.0;

@@ -12,22 +12,12 @@
 #include <vtkPoints.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <vector>
 
 namespace {
 
 constexpr QUORElementTexts TEXTS{"QUORLatLonGridElement", "Creating new  visualization.", true, true};
-
-constexpr std::array<QUORStyleGroup::Row, 6> STYLE{{
-    {"line/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"line/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
-    {"label/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"label/size", QUORStyleGroup::Kind::Length, {10000.0}},
-    {"label/halo/color", QUORStyleGroup::Kind::Color, {0.0, 0.0, 0.0}},
-    {"label/halo/width", QUORStyleGroup::Kind::HaloWidth, {0.0}},
-}};
 
 constexpr int MINIMUM_DEGREES = 4;
 constexpr int POLAR_LONGITUDE_STEP = 8;
@@ -160,7 +150,7 @@ private:
 } // namespace
 
 QUORLatLonGridElement::QUORLatLonGridElement(QUORVisualGroup* group, int key)
-    : QUORTypedVisualElement(group, key, TEXTS), _style("LATLONGRID", STYLE) {}
+    : QUORTypedVisualElement(group, key, TEXTS), _style("LATLONGRID") {}
 
 void QUORLatLonGridElement::invalidate() {
     const QUORLogScope scope("QUORLatLonGridElement::invalidate");

@@ -20,15 +20,6 @@ namespace {
 
 constexpr QUORElementTexts TEXTS{"QUORRadarRingsElement", "Creating new  visualization.", true, true};
 
-constexpr std::array<QUORStyleGroup::Row, 6> STYLE{{
-    {"line/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"line/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
-    {"label/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"label/size", QUORStyleGroup::Kind::Length, {10000.0}},
-    {"label/halo/color", QUORStyleGroup::Kind::Color, {0.0, 0.0, 0.0}},
-    {"label/halo/width", QUORStyleGroup::Kind::HaloWidth, {0.0}},
-}};
-
 constexpr std::array<double, 4> RING_FRACTIONS{1.0, 0.75, 0.5, 0.25};
 constexpr int RING_POINTS = 64;
 constexpr int SPOKES = 12;
@@ -61,7 +52,7 @@ void addSpokes(vtkPoints* points, vtkCellArray* lines, double radius) {
 } // namespace
 
 QUORRadarRingsElement::QUORRadarRingsElement(QUORVisualGroup* group, int key)
-    : QUORTypedVisualElement(group, key, TEXTS), _style("RADARRINGS", STYLE) {}
+    : QUORTypedVisualElement(group, key, TEXTS), _style("RADARRINGS") {}
 
 void QUORRadarRingsElement::invalidate() {
     const QUORLogScope scope("QUORRadarRingsElement::invalidate");

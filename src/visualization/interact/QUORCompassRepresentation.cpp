@@ -14,15 +14,7 @@
 #include <vtkTextActor.h>
 #include <vtkTextProperty.h>
 
-#include <array>
-
 namespace {
-
-constexpr std::array<QUORStyleGroup::Row, 3> STYLE{{
-    {"compass/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"compass/opacity/highlighted", QUORStyleGroup::Kind::Opacity, {1.0}},
-    {"compass/opacity/nonhighlighted", QUORStyleGroup::Kind::Opacity, {1.0}},
-}};
 
 constexpr double UNKNOWN_DISTANCE = 9999.9;
 
@@ -67,7 +59,7 @@ void paint(vtkCenteredSliderRepresentation* slider, const QUORPoint3D& color, do
 
 } // namespace
 
-QUORCompassRepresentation::QUORCompassRepresentation() : _style("COMPASS", STYLE) {
+QUORCompassRepresentation::QUORCompassRepresentation() : _style("COMPASS") {
     QUORLog::Instance().logDebug(QStringLiteral("QUORCompassRepresentation::QUORCompassRepresentation()"));
     this->DistanceRepresentation->SetTitleText("zoom");
     this->LabelProperty->SetFontFamilyToArial();

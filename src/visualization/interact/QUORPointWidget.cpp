@@ -25,17 +25,6 @@
 
 namespace {
 
-constexpr std::array<QUORStyleGroup::Row, 8> STYLE{{
-    {"line/selected/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"line/selected/width", QUORStyleGroup::Kind::LineWidth, {2.0}},
-    {"line/unselected/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"line/unselected/width", QUORStyleGroup::Kind::LineWidth, {1.0}},
-    {"marker/radius", QUORStyleGroup::Kind::Length, {5100.0}},
-    {"home/marker/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"home/label/color", QUORStyleGroup::Kind::Color, {0.3, 0.3, 0.3}},
-    {"home/label/fontsize", QUORStyleGroup::Kind::FontSize, {8.0}},
-}};
-
 void dressLine(vtkProperty* property, const QUORStyleGroup::Color& color, double width) {
     property->SetLineWidth(static_cast<float>(width));
     property->SetColor(color[0], color[1], color[2]);
@@ -47,7 +36,7 @@ bool isZero(double value) {
 
 } // namespace
 
-QUORPointWidget::QUORPointWidget() : _style("CURSORTOOL", STYLE) {
+QUORPointWidget::QUORPointWidget() : _style("CURSORTOOL") {
     const QUORLogScope scope("QUORPointWidget::QUORPointWidget");
 }
 

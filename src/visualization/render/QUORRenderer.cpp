@@ -43,18 +43,6 @@
 
 namespace {
 
-using Kind = QUORStyleGroup::Kind;
-
-constexpr std::array<QUORStyleGroup::Row, 7> STYLE{{
-    {"site/marker/color", Kind::Color, {0.3, 0.3, 0.3}},
-    {"site/marker/radius", Kind::Length, {5000.0}},
-    {"background/color", Kind::Color, {0.15, 0.25, 0.3}},
-    {"ambient/color", Kind::Color, {0.55, 0.6, 0.65}},
-    {"light/color", Kind::Color, {1.0, 0.98, 0.9}},
-    {"colorscale/background/color", Kind::Color, {0.8, 0.8, 0.8}},
-    {"legend/text/color", Kind::Color, {0.0, 0.0, 0.0}},
-}};
-
 constexpr QUORPoint3D START_POSITION{0.0, 0.0, 2000000.0};
 constexpr QUORPoint3D START_DIRECTION{0.0, 0.000001, -1.0};
 
@@ -88,7 +76,7 @@ QUORRenderer::QUORRenderer(vtkRenderWindow* window, QUORCameraInteractorObserver
       _cameraObserver(cameraObserver),
       _pointObserver(pointObserver),
       _withoutInteraction(withoutInteraction),
-      _style("RENDERER", STYLE),
+      _style("RENDERER"),
       _lowestHeight(USUAL_BOTTOM),
       _greatestHeight(USUAL_TOP) {
     const QUORLogScope scope("QUORRenderer::QUORRenderer");

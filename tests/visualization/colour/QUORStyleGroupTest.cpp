@@ -2,6 +2,7 @@
 #include "QUORStyleGroup.h"
 
 #include "LogCapture.h"
+#include "QUORSettingsTable.h"
 #include "ScratchHome.h"
 #include "TestFiles.h"
 
@@ -12,59 +13,43 @@
 #include <QRegularExpression>
 #include <QSettings>
 
-namespace {
-
-constexpr std::array<QUORStyleGroup::Row, 4> TABLE{{
-    {"pen/color", QUORStyleGroup::Kind::Color, {0.1, 0.2, 0.3}},
-    {"pen/width", QUORStyleGroup::Kind::LineWidth, {1.5}},
-    {"pen/opacity", QUORStyleGroup::Kind::Opacity, {0.5}},
-    {"font/size", QUORStyleGroup::Kind::FontSize, {9.0}},
-}};
-
-} // namespace
-
 TEST(QUORStyleGroupTest, ReadsTheGroupOfTheHourWithItsDefaults) {
     const ScratchHome home;
     const LogCapture log;
     ScratchHome::writeSettings("QUOR3DVisStyles.conf",
-                               "[PEN_DAY]\npen\\color\\g=0.75\nfont\\size=0.5\n"
-                               "[PEN_NIGHT]\npen\\color\\b=-3\npen\\width=6.5\npen\\opacity=40\n");
+                               "[COMPASS_DAY]\ncompass\\color\\g=0.75\n"
+                               "[COMPASS_NIGHT]\ncompass\\color\\b=-3\ncompass\\opacity\\highlighted=40\n"
+                               "[OUTLINE3D_DAY]\ntick\\width=0\n[OUTLINE3D_NIGHT]\ntick\\width=6.5\n");
     const struct {
         bool night;
         QUORStyleGroup::Color color;
         double width;
         double opacity;
-    } rows[] = {{false, {0.1, 0.75, 0.3}, 1.5, 0.5}, {true, {0.1, 0.2, 0.0}, 6.5, 1.0}};
-    QUORStyleGroup style("PEN", TABLE);
-    EXPECT_EQ(style.color("pen/color"), (QUORStyleGroup::Color{0.1, 0.2, 0.3}));
+    } rows[] = {{false, {0.3, 0.75, 0.3}, 1.0, 1.0}, {true, {0.3, 0.3, 0.0}, 6.5, 1.0}};
+    QUORStyleGroup compass("COMPASS");
+    QUORStyleGroup outline("OUTLINE3D");
+    EXPECT_EQ(compass.color("compass/color"), (QUORStyleGroup::Color{0.3, 0.3, 0.3}));
     for (const auto& row : rows) {
-        style.load(row.night);
-        EXPECT_EQ(style.color("pen/color"), row.color);
-        EXPECT_DOUBLE_EQ(style.number("pen/width"), row.width);
-        EXPECT_DOUBLE_EQ(style.number("pen/opacity"), row.opacity);
-        EXPECT_DOUBLE_EQ(style.number("font/size"), 9.0);
+        compass.load(row.night);
+        outline.load(row.night);
+        EXPECT_EQ(compass.color("compass/color"), row.color);
+        EXPECT_DOUBLE_EQ(outline.number("tick/width"), row.width);
+        EXPECT_DOUBLE_EQ(compass.number("compass/opacity/highlighted"), row.opacity);
     }
-    for (const char* key : {"font/size", "pen/color/b", "pen/opacity"}) {
+    for (const char* key : {"tick/width=0", "compass/color/b", "compass/opacity/highlighted"}) {
         EXPECT_EQ(log.count(key), 1) << key;
     }
 }
 
 /// A key that no component reads would be an edit without effect.
 TEST(QUORStyleGroupTest, ThePackagedFileHoldsOnlyKeysThatAreRead) {
-    const QMap<QString, QStringList> known{
-        {"RENDERER",
-         {"site/marker/color", "site/marker/radius", "background/color", "ambient/color", "light/color",
-          "colorscale/background/color", "legend/text/color"}},
-        {"OUTLINE3D", {"line/color", "line/width", "tick/color", "tick/width"}},
-        {"RADARRINGS",
-         {"line/color", "line/width", "label/color", "label/size", "label/halo/color", "label/halo/width"}},
-        {"LATLONGRID",
-         {"line/color", "line/width", "label/color", "label/size", "label/halo/color", "label/halo/width"}},
-        {"COMPASS", {"compass/color", "compass/opacity/highlighted", "compass/opacity/nonhighlighted"}},
-        {"CURSORTOOL",
-         {"line/selected/color", "line/selected/width", "line/unselected/color", "line/unselected/width",
-          "marker/radius", "home/marker/color", "home/label/color", "home/label/fontsize"}},
-    };
+    QMap<QString, QStringList> known;
+    for (const QUORSettingsKey& row : QUORSettingsTable::getRows()) {
+        if (row.file == QUORSettingsKey::File::Styles) {
+            known[QString::fromUtf8(row.group.data(), qsizetype(row.group.size())).chopped(2)].append(
+                row.nameText());
+        }
+    }
     QSettings file(sourcePath(QStringLiteral("share/QUOR3DVisStyles.conf")), QSettings::IniFormat);
     ASSERT_EQ(file.status(), QSettings::NoError);
     EXPECT_EQ(file.childGroups().size(), 2 * known.size());
