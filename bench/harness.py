@@ -29,52 +29,81 @@ class Failure(Exception):
     """The service did not do what was waited for."""
 
 
+def make_sample(folder, *arguments):
+    """Runs quor3d-sample; its output folder."""
+    subprocess.run([BINARIES / "quor3d-sample", "--output", folder, *arguments], check=True, stdout=subprocess.DEVNULL)
+    return pathlib.Path(folder)
+
+
+def build():
+    for command in (["cmake", "--preset", "release"],
+                    ["cmake", "--build", "--preset", "release", "--target", "quor3dd", "quor3d-sample"]):
+        subprocess.run(command, cwd=ROOT, check=True, stdout=subprocess.DEVNULL)
+
+
 class Service:
     """quor3dd in the foreground with a home of its own; a context manager. Lines of its log are kept with
     the time at which they arrived."""
 
-    def __init__(self, loglevel=0, displaystate="Default", settings="", product2d="(none)"):
+    def __init__(self, loglevel=0, displaystate="Default", settings="", product2d="(none)", background=""):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="quor3d-bench."))
         self.volumes, self.flat, self.images = (self.root / name for name in ("3d", "2d", "images"))
-        conf = self.root / "home" / ".config" / "QUOR"
+        self.conf = self.root / "home" / ".config" / "QUOR"
         system = self.root / "system" / "QUOR"
-        for folder in (self.volumes, self.flat, self.images, conf, system):
+        for folder in (self.volumes, self.flat, self.images, self.conf, system):
             folder.mkdir(parents=True)
         for packaged in (ROOT / "share").rglob("*.conf"):
             shutil.copy(packaged, system)
-        (conf / "QUOR3D.conf").write_text("[GENERAL]\ndata3d=%s\ndata2d=%s\n%s" % (self.volumes, self.flat, settings))
+        (self.conf / "QUOR3D.conf").write_text(
+            "[GENERAL]\ndata3d=%s\ndata2d=%s\n%s" % (self.volumes, self.flat, settings))
         (self.root / "background.conf").write_text(
-            "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=TIFF\ndisplaystate=%s\nproducts\\size=4\n%s"
-            % (self.images, displaystate, "".join("products\\%d\\product=%s\n" % (i, product2d) for i in range(1, 5))))
+            "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=TIFF\ndisplaystate=%s\n%sproducts\\size=4\n%s"
+            % (self.images, displaystate, background,
+               "".join("products\\%d\\product=%s\n" % (i, product2d) for i in range(1, 5))))
         self.loglevel = loglevel
         self.lines = []
         self.process = None
 
     def __enter__(self):
-        environment = {"HOME": str(self.root / "home"), "PATH": os.environ["PATH"], "LANG": "C.UTF-8",
-                       "XDG_CONFIG_DIRS": str(self.root / "system"), "TMPDIR": str(self.root),
-                       "QUOR3D_BG_SETTINGS": str(self.root / "background.conf")}
-        self.started = time.monotonic()
-        self.process = subprocess.Popen([BINARIES / "quor3dd", "--loglevel=%d" % self.loglevel], env=environment,
-                                        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        threading.Thread(target=self._read, daemon=True).start()
+        self.start()
         return self
 
     def __exit__(self, *_):
+        self.stop()
+        shutil.rmtree(self.root, ignore_errors=True)
+
+    def environment(self):
+        return {"HOME": str(self.root / "home"), "PATH": os.environ["PATH"], "LANG": "C.UTF-8",
+                "XDG_CONFIG_DIRS": str(self.root / "system"), "TMPDIR": str(self.root),
+                "QUOR3D_BG_SETTINGS": str(self.root / "background.conf")}
+
+    def start(self, **popen):
+        """Over the same folders as before, when it ran before. Takes what subprocess.Popen takes."""
+        self.started = time.monotonic()
+        streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE, **popen}
+        self.process = subprocess.Popen([BINARIES / "quor3dd", "--loglevel=%d" % self.loglevel],
+                                        env=self.environment(), **streams)
+        if streams["stderr"] == subprocess.PIPE:
+            threading.Thread(target=self._read, args=(self.process.stderr,), daemon=True).start()
+
+    def stop(self):
         self.process.terminate()
         try:
             self.process.wait(30)
         except subprocess.TimeoutExpired:
-            self.process.kill()
-        shutil.rmtree(self.root, ignore_errors=True)
+            self.kill()
 
-    def _read(self):
-        for line in self.process.stderr:
+    def kill(self):
+        self.process.kill()
+        self.process.wait()
+
+    def _read(self, stream):
+        for line in stream:
             self.lines.append((time.monotonic(), line.decode(errors="replace").rstrip()))
 
-    def wait(self, what, condition):
+    def wait(self, what, condition, deadline=DEADLINE):
         """The value of the condition once it is true."""
-        end = time.monotonic() + DEADLINE
+        end = time.monotonic() + deadline
         while time.monotonic() < end:
             value = condition()
             if value:
@@ -82,12 +111,15 @@ class Service:
             if self.process.poll() is not None:
                 raise Failure("the service ended: %s" % [line for _, line in self.lines[-3:]])
             time.sleep(0.001)
-        raise Failure("no %s within %d s" % (what, DEADLINE))
+        raise Failure("no %s within %d s" % (what, deadline))
 
-    def wait_line(self, text, first=0):
+    def wait_line(self, text, first=0, deadline=DEADLINE):
         """The index of the first line from `first` on that contains the text."""
         return self.wait("'%s' in the log" % text, lambda: next(
-            ([i] for i in range(first, len(self.lines)) if text in self.lines[i][1]), None))[0]
+            ([i] for i in range(first, len(self.lines)) if text in self.lines[i][1]), None), deadline)[0]
+
+    def count_lines(self, text, first=0):
+        return sum(text in line for _, line in self.lines[first:])
 
     def settle(self):
         """Until the service waits for work: it has used some processor time, and none for half a second."""
@@ -103,9 +135,9 @@ class Service:
         hidden.rename(self.volumes / ("CAZ%s.cap" % key))
         return "_Z_%s.tiff" % key
 
-    def wait_image(self, ending):
+    def wait_image(self, ending, deadline=DEADLINE):
         return self.wait("image *" + ending, lambda: next(
-            (e.path for e in os.scandir(self.images) if e.name.endswith(ending)), None))
+            (e.path for e in os.scandir(self.images) if e.name.endswith(ending)), None), deadline)
 
     def status(self, key):
         for line in open("/proc/%d/status" % self.process.pid):

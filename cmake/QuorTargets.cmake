@@ -15,8 +15,10 @@ if(QUOR_SANITIZE)
     # VTK's own classes carry no type information that the check of virtual calls could use.
     target_compile_options(quor_options INTERFACE -fno-sanitize=vptr -fno-sanitize-recover=undefined)
   endif()
-  # GCC's flow analysis reports false positives in instrumented code.
-  target_compile_options(quor_options INTERFACE -Wno-error=maybe-uninitialized -Wno-error=tsan)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # Its flow analysis reports false positives in instrumented code.
+    target_compile_options(quor_options INTERFACE -Wno-error=maybe-uninitialized -Wno-error=tsan)
+  endif()
 endif()
 
 # One precompiled header serves all layers and programs, another one the tests; each target with its own
@@ -67,6 +69,7 @@ function(quor_test name)
   target_link_libraries(${name} PRIVATE quor_options quor_test_support ${ARG_LINK})
   quor_pch(${name} quor_pch_tests)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  add_dependencies(tests ${name})
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     TEST_PREFIX "${name}." PROPERTIES LABELS "${ARG_LABEL}" TIMEOUT ${ARG_TIMEOUT}
     ENVIRONMENT "${environment}")
