@@ -131,7 +131,8 @@ std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLe
     frame->setDataParams3d(leaf.getProduct(), leaf.getConfiguration());
     frame->setDataParams2d(product2d);
     const QUORFile::CPtr file = leaf.getFile();
-    frame->setDataParamsTerrain(TERRAIN_FACTOR * std::hypot(file->getLengthM(), file->getWidthM()));
+    frame->setDataParamsTerrain(TERRAIN_FACTOR *
+                                std::hypot(file->getLengthAroundRadarM(), file->getWidthAroundRadarM()));
     if (!frame->updateData3d()) {
         return nullptr;
     }

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <fcntl.h>
 #include <limits>
 #include <map>
@@ -144,6 +145,17 @@ QUORGeoProjection::CPtr sharedProjection(const QString& name, const QUORCoordina
 
 double extentM(int points, int step) {
     return (double(points) - 1.0) * step * 0.01;
+}
+
+double middleM(int points, int step, int radar) {
+    const double place = radar / 1000.0;
+    const bool isInside = place >= 0.0 && place <= points - 1.0;
+    return isInside ? (0.5 * points - place) * step * 0.01 : 0.0;
+}
+
+/// Half a step is what the two usual middles, of the points and of the extent, lie apart.
+double extentAroundM(double extent, double middle, int step) {
+    return extent + 2.0 * std::max(0.0, std::abs(middle) - 0.5 * step * 0.01);
 }
 
 bool isUsableExtent(int points, int step) {
@@ -331,6 +343,19 @@ double QUORFile::getLengthM() const {
 
 double QUORFile::getHeightM() const {
     return extentM(getZPoints(), getZScale());
+}
+
+QUORPoint3D QUORFile::getMiddleM() const {
+    return {middleM(getXPoints(), getXScale(), getXRadar()), middleM(getYPoints(), getYScale(), getYRadar()),
+            0.0};
+}
+
+double QUORFile::getWidthAroundRadarM() const {
+    return extentAroundM(getWidthM(), getMiddleM().x, getXScale());
+}
+
+double QUORFile::getLengthAroundRadarM() const {
+    return extentAroundM(getLengthM(), getMiddleM().y, getYScale());
 }
 
 QUORPoint3D QUORFile::getPointM(double x, double y, double z) const {

@@ -82,6 +82,13 @@ public:
     double getWidthM() const;
     double getLengthM() const;
     double getHeightM() const;
+    /// Metres along x and y from the radar to the grid's middle, which is half the points from the first.
+    /// 0 along an axis on which the header has the radar outside the grid.
+    QUORPoint3D getMiddleM() const;
+    /// Extents along x and y in metres of the rectangle that holds the grid and the same on the radar's other
+    /// side: the grid's own for a radar in the middle.
+    double getWidthAroundRadarM() const;
+    double getLengthAroundRadarM() const;
     /// Metres from the first grid point.
     QUORPoint3D getPointM(double x, double y, double z) const;
     double getPointElevationM(int x, int y, int z) const;

@@ -163,8 +163,9 @@ void QUOROffscreenVisualizer::applyPresetViewAngle(const QUORViewAngle::Ptr& vie
     const int index = findPreset(QStringLiteral("view angle preset"), _generalSettings->getViewAngleNames(),
                                  _backgroundSettings->getViewAngleName());
     if (index == 0) {
-        const double length = _visualization->getDataFrame()->getData3d()->getFile()->getLengthM();
-        viewAngle->setCameraPosition({0.0, 0.0, DEFAULT_HEIGHT * length});
+        const QUORFile& file = *_visualization->getDataFrame()->getData3d()->getFile();
+        const double side = std::max(file.getLengthAroundRadarM(), file.getWidthAroundRadarM());
+        viewAngle->setCameraPosition({0.0, 0.0, DEFAULT_HEIGHT * side});
         viewAngle->setCameraDirection({0.0, 0.000001, -1.0});
     } else {
         viewAngle->setCameraPosition(presets[index - 1]->getCameraPosition());

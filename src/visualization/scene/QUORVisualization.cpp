@@ -30,13 +30,9 @@ double stepOf(double extent, int points) {
     return points > 1 ? extent / (points - 1) : 1.0;
 }
 
+/// The origin of rings, grid and map: what was measured lies around it.
 QUORPoint3D radarPosition(const QUORFile& file, double verticalScale) {
-    const auto offset = [](int scale, int radar, int points) {
-        return scale * (radar * 0.001 - 0.5 * points) * 0.01;
-    };
-    return {offset(file.getXScale(), file.getXRadar(), file.getXPoints()),
-            offset(file.getYScale(), file.getYRadar(), file.getYPoints()),
-            (file.getRadarElevation() + file.getZRadar() * 0.001) * verticalScale};
+    return {0.0, 0.0, (file.getRadarElevation() + file.getZRadar() * 0.001) * verticalScale};
 }
 
 /// A header may be well formed and yet describe nothing that could be drawn around: its product is refused
@@ -47,13 +43,15 @@ bool isDrawable(const QUORDataFrame& frame) {
 
 /// Along x and y; 1 along z.
 std::array<double, 3> gridScale(const QUORFile& file) {
-    return {stepOf(file.getLengthM(), file.getXPoints()), stepOf(file.getWidthM(), file.getYPoints()), 1.0};
+    return {stepOf(file.getWidthM(), file.getXPoints()), stepOf(file.getLengthM(), file.getYPoints()), 1.0};
 }
 
-/// Puts the middle of the grid at the origin.
+/// Puts the radar at the origin.
 std::array<double, 3> gridPosition(const QUORFile& file, const std::array<double, 3>& scale,
                                    double altitude) {
-    return {-0.5 * file.getXPoints() * scale[0], -0.5 * file.getYPoints() * scale[1], altitude};
+    const QUORPoint3D middle = file.getMiddleM();
+    return {middle.x - 0.5 * file.getXPoints() * scale[0], middle.y - 0.5 * file.getYPoints() * scale[1],
+            altitude};
 }
 
 void logGrid(const QString& kind, const QUORFile& file) {
@@ -257,7 +255,7 @@ void QUORVisualization::setParameters(const QUORGeneralSettings::CPtr& generalSe
     }
     _params.grid.setGeoProjection(file.getGeoProjection());
     _params.labels.setGeoProjection(file.getGeoProjection());
-    const double halfDiagonal = 0.5 * std::hypot(file.getLengthM(), file.getWidthM());
+    const double halfDiagonal = 0.5 * std::hypot(file.getLengthAroundRadarM(), file.getWidthAroundRadarM());
     _params.grid.setRange(GRID_FACTOR * halfDiagonal);
     setRingsParameters(file, halfDiagonal, metric);
 }
@@ -377,8 +375,10 @@ void QUORVisualization::updateLayerTranformations() {
     place(QUORDisplayState::PRODUCT_3D_LAYER,
           {scale[0], scale[1], stepOf(file.getHeightM() * vertical, file.getZPoints()) / LEVEL_SPACING},
           gridPosition(file, scale, altitude));
+    const QUORPoint3D middle = file.getMiddleM();
     place(QUORDisplayState::OUTLINE_LAYER,
-          {file.getLengthM(), file.getWidthM(), file.getHeightM() * vertical}, Vector{0.0, 0.0, altitude});
+          {file.getWidthM(), file.getLengthM(), file.getHeightM() * vertical},
+          Vector{middle.x, middle.y, altitude});
     if (const QUORFileLeaf::CPtr leaf2d = frame->getData2d()) {
         const QUORFile& file2d = *leaf2d->getFile();
         logGrid(QStringLiteral("2d"), file2d);

@@ -19,7 +19,7 @@ namespace {
 TestProduct ball() {
     TestProduct product;
     product.points = {41, 41, 13};
-    product.radar = {20000, 20000, 0};
+    product.radar = {20500, 20500, 0};
     product.fill = [](int x, int y, int z) {
         const double r = std::hypot((x - 20) / 10.0, (y - 20) / 10.0, (z - 6) / 6.0);
         return r < 1.0 ? unsigned(100.0 + 80.0 * (1.0 - r)) : 0U;

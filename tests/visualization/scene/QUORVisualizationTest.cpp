@@ -14,7 +14,9 @@
 #include <vtkDataSet.h>
 #include <vtkProp3D.h>
 
+#include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cmath>
 #include <map>
 #include <stdexcept>
@@ -219,16 +221,16 @@ TEST_F(QUORVisualizationTest, layersReceiveTheirRecordsAndPlaces) {
                      5.0);
     EXPECT_EQ(recordOf<QUORLayerParametersTerrain>(State::TERRAIN_LAYER)->getTerrainSet(),
               frame->getTerrainSet());
-    const QUORPoint3D radar{0.0, -500.0, (120 + 3) * 5.0};
+    const QUORPoint3D radar{0.0, 0.0, (120 + 3) * 5.0};
     EXPECT_EQ(_visualization.getPipelineItem()->getRadarPosition(), radar);
 
     const struct {
         int key;
         std::array<double, 3> scale;
         std::array<double, 3> position;
-    } rows[] = {{State::PRODUCT_3D_LAYER, {1000, 1000, 500}, {-2000, -2000, 600}},
-                {State::OUTLINE_LAYER, {3000, 3000, 5000}, {0, 0, 600}},
-                {State::PRODUCT_2D_LAYER, {1000, 1000, 1}, {-2000, -2000, 600}},
+    } rows[] = {{State::PRODUCT_3D_LAYER, {1000, 1000, 500}, {-2000, -1500, 600}},
+                {State::OUTLINE_LAYER, {3000, 3000, 5000}, {0, 500, 600}},
+                {State::PRODUCT_2D_LAYER, {1000, 1000, 1}, {-1500, -1500, 600}},
                 {State::RANGE_RINGS_LAYER, {1, 1, 1}, {0, 0, 600}},
                 {State::LAT_LON_GRID_LAYER, {1, 1, 1}, {0, 0, 0}}};
     for (const auto& row : rows) {
@@ -239,6 +241,74 @@ TEST_F(QUORVisualizationTest, layersReceiveTheirRecordsAndPlaces) {
             EXPECT_DOUBLE_EQ(prop->GetScale()[axis], row.scale[axis]) << axis;
             EXPECT_DOUBLE_EQ(prop->GetPosition()[axis], row.position[axis]) << axis;
         }
+    }
+}
+
+// Distances from the radar, which stands at the origin with rings and map.
+TEST_F(QUORVisualizationTest, theGridLiesRoundTheRadarAsItWasMeasured) {
+    using Ints = std::array<int, 3>;
+    const struct {
+        const char* name;
+        Ints points;
+        Ints stepsCm;
+        Ints radar;
+        std::array<double, 2> firstPoint; ///< of the product, in metres from the radar
+        std::array<double, 2> middle;     ///< of the outline
+        double reach;                     ///< from the radar, to the farthest point of the grid
+    } rows[] = {
+        {"oblong", {12, 6, 3}, {100000, 100000, 50000}, {6000, 3000, 0}, {-6e3, -3e3}, {0, 0}, 6041.5},
+        {"steps differ", {8, 4, 3}, {50000, 200000, 50000}, {4000, 2000, 0}, {-2e3, -4e3}, {0, 0}, 3473.1},
+        {"off the middle",
+         {12, 6, 3},
+         {100000, 50000, 50000},
+         {2500, 4000, 0},
+         {-2500, -2e3},
+         {3500, -500},
+         8631.3},
+        {"at the first point", {8, 8, 3}, {100000, 100000, 50000}, {0, 0, 0}, {0, 0}, {4e3, 4e3}, 9899.5},
+        {"at the last point",
+         {8, 8, 3},
+         {100000, 100000, 50000},
+         {7000, 7000, 0},
+         {-7e3, -7e3},
+         {-3e3, -3e3},
+         8485.3},
+        {"outside", {8, 8, 3}, {100000, 100000, 50000}, {7001, -1, 0}, {-4e3, -4e3}, {0, 0}, 4949.7},
+        {"far outside",
+         {2, 2, 3},
+         {100000, 100000, 50000},
+         {INT_MAX, INT_MIN, 0},
+         {-1e3, -1e3},
+         {0, 0},
+         707.1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        TestProduct flat = TestProduct::sri();
+        for (TestProduct* product : {&_volume, &flat}) {
+            std::copy_n(row.points.begin(), product == &flat ? 2 : 3, product->points.begin());
+            std::copy(row.stepsCm.begin(), row.stepsCm.end(), product->stepsCm.begin());
+            std::copy(row.radar.begin(), row.radar.end(), product->radar.begin());
+        }
+        TestStore folders;
+        flat.write(folders.folder("2d"));
+        const auto frame = folders.frame(_volume);
+        ASSERT_TRUE(frame && frame->getData2d());
+        build(frame);
+        for (const int key : {State::PRODUCT_3D_LAYER, State::PRODUCT_2D_LAYER, State::OUTLINE_LAYER}) {
+            SCOPED_TRACE(key);
+            const bool isOutline = key == State::OUTLINE_LAYER;
+            const vtkSmartPointer<vtkProp3D> prop = propOf(key);
+            ASSERT_TRUE(prop);
+            for (int axis = 0; axis < 2; ++axis) {
+                const double step = row.stepsCm[axis] * 0.01;
+                EXPECT_NEAR(prop->GetScale()[axis], isOutline ? step * (row.points[axis] - 1) : step, 1e-6);
+                EXPECT_NEAR(prop->GetPosition()[axis], (isOutline ? row.middle : row.firstPoint)[axis], 1e-6);
+            }
+        }
+        const QUORPoint3D radar = _visualization.getPipelineItem()->getRadarPosition();
+        EXPECT_EQ(std::hypot(radar.x, radar.y), 0.0);
+        EXPECT_NEAR(_visualization.getParameters().grid.getRange(), 1.5 * row.reach, 0.1);
     }
 }
 
