@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr int SWATCHES = 2048;
+
 /// A map has a node at the lower seam of each colour, so that its range ends where the last colour begins:
 /// the bar's range goes on to that colour's upper seam, or its labels would not fit its colours.
 void showLastColor(vtkScalarBarActor* bar, const QUORColormap& colormap) {
@@ -33,6 +35,8 @@ void showLastColor(vtkScalarBarActor* bar, const QUORColormap& colormap) {
 vtkSmartPointer<vtkScalarBarActor> QUORColorBar::make(const QUORColormap& colormap) {
     vtkSmartPointer<vtkScalarBarActor> bar = colormap.makeBar(colormap.getDataUnits(), 0.1, 0.05, 0.8, 0.95);
     showLastColor(bar, colormap);
+    // One swatch a colour would place those of uneven steps wrong, or leave them out.
+    bar->SetMaximumNumberOfColors(SWATCHES);
     // Else the title touches the first label in small pictures.
     bar->SetVerticalTitleSeparation(8);
     return bar;

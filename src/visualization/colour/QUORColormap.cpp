@@ -40,6 +40,10 @@ constexpr QUORSettingsKey LABEL_FORMAT = scaleRow("label_format");
 constexpr int FALLBACK_SCALE = 1;
 constexpr int GREY_COLORS = 16;
 constexpr int LINEAR_COLORS = 2048;
+/// Of a display value, far below the difference of two stored ones.
+constexpr double ROUNDING = 1e-6;
+/// A step holds its colour until the next seam, as its band in the colour bar does.
+constexpr double STEP_MIDPOINT = 1.0;
 /// Of the group name "COLORSCALE 12" and the like.
 constexpr int ID_POSITION = 11;
 constexpr int ID_LENGTH = 3;
@@ -98,7 +102,7 @@ QUORColormap::Type typeOf(const QVector<QUORColormap::Point>& points) {
 void addNode(vtkColorTransferFunction& function, double position, const std::array<double, 3>& color,
              bool step) {
     if (step) {
-        function.AddRGBPoint(position, color[0], color[1], color[2], 0.5, 1.0);
+        function.AddRGBPoint(position, color[0], color[1], color[2], STEP_MIDPOINT, 1.0);
     } else {
         function.AddRGBPoint(position, color[0], color[1], color[2]);
     }
@@ -251,6 +255,10 @@ bool QUORColormap::isStep(int point) const {
     return _type == PiecewiseConstant || (_type == Mixed && _colors[point].constant);
 }
 
+double QUORColormap::nodeAt(int point) const {
+    return _limits && isStep(point) ? _limits->firstRaw[point] : _scale[point];
+}
+
 vtkSmartPointer<vtkColorTransferFunction> QUORColormap::makeFunction(const QVector<double>& seams) const {
     auto function = vtkSmartPointer<vtkColorTransferFunction>::New();
     function->SetColorSpaceToRGB();
@@ -267,7 +275,11 @@ bool QUORColormap::construct() {
     if (_colors.isEmpty() || _scale.isEmpty()) {
         return false;
     }
-    _map = makeFunction(_scale);
+    QVector<double> nodes = _scale;
+    for (int i = 0; i < std::min(getNDefinedColors(), getNDefinedSeams()); ++i) {
+        nodes[i] = nodeAt(i);
+    }
+    _map = makeFunction(nodes);
     if (_limits) {
         limitNodes();
     }
@@ -280,7 +292,7 @@ void QUORColormap::limitNodes() {
         int last = -1;
         for (int i = 0; i < std::min(getNDefinedColors(), getNDefinedSeams()); ++i) {
             if (isBeyond(_limits->displaySeams[i], end)) {
-                _map->RemovePoint(_scale[i]);
+                _map->RemovePoint(nodeAt(i));
                 last = i;
             }
         }
@@ -300,15 +312,24 @@ void QUORColormap::changeValueRange(ValueRange range, const QUORDataType& dataTy
     }
     _limits.reset();
     if (range == Absolute) {
-        _limits = Limits{_scale, dataType.getMinDisplayValue(), dataType.getMaxDisplayValue(),
-                         dataType.getMinAbsValue(), dataType.getMaxAbsValue()};
+        _limits = Limits{_scale,
+                         {},
+                         dataType.getMinDisplayValue(),
+                         dataType.getMaxDisplayValue(),
+                         dataType.getMinAbsValue(),
+                         dataType.getMaxAbsValue()};
     }
     for (double& seam : _scale) {
         if (range == Display) {
             constexpr double largest = std::numeric_limits<unsigned int>::max();
             seam = dataType.absoluteToDisplayValue(static_cast<unsigned int>(std::clamp(seam, 0.0, largest)));
         } else {
-            seam = std::max(dataType.displayToAbsoluteValue(seam), dataType.getMinAbsValue());
+            const double display = seam;
+            const unsigned int raw =
+                std::max(dataType.displayToAbsoluteValue(seam), dataType.getMinAbsValue());
+            seam = raw;
+            _limits->firstRaw.append(dataType.absoluteToDisplayValue(raw) < display - ROUNDING ? raw + 1.0
+                                                                                               : raw);
         }
     }
     _valueRange = range;
@@ -316,22 +337,22 @@ void QUORColormap::changeValueRange(ValueRange range, const QUORDataType& dataTy
 
 void QUORColormap::setPiecewiseLinear() {
     _type = PiecewiseLinear;
-    rewriteNodes(0.0);
+    rewriteNodes(0.5, 0.0);
 }
 
 void QUORColormap::setPiecewiseConstant() {
     _type = PiecewiseConstant;
-    rewriteNodes(1.0);
+    rewriteNodes(STEP_MIDPOINT, 1.0);
 }
 
-void QUORColormap::rewriteNodes(double sharpness) {
+void QUORColormap::rewriteNodes(double midpoint, double sharpness) {
     if (!_map) {
         return;
     }
     for (int i = 0; i < _map->GetSize(); ++i) {
         std::array<double, 6> node{};
         _map->GetNodeValue(i, node.data());
-        node[4] = 0.5;
+        node[4] = midpoint;
         node[5] = sharpness;
         _map->SetNodeValue(i, node.data());
     }

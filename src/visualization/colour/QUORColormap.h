@@ -64,7 +64,8 @@ public:
     void changeValueRange(ValueRange range, const QUORDataType& dataType);
     /// Builds the transfer function; false, and no function, without a point or a seam.
     bool construct();
-    /// Rewrite every node of an existing transfer function, keeping position and colour.
+    /// Rewrite every node of an existing transfer function, keeping position and colour. A constant piece
+    /// reaches from its seam to the next.
     void setPiecewiseLinear();
     void setPiecewiseConstant();
 
@@ -103,6 +104,7 @@ private:
     /// Of absolute seams: what they were made from, and the range within which that says the same.
     struct Limits {
         QVector<double> displaySeams;
+        QVector<double> firstRaw; ///< the lowest stored value that is not below each seam
         double lowestDisplay = 0.0;
         double highestDisplay = 0.0;
         unsigned int lowestRaw = 0;
@@ -113,7 +115,8 @@ private:
     int loadScale(QUORSettingsReader& reader, int scaleId);
     void loadColorSet(QUORSettingsReader& reader, int setId);
     void useGrey(const QUORDataType& dataType);
-    void rewriteNodes(double sharpness);
+    void rewriteNodes(double midpoint, double sharpness);
+    double nodeAt(int point) const;
     bool isStep(int point) const;
     vtkSmartPointer<vtkColorTransferFunction> makeFunction(const QVector<double>& seams) const;
     void limitNodes();

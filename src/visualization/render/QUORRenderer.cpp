@@ -23,6 +23,7 @@
 
 #include <vtkActor.h>
 #include <vtkCamera.h>
+#include <vtkCommand.h>
 #include <vtkCompassWidget.h>
 #include <vtkLegendBoxActor.h>
 #include <vtkLight.h>
@@ -94,10 +95,15 @@ QUORRenderer::QUORRenderer(vtkRenderWindow* window, QUORCameraInteractorObserver
     updateLights();
     _siteSphere->SetRadius(_style.number("site/marker/radius"));
     _snapshot = std::make_unique<QUORStaticSnapshot>(_terrainRenderer, _mainRenderer);
+    observeDrawing(vtkCommand::StartEvent, &QUORRenderer::onDrawingStarts);
+    observeDrawing(vtkCommand::EndEvent, &QUORRenderer::onDrawingEnds);
 }
 
 QUORRenderer::~QUORRenderer() {
     const QUORLogScope scope("QUORRenderer::~QUORRenderer");
+    for (const unsigned long observer : _drawingObservers) {
+        _window->RemoveObserver(observer);
+    }
     _snapshot.reset();
     _compassWidget->SetEnabled(0);
     _compassWidget->SetInteractor(nullptr);
@@ -360,18 +366,24 @@ void QUORRenderer::resetCamera() {
     _cameraInteractor->applyCamera(false);
 }
 
-void QUORRenderer::drawFitted() {
+void QUORRenderer::observeDrawing(unsigned long event, void (QUORRenderer::*handler)()) {
+    _drawingObservers.push_back(_window->AddObserver(event, this, handler));
+}
+
+void QUORRenderer::onDrawingStarts() {
     vtkCamera* camera = _mainRenderer->GetActiveCamera();
-    const std::array<double, 2> stated{camera->GetClippingRange()[0], camera->GetClippingRange()[1]};
+    camera->GetClippingRange(_statedRange.data());
     const std::array<double, 2> fitted = QUORDepthRange::fit(camera, _lowestHeight, _greatestHeight);
     camera->SetClippingRange(fitted[0], fitted[1]);
     _snapshot->prepare();
-    const bool kept = _snapshot->isValid();
-    _cameraInteractor->render();
-    if (_withoutInteraction && !kept && _snapshot->isValid()) {
+    _isCopying = _snapshot->isValid();
+}
+
+void QUORRenderer::onDrawingEnds() {
+    if (_withoutInteraction && !_isCopying && _snapshot->isValid()) {
         _parts->releaseStatics(_window);
     }
-    camera->SetClippingRange(stated[0], stated[1]);
+    _mainRenderer->GetActiveCamera()->SetClippingRange(_statedRange.data());
 }
 
 void QUORRenderer::render() {
@@ -379,16 +391,14 @@ void QUORRenderer::render() {
     const QUORStopwatch watch;
     // Before the one drawing: the compass widget's own rendering would draw the whole window again.
     _compass->cameraMoved(_cameraInteractor);
-    drawFitted();
+    _cameraInteractor->render();
     logDebug(QStringLiteral("..rendering took ") + watch.seconds() + QStringLiteral(" seconds."));
 }
 
 void QUORRenderer::renderWindow() {
     const QUORLogScope scope("QUORRenderer::renderWindow");
     const QUORStopwatch watch;
-    drawFitted();
-    // The camera has its stated range again, which a kept picture may not be valid for.
-    _snapshot->prepare();
+    _cameraInteractor->render();
     _window->Render();
     logDebug(QStringLiteral("..rendering took ") + watch.seconds() + QStringLiteral(" seconds."));
 }

@@ -9,7 +9,9 @@
 #include <QObject>
 #include <QStringList>
 
+#include <array>
 #include <memory>
+#include <vector>
 
 class QUORCameraInteractor;
 class QUORCameraInteractorObserver;
@@ -35,7 +37,7 @@ class vtkSphereSource;
 ///
 /// One renderer lives as long as its window: what a new visualization shares with the last one keeps its
 /// graphics buffers. Terrain has a renderer of its own under the main one, whose picture is kept while it
-/// does not change.
+/// does not change. Each drawing of the window is fitted to the scene, whoever asks for it.
 ///
 /// Belongs to the thread that owns the window, and so does the death of everything that it was given to
 /// draw.
@@ -99,7 +101,9 @@ private:
     void placeSiteMarker();
     void setShown(vtkProp* prop, bool shown);
     void updateSceneHeights(const QUORDataFrame& frame, double verticalScale);
-    void drawFitted();
+    void observeDrawing(unsigned long event, void (QUORRenderer::*handler)());
+    void onDrawingStarts();
+    void onDrawingEnds();
 
     vtkRenderWindow* _window;
     QUORCameraInteractorObserver* _cameraObserver;
@@ -127,6 +131,10 @@ private:
     vtkSmartPointer<vtkRenderer> _terrainRenderer;
     std::unique_ptr<QUORSceneParts> _parts;
     std::unique_ptr<QUORStaticSnapshot> _snapshot;
+    std::vector<unsigned long> _drawingObservers;
+    /// The camera's near and far plane outside a drawing, and whether the drawing copies a kept picture.
+    std::array<double, 2> _statedRange{};
+    bool _isCopying = false;
     /// Heights between which everything of the scene lies, in scene units.
     double _lowestHeight;
     double _greatestHeight;

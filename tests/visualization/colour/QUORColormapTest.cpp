@@ -2,6 +2,7 @@
 #include "QUORColormap.h"
 
 #include "LogCapture.h"
+#include "QUORColorBar.h"
 #include "QUORDataType.h"
 #include "ScratchHome.h"
 #include "TestFiles.h"
@@ -11,6 +12,8 @@
 #include <vtkColorTransferFunction.h>
 #include <vtkScalarBarActor.h>
 #include <vtkTextProperty.h>
+
+#include <set>
 
 namespace {
 
@@ -213,13 +216,54 @@ TEST_F(QUORColormapTest, copiesShareNoFunctionAndCanBeRewritten) {
     EXPECT_EQ(copy.getColor(5.0), (Color{50, 50, 50}));
     copy.setPiecewiseConstant();
     EXPECT_EQ(copy.getType(), QUORColormap::PiecewiseConstant);
-    EXPECT_EQ(copy.getColor(4.0), (Color{0, 0, 0}));
-    EXPECT_EQ(copy.getColor(6.0), (Color{100, 100, 100}));
-    EXPECT_EQ(nodeOf(copy, 1), (Node{10.0, 100 / 255.0, 100 / 255.0, 100 / 255.0, 0.5, 1.0}));
+    EXPECT_EQ(copy.getColor(9.9), (Color{0, 0, 0}));
+    EXPECT_EQ(copy.getColor(10.0), (Color{100, 100, 100}));
+    EXPECT_EQ(nodeOf(copy, 1), (Node{10.0, 100 / 255.0, 100 / 255.0, 100 / 255.0, 1.0, 1.0}));
     copy.setPiecewiseLinear();
+    EXPECT_EQ(nodeOf(copy, 1), (Node{10.0, 100 / 255.0, 100 / 255.0, 100 / 255.0, 0.5, 0.0}));
     EXPECT_EQ(copy.getColor(5.0), (Color{50, 50, 50}));
     const QUORColormap absolute(map, QUORDataType(REFLECTIVITY), QUORColormap::Absolute);
     EXPECT_EQ(absolute.getScale(), (QVector<double>{64, 84}));
+}
+
+TEST_F(QUORColormapTest, theBarShowsEveryColourWhereTheLayersHaveIt) {
+    const QList<Grey> steps{{40, 40}, {80, 80}, {120, 120}, {160, 160}, {200, 200}};
+    const struct {
+        const char* name;
+        QList<double> seams;
+        QList<Grey> points;
+    } rows[] = {{"even steps", {0, 10, 20, 30, 40, 50}, steps},
+                {"uneven steps", {0, 1, 2.25, 10, 40, 60}, steps},
+                {"as many seams as steps", {0, 0.5, 3, 30, 50}, steps},
+                {"mixed", {0, 10, 12, 30, 50}, {{40, 40}, {80, 120}, {120, 120}, {160, 160}}},
+                {"running", {0, 10, 12, 30, 50}, {{40, 80}, {80, 120}, {120, 160}, {160, 200}}}};
+    const QUORDataType dbz(REFLECTIVITY);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        writeColors(scaleGroup(1, QStringLiteral("name=Test"), row.seams) + setGroup(1, row.points));
+        const QUORColormap layer(1, dbz, QUORColormap::Absolute);
+        const QUORColormap display(1, dbz, QUORColormap::Display);
+        const auto bar = QUORColorBar::make(display);
+        const auto shown = [&](double value) { return int(bar->GetLookupTable()->MapValue(value)[0]); };
+        for (unsigned int raw = dbz.displayToAbsoluteValue(0.0); raw < 160; ++raw) {
+            const double value = dbz.absoluteToDisplayValue(raw);
+            ASSERT_NEAR(shown(value), layer.getColor(raw)[0], 3) << value;
+        }
+        const double* range = bar->GetLookupTable()->GetRange();
+        EXPECT_EQ(range[0], row.seams.first());
+        EXPECT_EQ(range[1], row.seams.last());
+        std::set<int> colors;
+        for (int i = 0; i < bar->GetMaximumNumberOfColors(); ++i) {
+            colors.insert(shown(range[0] + (range[1] - range[0]) * i / bar->GetMaximumNumberOfColors()));
+        }
+        for (int i = 0; i < display.getNColorsInUse(); ++i) {
+            EXPECT_TRUE(colors.contains(row.points[i].lower)) << i;
+            const double upper = row.seams[i + 1];
+            if (row.points[i].lower == row.points[i].upper) {
+                EXPECT_EQ(shown(upper - 0.01), row.points[i].lower) << i;
+            }
+        }
+    }
 }
 
 TEST_F(QUORColormapTest, theBarIsLegibleAndItsLabelFormatSafe) {

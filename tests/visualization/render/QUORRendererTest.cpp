@@ -14,6 +14,7 @@
 
 #include <vtkActor.h>
 #include <vtkCompassWidget.h>
+#include <vtkCoordinate.h>
 #include <vtkLight.h>
 #include <vtkLightCollection.h>
 #include <vtkObjectFactory.h>
@@ -24,6 +25,8 @@
 #include <vtkSphereSource.h>
 
 #include <cmath>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -109,6 +112,11 @@ protected:
     }
     std::unique_ptr<QUORRenderer> makeRenderer(bool withoutInteraction = true) {
         return std::make_unique<QUORRenderer>(window, nullptr, nullptr, withoutInteraction);
+    }
+    std::vector<unsigned char> pixels() {
+        vtkNew<vtkUnsignedCharArray> rgb;
+        window->GetPixelData(0, 0, 399, 299, 0, rgb.Get(), 0);
+        return {rgb->GetPointer(0), rgb->GetPointer(0) + rgb->GetNumberOfValues()};
     }
     QColor colorAt(int x, int y) {
         const std::array<int, 3> rgb = pixel(x, y);
@@ -206,6 +214,53 @@ TEST_F(QUORRendererTest, OneDrawingPerImage) {
     EXPECT_DOUBLE_EQ(stated[1], 8000000.0);
     view->renderWindow();
     EXPECT_EQ(drawings, 3);
+}
+
+TEST_F(QUORRendererTest, TheGroundFollowsTheUsersCamera) {
+    const auto view = makeRenderer(false);
+    view->getCameraInteractor()->setView({0.0, -900000.0, 900000.0}, {0.0, 1.0, -1.0});
+    view->getCameraInteractor()->applyCamera(false);
+    const auto terrain = square(300000.0, 0.0, 0.0, 0.5, 0.0);
+    view->setVisualization(
+        finishedItem({{QUORDisplayState::TERRAIN_LAYER, terrain},
+                      {QUORDisplayState::PRODUCT_3D_LAYER, square(50000.0, 2000.0, 1.0, 0.0, 0.0)}}));
+    view->render();
+    const auto press = [&](const char* key, char code) {
+        interactor->SetKeyEventInformation(0, 0, code, 1, key);
+        interactor->InvokeEvent(vtkCommand::KeyPressEvent);
+    };
+    const auto turnCompass = [&] {
+        const auto place = [&](vtkCoordinate* corner) {
+            const int* at = corner->GetComputedDisplayValue(view->getMainRenderer());
+            return std::array<int, 2>{at[0], at[1]};
+        };
+        const auto low = place(view->getCompass()->GetPoint1Coordinate());
+        const auto high = place(view->getCompass()->GetPoint2Coordinate());
+        const int middle = (low[1] + high[1]) / 2;
+        drag({high[0] - 3, middle}, {high[0] - 8, middle + 15});
+    };
+    const std::pair<const char*, std::function<void()>> movements[] = {
+        {"drag",
+         [&] {
+             drag({200, 150}, {230, 140});
+         }},
+        {"wheel", [&] { send(vtkCommand::MouseWheelForwardEvent, 200, 150); }},
+        {"arrow", [&] { press("Left", 0); }},
+        {"reset", [&] { press("r", 'r'); }},
+        {"wheel back", [&] { send(vtkCommand::MouseWheelBackwardEvent, 200, 150); }},
+        {"compass", turnCompass},
+    };
+    for (const auto& [name, move] : movements) {
+        SCOPED_TRACE(name);
+        const auto before = pixels();
+        move();
+        const auto moved = pixels();
+        EXPECT_TRUE(moved != before) << "the camera stayed";
+        EXPECT_DOUBLE_EQ(view->getMainRenderer()->GetActiveCamera()->GetClippingRange()[0], 100.0);
+        terrain->GetProperty()->Modified(); // no kept picture is valid any more
+        view->render();
+        EXPECT_TRUE(moved == pixels()) << "not as drawn afresh";
+    }
 }
 
 TEST_F(QUORRendererTest, LegendAndColourBarTellOfTheProduct) {
