@@ -16,6 +16,7 @@ template <typename T>
 struct Field {
     int offset;
     T operator()(const PHD& header) const { return qFromLittleEndian<T>(header.data() + offset); }
+    void put(PHD& header, T value) const { qToLittleEndian<T>(value, header.data() + offset); }
 };
 
 inline constexpr Field<qint16> HEADER_ID{0};

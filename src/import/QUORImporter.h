@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORGridShape.h"
+#include "QUORPolarGridder.h"
+#include "QUORRadarData.h"
+#include "QUORRainRelation.h"
+
+#include <QStringList>
+
+#include <set>
+#include <vector>
+
+/// What shall be made of radar data, and where it goes.
+struct QUORImportOptions {
+    QString folder3d;
+    QString folder2d;
+    QUORGridRequest grid;
+    /// Of the 3D products.
+    std::set<QUORRadarQuantity> quantities{QUORRadarQuantities::ALL.begin(), QUORRadarQuantities::ALL.end()};
+    /// Names of the 2D products.
+    QStringList flat{QStringLiteral("MAX"), QStringLiteral("SRI"), QStringLiteral("VIL"),
+                     QStringLiteral("PPI")};
+    QString site;     ///< in place of the name in the data, where not empty
+    int itemSize = 2; ///< bytes of an element, where the quantity has both forms
+    QUORRainRelation rain = QUORRainRelation::standard();
+    double rainHeight = 1000.0; ///< of SRI above the antenna, metres
+    QUORBetweenBeams between = QUORBetweenBeams::Decibel;
+};
+
+/// One product that was or would be written.
+struct QUORImportedProduct {
+    QString product;       ///< "CAPPI", "MAX", ...
+    QString configuration; ///< "Z", "V", "W", "R"; empty for VIL
+    QString path;
+    QString source; ///< the field that it was made from
+};
+
+struct QUORImportResult {
+    QString site;
+    QUORGridShape shape;
+    std::vector<QUORImportedProduct> products; ///< as they are written: 2D first
+    QStringList warnings;
+};
+
+/// Makes the products of one volume.
+class QUORImporter {
+public:
+    explicit QUORImporter(QUORImportOptions options) : _options(std::move(options)) {}
+
+    const QUORImportOptions& getOptions() const { return _options; }
+    /// What `import` would write. Throws a QUORImportError.
+    QUORImportResult plan(const QUORRadarData& data) const;
+    /// Grids the data, then writes all products, each whole under its name or not at all. Throws a
+    /// QUORImportError; what fails before the first file is complete leaves none.
+    QUORImportResult import(const QUORRadarData& data) const;
+
+private:
+    QUORImportOptions _options;
+};

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+#include <stdexcept>
+
+/// Why a file of radar data cannot be used: one line, without the name of the file. Thrown by readers and
+/// by what makes products of their data, caught where a file or a volume is taken on.
+class QUORImportError : public std::runtime_error {
+public:
+    explicit QUORImportError(const QString& reason) : std::runtime_error(reason.toStdString()) {}
+
+    QString getReason() const { return QString::fromUtf8(what()); }
+};

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "QUORRadarReader.h"
+
+#include "QUORImportError.h"
+#include "QUORNetcdfFile.h"
+#include "QUOROdimReader.h"
+#include "QUORRadarChecks.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace {
+
+constexpr qint64 LARGEST_FILE = qint64(2) << 30;
+
+QUORRadarData readNetcdf(const QUORNetcdfGroup& root) {
+    if (QUOROdimReader::recognises(root)) {
+        return QUOROdimReader::read(root);
+    }
+    throw QUORImportError(QStringLiteral(
+        "an HDF5 or netCDF file, but neither ODIM_H5 nor CfRadial nor a grid with x, y and z"));
+}
+
+enum class Container { Level2, Netcdf };
+
+/// HDF5 may stand behind a block of the user's own.
+bool isHdf5(const QByteArray& content) {
+    for (qsizetype offset = 0; offset + 8 <= content.size(); offset = offset == 0 ? 512 : 2 * offset) {
+        if (content.mid(offset, 8) == "\x89HDF\r\n\x1a\n") {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// From the first bytes of the content.
+Container containerOf(const QByteArray& content) {
+    if (content.isEmpty()) {
+        throw QUORImportError(QStringLiteral("empty"));
+    }
+    if (content.startsWith("AR2V") || content.startsWith("ARCHIVE2")) {
+        return Container::Level2;
+    }
+    if (isHdf5(content) || (content.startsWith("CDF") && content.size() > 3 &&
+                            (content[3] == 1 || content[3] == 2 || content[3] == 5))) {
+        return Container::Netcdf;
+    }
+    if (content.startsWith("\x1f\x8b") || content.startsWith("BZh") || content.startsWith("PK\x03\x04")) {
+        throw QUORImportError(QStringLiteral("packed as a whole; unpack it first"));
+    }
+    throw QUORImportError(QStringLiteral("none of ODIM_H5, CfRadial, gridded netCDF and NEXRAD Level II"));
+}
+
+} // namespace
+
+QUORRadarData QUORRadarReader::read(int descriptor) {
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) {
+        throw QUORImportError(file.errorString());
+    }
+    if (file.size() > LARGEST_FILE) {
+        throw QUORImportError(QStringLiteral("larger than 2 GiB"));
+    }
+    QUORRadarData data;
+    file.seek(0);
+    if (containerOf(file.read(65536)) == Container::Netcdf) {
+        const QUORNetcdfFile netcdf(descriptor);
+        data = readNetcdf(netcdf.getRoot());
+    }
+    QUORRadarChecks::verify(data);
+    return data;
+}
+
+QUORRadarData QUORRadarReader::read(const QByteArray& content) {
+    QUORRadarData data;
+    if (containerOf(content) == Container::Netcdf) {
+        const QUORNetcdfFile netcdf(content);
+        data = readNetcdf(netcdf.getRoot());
+    }
+    QUORRadarChecks::verify(data);
+    return data;
+}
