@@ -99,6 +99,7 @@ private:
         content.radarHeight = int(std::lround(_data.site.heightOfAntenna.value_or(0.0)));
         content.groundElevation = height - content.radarHeight;
         content.shape = _result.shape;
+        content.wavelength = QUORScanHeader::of(_data, Quantity::Reflectivity, false).wavelength;
         if (product != Cappi) {
             content.shape.points[2] = 1;
         }

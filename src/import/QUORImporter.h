@@ -2,7 +2,7 @@
 #pragma once
 
 #include "QUORGridShape.h"
-#include "QUORPolarGridder.h"
+#include "QUORInterpolation.h"
 #include "QUORRadarData.h"
 #include "QUORRainRelation.h"
 

@@ -17,11 +17,6 @@ constexpr double RAY_REACH = 0.75;
 
 using Quantity = QUORRadarQuantity;
 
-/// Where nothing was found to measure there is no velocity either.
-bool hasEchoOnly(Quantity quantity) {
-    return quantity == Quantity::Velocity || quantity == Quantity::Width;
-}
-
 /// The better of two sweeps of one elevation. Of a split cut, reflectivity comes from the turn with the long
 /// unambiguous range, which measures no velocity; of turns that repeat, from the first.
 bool isBetter(const QUORRadarSweep& a, const QUORRadarSweep& b, Quantity quantity) {
@@ -158,8 +153,7 @@ struct QUORPolarGridder::Column {
 
 QUORPolarGridder::QUORPolarGridder(const QUORRadarData& data, QUORRadarQuantity quantity,
                                    QUORBetweenBeams between)
-    : _quantity(quantity),
-      _between(between),
+    : _interpolation(quantity, between),
       _geometry(data.site.altitude),
       _halfBeam((data.beamWidth > 0.0 ? std::clamp(data.beamWidth, 0.1, 10.0) : USUAL_BEAM_WIDTH) / 2.0 *
                 RADIAN) {
@@ -178,26 +172,6 @@ std::vector<const QUORRadarSweep*> QUORPolarGridder::getSweeps() const {
     return sweeps;
 }
 
-float QUORPolarGridder::combine(float below, float above, double weight, double nyquist) const {
-    const float nearer = weight < 0.5 ? below : above;
-    if (QUORRadarValue::isNoEcho(below) || QUORRadarValue::isNoEcho(above)) {
-        const bool fades = _quantity == Quantity::Reflectivity && _between == QUORBetweenBeams::Power;
-        if (!fades || below == above) {
-            return nearer;
-        }
-    }
-    const auto linear = [weight](double a, double b) { return (1.0 - weight) * a + weight * b; };
-    if (_quantity == Quantity::Velocity && !(std::abs(below - above) < nyquist)) {
-        return nearer;
-    }
-    if (_quantity == Quantity::Reflectivity && _between == QUORBetweenBeams::Power) {
-        const auto power = [](float value) { return std::pow(10.0, double(value) / 10.0); };
-        const double mean = linear(power(below), power(above));
-        return mean > 0.0 ? float(10.0 * std::log10(mean)) : QUORRadarValue::NO_ECHO;
-    }
-    return float(linear(double(below), double(above)));
-}
-
 /// `above` is the first ray of the column that is higher, counted on from call to call as points ascend.
 float QUORPolarGridder::between(const Column& column, double elevation, double range,
                                 std::size_t& above) const {
@@ -206,7 +180,8 @@ float QUORPolarGridder::between(const Column& column, double elevation, double r
     }
     const auto sample = [&](std::size_t index) {
         const float value = column.rays[index].turn->sample(column.rays[index].codes, range);
-        return hasEchoOnly(_quantity) && QUORRadarValue::isNoEcho(value) ? QUORRadarValue::NO_DATA : value;
+        return _interpolation.needsEcho() && QUORRadarValue::isNoEcho(value) ? QUORRadarValue::NO_DATA
+                                                                             : value;
     };
     const auto isInBeam = [&](std::size_t index) {
         return std::abs(column.rays[index].elevation - elevation) <= _halfBeam;
@@ -224,7 +199,8 @@ float QUORPolarGridder::between(const Column& column, double elevation, double r
         const Column::Ray& b = column.rays[above];
         if (b.elevation - a.elevation <= WIDEST_GAP * RADIAN) {
             const double weight = (elevation - a.elevation) / (b.elevation - a.elevation);
-            return combine(lower, upper, weight, std::min(a.turn->nyquist(), b.turn->nyquist()));
+            return _interpolation.combine(lower, upper, weight,
+                                          std::min(a.turn->nyquist(), b.turn->nyquist()));
         }
     }
     if (!QUORRadarValue::isNoData(lower) && isInBeam(above - 1)) {

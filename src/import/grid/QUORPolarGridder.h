@@ -3,15 +3,10 @@
 
 #include "QUORBeamGeometry.h"
 #include "QUORGridShape.h"
+#include "QUORInterpolation.h"
 #include "QUORRadarData.h"
 
 #include <vector>
-
-/// How values between two beams are found for reflectivity.
-enum class QUORBetweenBeams {
-    Decibel, ///< along the logarithmic values, as echo tops are measured
-    Power,   ///< along the linear reflectivity factor
-};
 
 /// Brings the sweeps of a volume to a Cartesian grid.
 ///
@@ -54,10 +49,8 @@ private:
                   float* out) const;
     std::vector<float> gridLevels(const QUORGridShape& shape, double firstHeight, int levels) const;
     float between(const Column& column, double elevation, double range, std::size_t& above) const;
-    float combine(float below, float above, double weight, double nyquist) const;
 
-    QUORRadarQuantity _quantity;
-    QUORBetweenBeams _between;
+    QUORInterpolation _interpolation;
     QUORBeamGeometry _geometry;
     double _halfBeam; ///< radians
     std::vector<Turn> _turns;

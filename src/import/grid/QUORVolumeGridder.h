@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORGridResampler.h"
 #include "QUORGridShape.h"
-#include "QUORPolarGridder.h"
+#include "QUORInterpolation.h"
 #include "QUORRadarData.h"
 
-#include <map>
+#include <optional>
 #include <vector>
 
 /// Brings whatever a volume consists of, sweeps or a grid of its own, to the grid of the products.
@@ -15,8 +16,8 @@ public:
     QUORVolumeGridder(const QUORRadarData& data, const QUORGridRequest& request, QUORBetweenBeams between);
 
     const QUORGridShape& getShape() const { return _shape; }
-    const QStringList& getWarnings() const { return _warnings; }
-    bool hasSweeps() const { return !_data.grid; }
+    QStringList getWarnings() const { return _resampler ? _resampler->getWarnings() : QStringList(); }
+    bool hasSweeps() const { return !_resampler; }
 
     /// Of a quantity that the data have; x fastest, then y, then z.
     std::vector<float> grid(QUORRadarQuantity quantity) const;
@@ -28,6 +29,6 @@ public:
 private:
     const QUORRadarData& _data;
     QUORBetweenBeams _between;
+    std::optional<QUORGridResampler> _resampler;
     QUORGridShape _shape;
-    QStringList _warnings;
 };

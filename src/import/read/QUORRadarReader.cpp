@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "QUORRadarReader.h"
 
+#include "QUORCfGridReader.h"
+#include "QUORCfRadialReader.h"
 #include "QUORImportError.h"
+#include "QUORLevel2Reader.h"
 #include "QUORNetcdfFile.h"
 #include "QUOROdimReader.h"
 #include "QUORRadarChecks.h"
@@ -17,6 +20,12 @@ constexpr qint64 LARGEST_FILE = qint64(2) << 30;
 QUORRadarData readNetcdf(const QUORNetcdfGroup& root) {
     if (QUOROdimReader::recognises(root)) {
         return QUOROdimReader::read(root);
+    }
+    if (QUORCfRadialReader::recognises(root)) {
+        return QUORCfRadialReader::read(root);
+    }
+    if (QUORCfGridReader::recognises(root)) {
+        return QUORCfGridReader::read(root);
     }
     throw QUORImportError(QStringLiteral(
         "an HDF5 or netCDF file, but neither ODIM_H5 nor CfRadial nor a grid with x, y and z"));
@@ -67,6 +76,12 @@ QUORRadarData QUORRadarReader::read(int descriptor) {
     if (containerOf(file.read(65536)) == Container::Netcdf) {
         const QUORNetcdfFile netcdf(descriptor);
         data = readNetcdf(netcdf.getRoot());
+    } else {
+        const uchar* const content = file.map(0, file.size());
+        if (content == nullptr) {
+            throw QUORImportError(file.errorString());
+        }
+        data = QUORLevel2Reader::read(QByteArrayView(content, file.size()));
     }
     QUORRadarChecks::verify(data);
     return data;
@@ -77,6 +92,8 @@ QUORRadarData QUORRadarReader::read(const QByteArray& content) {
     if (containerOf(content) == Container::Netcdf) {
         const QUORNetcdfFile netcdf(content);
         data = readNetcdf(netcdf.getRoot());
+    } else {
+        data = QUORLevel2Reader::read(content);
     }
     QUORRadarChecks::verify(data);
     return data;
