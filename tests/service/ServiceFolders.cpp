@@ -2,9 +2,10 @@
 #include "ServiceFolders.h"
 
 #include <QDir>
-#include <QFile>
 
 #include <gtest/gtest.h>
+
+#include <cstdio>
 
 ServiceFolders::ServiceFolders(const QString& root) : _root(root) {
     for (const char* name : {"3d", "2d", "geo", "out"}) {
@@ -26,7 +27,7 @@ QString ServiceFolders::drop(const TestProduct& product, const QString& folder) 
     const QString target = path(folder) + QLatin1Char('/') + product.fileName();
     const QString part = path(folder) + QStringLiteral("/.part");
     product.writeTo(part);
-    EXPECT_TRUE(QFile::rename(part, target)) << qPrintable(target);
+    EXPECT_EQ(std::rename(qPrintable(part), qPrintable(target)), 0) << qPrintable(target);
     return target;
 }
 

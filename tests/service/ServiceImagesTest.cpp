@@ -204,20 +204,36 @@ TEST_F(ServiceImagesTest, A2DFileRendersTheFilesItCompletes) {
     EXPECT_EQ(count(VISUALIZED), 2);
 }
 
-TEST_F(ServiceImagesTest, AReplacedProductLeavesTheImageOfTheFirst) {
+TEST_F(ServiceImagesTest, AProductIssuedAgainIsDrawnAgain) {
     start({});
-    _folders.drop(ServiceFolders::rain(), QStringLiteral("2d"));
+    const QString flat = _folders.drop(ServiceFolders::rain(), QStringLiteral("2d"));
     ASSERT_TRUE(_service.waitForLog(QStringLiteral("new 2D file arrived")));
     const QString file = _folders.drop(ServiceFolders::storm());
-    ASSERT_TRUE(waitForCount(VISUALIZED, 1));
-    const QByteArray image = _service.read(QStringLiteral("data/out/") + FIRST_IMAGE);
-    TestProduct other = ServiceFolders::storm();
-    other.groundElevationM = 7;
-    other.writeTo(file);
-    _folders.drop(ServiceFolders::rain(1), QStringLiteral("2d"));
-    ASSERT_TRUE(waitForCount(IGNORED, 1));
-    EXPECT_EQ(count(QStringLiteral("W: Data not available anymore: ") + file), 1);
-    EXPECT_EQ(_service.read(QStringLiteral("data/out/") + FIRST_IMAGE), image);
+    const auto picture = [&](qsizetype drawn) {
+        EXPECT_TRUE(waitForCount(VISUALIZED, drawn));
+        return _service.read(QStringLiteral("data/out/") + FIRST_IMAGE);
+    };
+    const QByteArray first = picture(1);
+    TestProduct storm = ServiceFolders::storm();
+    storm.groundElevationM = 7;
+    storm.fill = [](int x, int y, int z) { return x < 4 && y < 4 && z < 3 ? 200U : 0U; };
+    storm.writeTo(file);
+    const QByteArray second = picture(2);
+    EXPECT_NE(second, first);
+    TestProduct rain = ServiceFolders::rain();
+    rain.groundElevationM = 7;
+    rain.points = {32, 32, 1};
+    rain.radar = {15500, 15500, 0};
+    rain.fill = [](int, int, int) { return 20000U; };
+    _folders.drop(rain, QStringLiteral("2d"));
+    EXPECT_NE(picture(3), second);
+    EXPECT_EQ(_service.terminate(), 0);
+    for (const QString& path : {flat, file}) {
+        EXPECT_EQ(count(QStringLiteral("N: PRODUCT ISSUED AGAIN, REPLACES THE ONE BEFORE: ") +
+                        QFileInfo(path).fileName()),
+                  1);
+    }
+    EXPECT_EQ(count(QStringLiteral("Data not available anymore: ")), 0);
 }
 
 TEST_F(ServiceImagesTest, ADecimalCommaChangesNothing) {

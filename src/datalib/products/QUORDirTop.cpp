@@ -99,7 +99,9 @@ QUORDirTop::LeftOut QUORDirTop::scan(const QStringList& names) {
             leftOut.discarded.append(name);
         } else if (state != ResultOk) {
             leftOut.unfinished.append(name);
-        } else if (filter(file)) {
+        } else if (!filter(file)) {
+            leftOut.wrongType.append(name);
+        } else {
             logAdding(*file);
             const QUORFile::CPtr present = insert(sites, byName, file)->getFile();
             if (present != file) {
@@ -126,6 +128,9 @@ QUORDirTop::Result QUORDirTop::addFile(const QString& name, const QStringList& l
                            : state == ResultNoData   ? QStringLiteral("NO DATA ")
                                                      : QStringLiteral("INVALID ");
     logDebug(QStringLiteral("NOT ADDED: ") + reason + file->getPath());
+    if (state == ResultInvalid && file->getStatus() != QUORFile::NotReadable) {
+        removeOutdated(*file);
+    }
     return state;
 }
 
@@ -133,7 +138,18 @@ QUORDirTop::Result QUORDirTop::addValid(const QUORFile::CPtr& file, const QStrin
                                         QString* other) {
     if (!filter(file)) {
         logDebug(QStringLiteral("NOT ADDED: DATA FILE OF WRONG TYPE ") + file->getPath());
+        removeOutdated(*file);
         return ResultWrongType;
+    }
+    const Result renewed = renew(file);
+    if (renewed != ResultInvalid) {
+        if (renewed == ResultDuplicate) {
+            logDebug(QStringLiteral("NOT ADDED: DATA FILE IS DUPLICATE ") + file->getPath());
+            if (other != nullptr) {
+                *other = file->getName();
+            }
+        }
+        return renewed;
     }
     QUORFileLeaf::Ptr present = insertOrFind(file, nullptr);
     if (present) {
@@ -149,6 +165,31 @@ QUORDirTop::Result QUORDirTop::addValid(const QUORFile::CPtr& file, const QStrin
     }
     logAdding(*file);
     return ResultOk;
+}
+
+/// Of a file that the tree has: whether it was written anew. Invalid when its product has no leaf.
+QUORDirTop::Result QUORDirTop::renew(const QUORFile::CPtr& file) {
+    const std::unique_lock lock(_lock);
+    const QUORFileLeaf::Ptr leaf = leafNamed(file->getName());
+    if (!leaf || leaf->getPath() != file->getPath()) {
+        return ResultInvalid;
+    }
+    const bool isSameProduct =
+        leaf == leafAt(file->getSite(), file->getProduct(), file->getConfiguration(), file->getTime());
+    remove(leaf);
+    if (!isSameProduct) {
+        return ResultInvalid;
+    }
+    insert(_children, _byName, file);
+    return file->isSameIssue(*leaf->getFile()) ? ResultDuplicate : ResultOk;
+}
+
+void QUORDirTop::removeOutdated(const QUORFile& file) {
+    const std::unique_lock lock(_lock);
+    const QUORFileLeaf::Ptr leaf = leafNamed(file.getName());
+    if (leaf && leaf->getPath() == file.getPath()) {
+        remove(leaf);
+    }
 }
 
 /// The leaf that stands in the way of the file, or null when the file is in the tree now.

@@ -38,10 +38,11 @@ public:
         ResultNotReadable = 6 ///< exists, but cannot be read at the moment
     };
 
-    /// The files of a listing that are not in the tree, besides products of other kinds.
+    /// The files of a listing that are not in the tree.
     struct LeftOut {
         QStringList unfinished; ///< still being written, or not readable at the moment
         QStringList discarded;  ///< no product or not to be opened
+        QStringList wrongType;  ///< products of another kind
         /// Duplicates, each with the name of the file that has its place.
         QHash<QString, QString> duplicates;
     };
@@ -63,7 +64,9 @@ public:
 
     /// Adds the file of that name, relative to the directory or absolute. A duplicate takes the place of a
     /// leaf whose file has gone from the disk or is named in `leaving`. Of a duplicate, `other` names the
-    /// file that was replaced or, when the result says so, that has its place.
+    /// file that was replaced or, when the result says so, that has its place: itself, when the tree has this
+    /// very file. One that was written anew takes the place of its own leaf, which goes also when the file is
+    /// another product or none by now; an unfinished file changes nothing.
     Result addFile(const QString& name, const QStringList& leaving = {}, QString* other = nullptr);
     Result removeFile(const QString& name);
     void addToAllLevels(const QUORFile::CPtr& file);
@@ -104,6 +107,8 @@ private:
                              const QString& time) const;
     QUORFileLeaf::Ptr leafNamed(const QString& fileName) const;
     Result addValid(const QUORFile::CPtr& file, const QStringList& leaving, QString* other);
+    Result renew(const QUORFile::CPtr& file);
+    void removeOutdated(const QUORFile& file);
     QUORFileLeaf::Ptr insertOrFind(const QUORFile::CPtr& file, const QUORFileLeaf::Ptr& giveWay);
     /// The leaf for the file, which holds another one when the file is a duplicate.
     QUORFileLeaf::Ptr insert(Children& sites, ByName& byName, const QUORFile::CPtr& file);

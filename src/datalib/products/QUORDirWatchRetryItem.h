@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORFileStamp.h"
+
 #include <QString>
 
 #include <chrono>
@@ -36,8 +38,14 @@ public:
         _counted = now;
     }
 
+    /// What was looked at and found unfinished: there is nothing to read before it changes. Unknown where
+    /// only a new attempt tells.
+    QUORFileStamp getUnfinished() const { return _unfinished; }
+    void setUnfinished(const QUORFileStamp& stamp) { _unfinished = stamp; }
+
 private:
     QString _name;
+    QUORFileStamp _unfinished;
     int _retries = 0;
     qint64 _size;
     std::chrono::steady_clock::time_point _counted = std::chrono::steady_clock::now();

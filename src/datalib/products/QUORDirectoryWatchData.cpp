@@ -12,14 +12,19 @@
 
 #include <algorithm>
 #include <iterator>
-#include <sys/stat.h>
 
 namespace {
 
 constexpr int MOST_RETRIES = 10;
-/// A directory full of other files costs so many lines, and one more for the rest.
-constexpr int MOST_DISCARD_LINES = 20;
+/// What a pass says of many files costs so many lines, and one more for the rest.
+constexpr int MOST_LINES = 20;
+/// A check asks for the stamps of files so long, and goes on there with the next check: 100,000 files of a
+/// local disk take half of it.
+constexpr std::chrono::milliseconds STAMP_CHECK(200);
 const QString DISCARDED = QStringLiteral("INCOMING FILE DISCARDED: (INVALID OR NO PERMISSIONS): ");
+const QString DISCARDED_RETRY =
+    QStringLiteral("INCOMING FILE DISCARDED AFTER RETRIES (INVALID OR NO PERMISSIONS): ");
+const QString EXHAUSTED = QStringLiteral("TOO MANY RETRIES, FILE DISCARDED: ");
 
 /// What the first list has and the second has not; both ascending.
 QStringList difference(const QStringList& first, const QStringList& second) {
@@ -34,18 +39,38 @@ bool isUnfinished(QUORDirTop::Result result) {
 }
 
 void logDiscarded(const QStringList& names) {
-    for (const QString& name : names.mid(0, MOST_DISCARD_LINES)) {
+    for (const QString& name : names.mid(0, MOST_LINES)) {
         logWarning(DISCARDED + name);
     }
-    if (const qsizetype rest = names.size() - MOST_DISCARD_LINES; rest > 0) {
+    if (const qsizetype rest = names.size() - MOST_LINES; rest > 0) {
         logWarning(DISCARDED + QString::number(rest) + QStringLiteral(" more files"));
     }
+}
+
+bool containsName(const QStringList& ascending, const QString& name) {
+    return std::binary_search(ascending.begin(), ascending.end(), name);
 }
 
 } // namespace
 
 QUORDirectoryWatchData::QUORDirectoryWatchData(DirectoryType type, QUORWatchTiming timing)
-    : _type(type), _timing(timing) {}
+    : _type(type), _timing(timing), _exhausted{EXHAUSTED}, _discardedRetries{DISCARDED_RETRY} {}
+
+void QUORDirectoryWatchData::CappedLines::log(const QString& name) {
+    if (lines < MOST_LINES) {
+        ++lines;
+        logWarning(text + name);
+    } else {
+        ++rest;
+    }
+}
+
+void QUORDirectoryWatchData::CappedLines::endInterval() {
+    if (rest > 0) {
+        logWarning(text + QString::number(rest) + QStringLiteral(" more files"));
+    }
+    lines = rest = 0;
+}
 
 QUORDirectoryWatchData::~QUORDirectoryWatchData() = default;
 
@@ -78,9 +103,12 @@ void QUORDirectoryWatchData::scan() {
     for (const QString& name : std::as_const(leftOut.discarded)) {
         discard(name, stamps.value(name), !QUORFile::canBeRead(pathOf(name)));
     }
+    for (const QString& name : std::as_const(leftOut.wrongType)) {
+        discard(name, stamps.value(name), false);
+    }
     logDiscarded(leftOut.discarded);
     for (auto entry = leftOut.duplicates.cbegin(); entry != leftOut.duplicates.cend(); ++entry) {
-        _duplicates.insert(entry.key(), {entry.value()});
+        _duplicates.insert(entry.key(), {entry.value(), stamps.value(entry.key())});
     }
 }
 
@@ -100,6 +128,11 @@ void QUORDirectoryWatchData::markDirty() {
     _dirty = true;
 }
 
+void QUORDirectoryWatchData::markWritten(const QStringList& names) {
+    const std::lock_guard lock(_notifiedMutex);
+    _notifiedNames.append(names);
+}
+
 void QUORDirectoryWatchData::markForCheck() {
     _check = true;
     _dirty = true;
@@ -110,12 +143,23 @@ bool QUORDirectoryWatchData::checkUpdates() {
     bool dirty = _dirty.exchange(false);
     bool retry = _retry.exchange(false);
     const bool check = _check.exchange(false);
+    const QStringList notified = takeNotified();
     if (!revive()) {
         return false;
     }
     dirty = dirty || (retry && _listingFailed);
-    retry = (check && reconsiderDiscarded()) || (retry && _waiting > 0);
-    if (dirty && isChanged()) {
+    const bool changed = dirty && isChanged();
+    retry = retry && _waiting > 0;
+    retry = lookAtWritten(notified) || retry;
+    retry = (check && reconsiderDiscarded()) || retry;
+    if (_listingFailed) {
+        _check = true; // the names that were notified of are lost
+    } else if (check) {
+        checkStamps();
+        _exhausted.endInterval();
+        _discardedRetries.endInterval();
+    }
+    if (changed || !_writtenNames.isEmpty()) {
         logDebug(QStringLiteral("REFRESH DIRECTORY/NEW OR DELETED ITEMS"));
         refresh();
         _dirty = true;
@@ -124,6 +168,75 @@ bool QUORDirectoryWatchData::checkUpdates() {
         refresh();
     }
     return true;
+}
+
+QStringList QUORDirectoryWatchData::takeNotified() {
+    const std::lock_guard lock(_notifiedMutex);
+    QStringList names = std::exchange(_notifiedNames, {});
+    names.removeDuplicates();
+    return names;
+}
+
+/// True when files that wait are to be tried at once.
+bool QUORDirectoryWatchData::lookAtWritten(const QStringList& names) {
+    bool waits = false;
+    const QSet<QString> waiting = getWaitingNames(names.isEmpty());
+    for (const QString& name : names) {
+        if (!containsName(_snapshot, name) || containsName(_addedNames, name)) {
+            continue; // a listing tells
+        }
+        if (waiting.contains(name)) {
+            waits = true;
+        } else if (const auto entry = _discarded.constFind(name); entry != _discarded.constEnd()) {
+            if (isReadableAgain(name, *entry)) {
+                _discarded.erase(entry);
+                wait(name);
+                waits = true;
+            }
+        } else if (isWrittenAnew(name) || !(_tree->findLeaf(name) || _duplicates.contains(name))) {
+            _writtenNames.append(name);
+        }
+    }
+    return waits;
+}
+
+QSet<QString> QUORDirectoryWatchData::getWaitingNames(bool none) const {
+    QSet<QString> names;
+    if (!none) {
+        for (const QUORDirWatchRetryItem::Ptr& item : _retryItems) {
+            names.insert(item->getName());
+        }
+    }
+    return names;
+}
+
+/// Whether a file of the tree, or a duplicate of one, is not as it was read.
+bool QUORDirectoryWatchData::isWrittenAnew(const QString& name) const {
+    const Stamp stamp = stampOf(name);
+    if (!stamp.isKnown()) {
+        return false; // a listing tells
+    }
+    if (const QUORFileLeaf::Ptr leaf = _tree->findLeaf(name)) {
+        return stamp != leaf->getFile()->getStamp();
+    }
+    const auto duplicate = _duplicates.constFind(name);
+    return duplicate != _duplicates.constEnd() && stamp.isWrittenSince(duplicate->stamp);
+}
+
+/// What no notification told of, as on a network file system.
+void QUORDirectoryWatchData::checkStamps() {
+    const Clock::time_point end = Clock::now() + STAMP_CHECK;
+    const QSet<QString> skipped =
+        getWaitingNames(false) + QSet<QString>(_writtenNames.begin(), _writtenNames.end());
+    const qsizetype count = _snapshot.size();
+    for (qsizetype i = 0; i < count && (i % 64 != 0 || Clock::now() < end); ++i) {
+        _nextStamp = (_nextStamp + 1) % count;
+        const QString& name = _snapshot[_nextStamp];
+        if (isWrittenAnew(name) && !skipped.contains(name) && !containsName(_addedNames, name)) {
+            _writtenNames.append(name);
+        }
+    }
+    std::sort(_writtenNames.begin(), _writtenNames.end());
 }
 
 bool QUORDirectoryWatchData::revive() {
@@ -179,22 +292,55 @@ void QUORDirectoryWatchData::refresh() {
              QStringLiteral(" has changed (") + QString::number(_notifications) + QLatin1Char(')'));
     addFilesToDir();
     removeFilesFromDir();
+    for (const QString& name : std::as_const(_writtenNames)) {
+        _duplicates.remove(name);
+    }
+    _addedNames.append(addAll(std::exchange(_writtenNames, {})));
     doRetries();
+    removeLost();
 }
 
 QUORDirTop::Result QUORDirectoryWatchData::addToTree(const QString& name, Clock::time_point freshUntil) {
     const Stamp stamp = stampOf(name);
+    const QUORFileLeaf::CPtr before = _tree->findLeaf(name);
     QString other;
     const QUORDirTop::Result result = _tree->addFile(name, _removedNames, &other);
-    if (result == QUORDirTop::ResultDuplicate) {
-        _duplicates.insert(name, {other, freshUntil});
-    } else if (!other.isEmpty()) {
+    if (before) {
+        noteIssue(*before, name, result);
+    }
+    if (result == QUORDirTop::ResultDuplicate && other != name) {
+        _duplicates.insert(name, {other, stamp, freshUntil});
+    } else if (result != QUORDirTop::ResultDuplicate && !other.isEmpty()) {
         _replaced.insert(other);
     }
     if (result == QUORDirTop::ResultInvalid) {
         discard(name, stamp, !QUORFile::canBeRead(pathOf(name)));
+    } else if (result == QUORDirTop::ResultWrongType) {
+        discard(name, stamp, false);
     }
     return result;
+}
+
+/// Of a file that was in the tree before it was added again.
+void QUORDirectoryWatchData::noteIssue(const QUORFileLeaf& before, const QString& name,
+                                       QUORDirTop::Result result) {
+    const QUORFileLeaf::CPtr now = _tree->findLeaf(name);
+    if (!now || now->getKey() != before.getKey()) {
+        _lostNames.append(name);
+    } else if (result == QUORDirTop::ResultOk) {
+        QUORLog::Instance().logNotice(QStringLiteral("PRODUCT ISSUED AGAIN, REPLACES THE ONE BEFORE: ") +
+                                      name);
+    }
+}
+
+/// To those who follow the directory a name that stands for another product now has gone and come.
+void QUORDirectoryWatchData::removeLost() {
+    const QStringList lost = std::exchange(_lostNames, {});
+    for (const QString& name : lost) {
+        logDebug(QStringLiteral("REMOVE: REMOVED FROM DIRECTORY ") + name);
+    }
+    _removedNames.append(lost);
+    fillPlacesOf(lost);
 }
 
 void QUORDirectoryWatchData::addFilesToDir() {
@@ -215,6 +361,8 @@ QStringList QUORDirectoryWatchData::addAll(const QStringList& names) {
         } else if (isUnfinished(result)) {
             logDebug(QStringLiteral("ADD: FILE IS NOT COMPLETE ") + name);
             unfinished.append(name);
+        } else if (result == QUORDirTop::ResultDuplicate && !_duplicates.contains(name)) {
+            logDebug(QStringLiteral("ADD: UNCHANGED ") + name);
         } else if (result == QUORDirTop::ResultDuplicate) {
             logWarning(QStringLiteral("INCOMING FILE DISCARDED (DUPLICATE):  ") + name);
         } else {
@@ -237,10 +385,10 @@ void QUORDirectoryWatchData::removeFilesFromDir() {
         } else {
             QUORLog::Instance().logNotice(QStringLiteral("COULD NOT REMOVE FILE (NOT IN DIRECTORY) ") + name);
         }
-        stopWaiting(name);
         _discarded.remove(name);
         _duplicates.remove(name);
     }
+    stopWaiting(_removedNames);
     _removedNames = removed;
     fillPlacesOf(removed);
 }
@@ -286,9 +434,9 @@ QUORDirectoryWatchData::takeDuplicatesOf(const QStringList& names) {
 
 void QUORDirectoryWatchData::doRetries() {
     QList<QUORDirWatchRetryItem::Ptr> kept;
+    kept.reserve(_retryItems.size());
     for (const QUORDirWatchRetryItem::Ptr& item : std::as_const(_retryItems)) {
-        // A file that was deleted while it waited leaves with the next listing.
-        if (QUORDirectoryListing::hasVanished(pathOf(item->getName())) || retryFile(*item)) {
+        if (retryFile(*item)) {
             kept.append(item);
         }
     }
@@ -299,31 +447,60 @@ void QUORDirectoryWatchData::doRetries() {
 bool QUORDirectoryWatchData::retryFile(QUORDirWatchRetryItem& item) {
     const QString name = item.getName();
     const Stamp stamp = stampOf(name);
-    logDebug(QStringLiteral("RETRY: ") + name + QStringLiteral(", size then: ") +
-             QString::number(item.getSize()) + QStringLiteral(", size now: ") + QString::number(stamp.size));
+    if (!stamp.isKnown() && QUORDirectoryListing::hasVanished(pathOf(name))) {
+        return true; // one that was deleted while it waited leaves with the next listing
+    }
+    const bool isDebug = QUORLog::Instance().level() >= QUORLog::Debug;
+    if (isDebug) {
+        logDebug(QStringLiteral("RETRY: ") + name + QStringLiteral(", size then: ") +
+                 QString::number(item.getSize()) + QStringLiteral(", size now: ") +
+                 QString::number(stamp.size));
+    }
     item.update(stamp.size, _timing.retry * 9 / 10);
-    const QString prefix = QStringLiteral("RETRY(") + QString::number(item.getRetries()) + QLatin1Char(')');
+    const QString prefix = isDebug ? QStringLiteral("RETRY(%1)").arg(item.getRetries()) : QString();
     logDebug(prefix + QStringLiteral(" ADDING ") + name);
-    const QUORDirTop::Result result = addToTree(name, Clock::now() + _timing.recent);
+    const QUORDirTop::Result result = readAgain(item, stamp);
     if (result == QUORDirTop::ResultOk) {
         logDebug(prefix + QStringLiteral(": ADDED TO DIRECTORY ") + name);
         _addedNames.append(name);
         return false;
     }
+    if (result == QUORDirTop::ResultDuplicate && !_duplicates.contains(name)) {
+        return false; // the product of this name, as it was
+    }
     const bool exhausted = item.getRetries() > MOST_RETRIES;
     if (isUnfinished(result)) {
         logDebug(prefix + QStringLiteral(": FILE STILL INCOMPLETE: ") + name);
     } else {
-        logWarning(QStringLiteral("INCOMING FILE DISCARDED AFTER RETRIES (INVALID OR NO PERMISSIONS): ") +
-                   name);
+        _discardedRetries.log(name);
     }
     if (exhausted) {
-        logWarning(QStringLiteral("TOO MANY RETRIES, FILE DISCARDED: ") + name);
-        if (isUnfinished(result)) {
-            discard(name, stamp, result == QUORDirTop::ResultNotReadable);
-        }
+        giveUp(name, stamp, result);
     }
     return isUnfinished(result) && !exhausted;
+}
+
+/// A file that is as it was when it was found unfinished is not read again: there may be thousands.
+QUORDirTop::Result QUORDirectoryWatchData::readAgain(QUORDirWatchRetryItem& item, const Stamp& stamp) {
+    if (stamp.isKnown() && stamp == item.getUnfinished()) {
+        return QUORDirTop::ResultIncomplete;
+    }
+    const QUORDirTop::Result result = addToTree(item.getName(), Clock::now() + _timing.recent);
+    const bool mayPass = result == QUORDirTop::ResultNotReadable;
+    item.setUnfinished(isUnfinished(result) && !mayPass ? stamp : Stamp());
+    return result;
+}
+
+void QUORDirectoryWatchData::giveUp(const QString& name, const Stamp& stamp, QUORDirTop::Result result) {
+    _exhausted.log(name);
+    if (!isUnfinished(result)) {
+        return;
+    }
+    discard(name, stamp, result == QUORDirTop::ResultNotReadable);
+    // Of a product that was being written anew nothing is left.
+    if (result != QUORDirTop::ResultNotReadable && _tree->removeFile(name) == QUORDirTop::ResultOk) {
+        _lostNames.append(name);
+    }
 }
 
 QString QUORDirectoryWatchData::pathOf(const QString& name) const {
@@ -331,15 +508,12 @@ QString QUORDirectoryWatchData::pathOf(const QString& name) const {
 }
 
 QUORDirectoryWatchData::Stamp QUORDirectoryWatchData::stampOf(const QString& name) const {
-    struct stat info {};
-    if (::lstat(QFile::encodeName(pathOf(name)).constData(), &info) != 0) {
-        return {};
-    }
-    return {info.st_size, qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec};
+    return Stamp::of(pathOf(name));
 }
 
 void QUORDirectoryWatchData::wait(const QString& name) {
-    _retryItems.append(std::make_shared<QUORDirWatchRetryItem>(name, stampOf(name).size));
+    const qint64 size = std::max<qint64>(0, stampOf(name).size);
+    _retryItems.append(std::make_shared<QUORDirWatchRetryItem>(name, size));
     _waiting = int(_retryItems.size());
 }
 
@@ -348,25 +522,29 @@ void QUORDirectoryWatchData::setWaiting(QList<QUORDirWatchRetryItem::Ptr> items)
     _waiting = int(_retryItems.size());
 }
 
-void QUORDirectoryWatchData::stopWaiting(const QString& name) {
-    QList<QUORDirWatchRetryItem::Ptr> items = _retryItems;
-    const auto item =
-        std::find_if(items.begin(), items.end(), [&name](const auto& i) { return i->getName() == name; });
-    if (item != items.end()) {
-        items.erase(item);
-        setWaiting(items);
+void QUORDirectoryWatchData::stopWaiting(const QStringList& names) {
+    if (_retryItems.isEmpty() || names.isEmpty()) {
+        return;
     }
+    const QSet<QString> gone(names.begin(), names.end());
+    QList<QUORDirWatchRetryItem::Ptr> items = _retryItems;
+    items.removeIf([&gone](const auto& item) { return gone.contains(item->getName()); });
+    setWaiting(items);
 }
 
 void QUORDirectoryWatchData::discard(const QString& name, const Stamp& stamp, bool unreadable) {
     _discarded.insert(name, {stamp, unreadable});
 }
 
+/// Whether a file that was given up is worth another look.
+bool QUORDirectoryWatchData::isReadableAgain(const QString& name, const Discarded& entry) const {
+    return stampOf(name) != entry.stamp || (entry.unreadable && QUORFile::canBeRead(pathOf(name)));
+}
+
 bool QUORDirectoryWatchData::reconsiderDiscarded() {
     QStringList changed;
     for (auto entry = _discarded.cbegin(); entry != _discarded.cend(); ++entry) {
-        if (stampOf(entry.key()) != entry->stamp ||
-            (entry->unreadable && QUORFile::canBeRead(pathOf(entry.key())))) {
+        if (isReadableAgain(entry.key(), *entry)) {
             changed.append(entry.key());
         }
     }

@@ -3,6 +3,7 @@
 
 #include "QUORDirTop.h"
 #include "QUORDirWatchRetryItem.h"
+#include "QUORFileStamp.h"
 
 #include <QHash>
 #include <QList>
@@ -12,6 +13,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
 
 class QUORDirectoryListing;
 
@@ -23,11 +25,14 @@ struct QUORWatchTiming {
     std::chrono::milliseconds retry{1000};
     /// So long after its arrival a duplicate is announced when the file that has its place goes.
     std::chrono::milliseconds recent{60000};
+    /// A directory that the system does not notify of.
+    std::chrono::milliseconds poll{1000};
 };
 
 /// One watched directory: its tree, the names of the last listing and the files that wait to be complete.
-/// Names that were not in the last listing are new; what is in the directory when it is initialised is not
-/// announced, unless it is still being written.
+/// Names that were not in the last listing are new, and so are files that were written or replaced since they
+/// were read: at once when a notification names them, otherwise with a check. What is in the directory when
+/// it is initialised is not announced, unless it is still being written.
 ///
 /// `initialize` is called before the object is shared. Then the flags may be set and the tree and the path
 /// be read by any thread; everything else belongs to the watcher's thread.
@@ -49,6 +54,8 @@ public:
 
     /// A notification arrived.
     void markDirty();
+    /// Files of these names may have been written or replaced.
+    void markWritten(const QStringList& names);
     /// Files that wait are due.
     void markRetry() { _retry = true; }
     /// Time for a check of everything, notified or not.
@@ -80,17 +87,12 @@ public:
     QStringList takeRemovedNames() { return std::exchange(_removedNames, {}); }
 
 private:
-    /// What tells whether a file has been written to or its rights have changed.
-    struct Stamp {
-        qint64 size = 0;
-        qint64 changed = 0; ///< nanoseconds
-        bool operator==(const Stamp&) const = default;
-    };
-
+    using Stamp = QUORFileStamp;
     using Clock = std::chrono::steady_clock;
 
     struct Duplicate {
         QString holder; ///< the name of the file that has its place in the tree
+        Stamp stamp;
         /// Until then it counts as an arrival; what was there at the start never does.
         Clock::time_point freshUntil = Clock::time_point::min();
     };
@@ -101,21 +103,41 @@ private:
         bool unreadable = false;
     };
 
+    /// A line for each file, of which many give up within a minute: the first ones, and how many more.
+    struct CappedLines {
+        QString text;
+        int lines = 0;
+        int rest = 0;
+
+        void log(const QString& name);
+        void endInterval();
+    };
+
     QUORDirTop::Ptr dirFactory(const QStringList& names, QUORDirTop::LeftOut& leftOut) const;
     void scan();
     bool revive();
     void noteListing(const QUORDirectoryListing& listing);
     QString pathOf(const QString& name) const;
     Stamp stampOf(const QString& name) const;
+    QStringList takeNotified();
+    QSet<QString> getWaitingNames(bool none) const;
+    bool lookAtWritten(const QStringList& names);
+    bool isWrittenAnew(const QString& name) const;
+    void checkStamps();
     QUORDirTop::Result addToTree(const QString& name, Clock::time_point freshUntil);
+    void noteIssue(const QUORFileLeaf& before, const QString& name, QUORDirTop::Result result);
+    void removeLost();
     bool retryFile(QUORDirWatchRetryItem& item);
+    QUORDirTop::Result readAgain(QUORDirWatchRetryItem& item, const Stamp& stamp);
+    void giveUp(const QString& name, const Stamp& stamp, QUORDirTop::Result result);
     void wait(const QString& name);
     void setWaiting(QList<QUORDirWatchRetryItem::Ptr> items);
-    void stopWaiting(const QString& name);
+    void stopWaiting(const QStringList& names);
     QStringList addAll(const QStringList& names);
     void fillPlacesOf(const QStringList& removed);
     QMap<QString, Duplicate> takeDuplicatesOf(const QStringList& names);
     void discard(const QString& name, const Stamp& stamp, bool unreadable);
+    bool isReadableAgain(const QString& name, const Discarded& entry) const;
     bool reconsiderDiscarded();
 
     const DirectoryType _type;
@@ -129,7 +151,13 @@ private:
     QStringList _snapshot;
     QStringList _addedNames;
     QStringList _removedNames;
+    /// Listed as before, but written or replaced since they were read.
+    QStringList _writtenNames;
+    /// Files of the tree that hold another product, or none, by now.
+    QStringList _lostNames;
     QList<QUORDirWatchRetryItem::Ptr> _retryItems;
+    CappedLines _exhausted;
+    CappedLines _discardedRetries;
     std::atomic<int> _waiting{0};
     std::atomic<bool> _listingFailed{false};
     /// Files whose place in the tree a duplicate took before their removal was seen.
@@ -143,4 +171,8 @@ private:
     bool _unreadableNamesLogged = false;
     std::atomic<int> _notifications{0};
     int _refreshes = 0;
+    /// Where the next check of the stamps begins.
+    qsizetype _nextStamp = 0;
+    std::mutex _notifiedMutex;
+    QStringList _notifiedNames; ///< guarded by it
 };

@@ -2,18 +2,28 @@
 #include "QUORDirectoryWatcher.h"
 
 #include "QUORLog.h"
+#include "QUORSystem.h"
 #include "QUORThreadStart.h"
 
 #include <QDateTime>
 #include <QDir>
 
 #include <algorithm>
+#include <cerrno>
 #include <exception>
 
 namespace {
 
 /// So many changes of a burst are seen at once.
 constexpr unsigned long SETTLE_MILLISECONDS = 10;
+
+/// Why the system does not notify, and which of its limits to raise.
+QString describeNotifierError(int error) {
+    const QString reason = QUORSystem::errorText(error);
+    return error == EMFILE   ? reason + QStringLiteral(", see fs.inotify.max_user_instances")
+           : error == ENOSPC ? reason + QStringLiteral(", see fs.inotify.max_user_watches")
+                             : reason;
+}
 
 void logNotificationTime() {
     logDebug(QStringLiteral("Notification time: ") + QDateTime::currentDateTime().toString(Qt::TextDate));
@@ -27,7 +37,7 @@ QUORDirectoryWatcher::QUORDirectoryWatcher(const QString& path, QUORDirectoryWat
     const QUORLogScope scope("QUORDirectoryWatcher::QUORDirectoryWatcher");
     QUORLog::Instance().logNotice(
         QStringLiteral("QUORDirectoryWatcher: Directory watcher created for path: ") + path);
-    connect(&_notifier, &QFileSystemWatcher::directoryChanged, this, &QUORDirectoryWatcher::directoryChanged);
+    connect(&_notifier, &QUORDirectoryNotifier::changed, this, &QUORDirectoryWatcher::noteChanges);
     _data = load(path);
     QUORThreadStart::start(*this, "watcher");
 }
@@ -52,19 +62,29 @@ QUORDirectoryWatchData::Ptr QUORDirectoryWatcher::load(const QString& path) {
 
 bool QUORDirectoryWatcher::watch(const QString& path) {
     const QUORDirectoryListing::Identity identity = QUORDirectoryListing::identify(path);
-    if (const QStringList old = _notifier.directories(); !old.isEmpty()) {
-        _notifier.removePaths(old);
-    }
     const bool exists = identity != QUORDirectoryListing::Identity();
-    const bool watched = exists && _notifier.addPath(path);
-    if (exists && !watched && !_watchFailed) {
-        QUORLog::Instance().logWarning(
-            QStringLiteral("Changes are not notified, the directory is only checked each minute: ") + path);
+    const int error = exists ? _notifier.watch(path) : ENOENT;
+    if (exists) {
+        noteNotification(path, error);
     }
-    _watchFailed = exists && !watched;
     const std::lock_guard lock(_mutex);
-    _watched = watched ? identity : QUORDirectoryListing::Identity();
-    return watched;
+    _watched = error == 0 ? identity : QUORDirectoryListing::Identity();
+    const bool polls = exists && error != 0;
+    _pollAt = !polls ? Clock::time_point::max() : std::min(_pollAt, Clock::now() + _timing.poll);
+    return error == 0;
+}
+
+void QUORDirectoryWatcher::noteNotification(const QString& path, int error) {
+    if (error != 0 && _unnotified != path) {
+        QUORLog::Instance().logError(QStringLiteral("Changes are not notified (") +
+                                     describeNotifierError(error) +
+                                     QStringLiteral("), the directory is looked at every second instead, and "
+                                                    "every minute for files written in place: ") +
+                                     path);
+    } else if (error == 0 && _unnotified == path) {
+        QUORLog::Instance().logError(QStringLiteral("Changes are notified again: ") + path);
+    }
+    _unnotified = error == 0 ? QString() : path;
 }
 
 void QUORDirectoryWatcher::watchAgain(const QUORDirectoryWatchData::Ptr& data) {
@@ -107,11 +127,24 @@ void QUORDirectoryWatcher::stop() {
     QThread::wait();
 }
 
+void QUORDirectoryWatcher::noteChanges(const QStringList& names, bool lost) {
+    QString path;
+    {
+        const std::lock_guard lock(_mutex);
+        path = _data->getPath();
+        _data->markWritten(names);
+        if (lost) {
+            _data->markForCheck();
+        }
+    }
+    directoryChanged(path);
+}
+
 void QUORDirectoryWatcher::directoryChanged(const QString& path) {
     const QUORLogScope scope("QUORDirectoryWatcher::directoryChanged");
     logNotificationTime();
     logDebug(QStringLiteral("Changed directory: ") + path);
-    const bool watched = _notifier.directories().contains(path);
+    const bool watched = _notifier.isWatching();
     const std::lock_guard lock(_mutex);
     if (path == _data->getPath()) {
         _data->markDirty();
@@ -172,7 +205,13 @@ QUORDirectoryWatchData::Ptr QUORDirectoryWatcher::waitForWork() {
             _checkAt = now + _timing.check;
             _data->markForCheck();
         }
-        if (now >= _retryAt) {
+        if (now >= _pollAt) {
+            _pollAt = now + _timing.poll;
+            const QUORDirectoryWatchData::Ptr data = _data;
+            lock.unlock();
+            poll(data);
+            lock.lock();
+        } else if (now >= _retryAt) {
             _retryAt = Clock::time_point::max();
             lock.unlock();
             retryTimerExpired();
@@ -182,12 +221,22 @@ QUORDirectoryWatchData::Ptr QUORDirectoryWatcher::waitForWork() {
         } else {
             _sleeping = true;
             logDebug(QStringLiteral("QUORDirectoryWatcher: Directories clean - going to sleep"));
-            _wakeUp.wait_until(lock, std::min(_checkAt, _retryAt));
+            _wakeUp.wait_until(lock, std::min({_checkAt, _retryAt, _pollAt}));
             _sleeping = false;
             logDebug(QStringLiteral("QUORDirectoryWatcher: --- WAKE UP --"));
         }
     }
     return nullptr;
+}
+
+/// The directory's own times tell of names that came or went; a file that took another's name may have
+/// another content, so that the stamps are looked at as well.
+void QUORDirectoryWatcher::poll(const QUORDirectoryWatchData::Ptr& data) {
+    const QUORFileStamp stamp = QUORFileStamp::of(data->getPath() + QStringLiteral("/."));
+    if (stamp != _polled) {
+        _polled = stamp;
+        data->markForCheck();
+    }
 }
 
 void QUORDirectoryWatcher::work(const QUORDirectoryWatchData::Ptr& data) {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "QUORDirectoryListing.h"
+#include "QUORDirectoryNotifier.h"
 #include "QUORDirectoryWatchData.h"
 
-#include <QFileSystemWatcher>
 #include <QStringList>
 #include <QThread>
 
@@ -18,7 +18,8 @@
 /// The object and its notifier live in the thread that made it, which runs an event loop; that thread also
 /// destroys it. One mutex guards the data pointer, the queues, the deadlines and the wake-up. The thread
 /// sleeps until there is a notification, a file to retry or a check to do; it logs and goes on whatever
-/// happens to a file or to the directory, which may vanish, be replaced or come later.
+/// happens to a file or to the directory, which may vanish, be replaced or come later. Where the system does
+/// not notify, an error line says so and the directory itself is looked at each second.
 class QUORDirectoryWatcher : public QThread {
     Q_OBJECT
 
@@ -56,7 +57,10 @@ private:
     using Clock = std::chrono::steady_clock;
 
     QUORDirectoryWatchData::Ptr load(const QString& path);
+    void noteChanges(const QStringList& names, bool lost);
     bool watch(const QString& path);
+    void noteNotification(const QString& path, int error);
+    void poll(const QUORDirectoryWatchData::Ptr& data);
     void watchAgain(const QUORDirectoryWatchData::Ptr& data);
     QUORDirectoryWatchData::Ptr waitForWork();
     void work(const QUORDirectoryWatchData::Ptr& data);
@@ -66,8 +70,9 @@ private:
 
     const QUORDirectoryWatchData::DirectoryType _type;
     const QUORWatchTiming _timing;
-    QFileSystemWatcher _notifier;
-    bool _watchFailed = false;
+    QUORDirectoryNotifier _notifier;
+    /// The directory that the system does not notify of; empty when it does.
+    QString _unnotified;
     mutable std::mutex _mutex;
     std::condition_variable _wakeUp;
     /// For the thread sanitizer, which does not see the end of a QThread.
@@ -82,4 +87,7 @@ private:
     QStringList _removedQueue;
     Clock::time_point _retryAt = Clock::time_point::max();
     Clock::time_point _checkAt;
+    /// Set while the system does not notify.
+    Clock::time_point _pollAt = Clock::time_point::max();
+    QUORFileStamp _polled; ///< of the directory; belongs to the thread
 };

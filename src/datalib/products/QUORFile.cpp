@@ -188,6 +188,10 @@ bool QUORFile::isUnchanged() const {
            header == _header;
 }
 
+bool QUORFile::isSameIssue(const QUORFile& other) const {
+    return _header == other._header && !_stamp.isWrittenSince(other._stamp);
+}
+
 QUORFile::Status QUORFile::readHeader(const QString& path) {
     const Descriptor file(_path);
     struct stat info {};
@@ -207,6 +211,7 @@ QUORFile::Status QUORFile::readHeader(const QString& path) {
         QUORLog::Instance().logDebug(QStringLiteral("QUORFile::QUORFile(): Cannot read file: ") + path);
         return NotReadable;
     }
+    _stamp = QUORFileStamp(info);
     // What a short read did not supply cannot be counted on, although the file may have grown since.
     return classify(bytesRead, bytesRead < getHeaderSize() ? bytesRead : qint64(info.st_size));
 }

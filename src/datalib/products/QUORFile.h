@@ -3,6 +3,7 @@
 
 #include "QUORCoordinate.h"
 #include "QUORDataType.h"
+#include "QUORFileStamp.h"
 #include "QUORPoint3D.h"
 #include "QUORProductHeader.h"
 
@@ -120,6 +121,10 @@ public:
 
     /// The bytes that were read, to find out whether the file on disk is still the same product.
     const PHD& getHeader() const { return _header; }
+    /// Of the file when it was read; unknown when it could not be.
+    const QUORFileStamp& getStamp() const { return _stamp; }
+    /// Whether `other`, of the same path, is this product from the same writing.
+    bool isSameIssue(const QUORFile& other) const;
 
 private:
     Status readHeader(const QString& path);
@@ -128,6 +133,7 @@ private:
 
     QString _path;
     PHD _header{};
+    QUORFileStamp _stamp;
     Status _status;
     std::shared_ptr<const QUORGeoProjection> _projection;
 };
