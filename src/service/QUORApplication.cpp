@@ -209,7 +209,7 @@ void QUORApplication::optionValue(const QString& name, QString& value, const QSt
 
 QString QUORApplication::getLogFileName() const {
     if (optionPresent(OPTION_LOGFILE)) {
-        return getOptionValue(OPTION_LOGFILE);
+        return QUORSystem::expandHome(getOptionValue(OPTION_LOGFILE));
     }
     const QString home = QDir::homePath();
     return (QFileInfo(home).isDir() ? home + QLatin1Char('/') : QStringLiteral("/")) + getExeName() +

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "QUORLiveDataThread.h"
 
+#include "QUORConfig.h"
 #include "QUORDataStore.h"
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUOROffscreenVisualizer.h"
+#include "QUORSettingsReader.h"
 #include "QUORThreadStart.h"
 #include "QUORTerrainDir.h"
 #include "QUORVisualizationJobs.h"
@@ -36,8 +38,11 @@ QString keptUnlessConfigured(const QString& kind, const QString& configured, con
 
 void logWhenNothingIsConfigured(const QUORGeneralSettings& settings) {
     if (settings.get3DDir().isEmpty()) {
-        QUORLog::Instance().logError(QStringLiteral("No 3D product directory is configured: nothing is "
-                                                    "rendered until the settings name one"));
+        QUORLog::Instance().logError(
+            QStringLiteral("No 3D product directory is configured: nothing is rendered until ") +
+            QUORConfig::GENERAL_DATA3D_URL + QStringLiteral("= in [") + QUORConfig::GENERAL_GROUP +
+            QStringLiteral("] names one in ") +
+            QUORSettingsReader::findUserFile(QCoreApplication::applicationName()));
     }
 }
 

@@ -48,7 +48,8 @@ void fillHome() {
 void resolvePaths() {
     for (const char* variable : {"PIDFILE", QUORBackgroundSettings::FILE_VARIABLE, SHADER_CACHE_VARIABLE}) {
         if (!qEnvironmentVariableIsEmpty(variable)) {
-            const QString path = QDir::current().absoluteFilePath(QFile::decodeName(qgetenv(variable)));
+            const QString path = 
+                QDir::current().absoluteFilePath(QUORSystem::toPath(QFile::decodeName(qgetenv(variable))));
             qputenv(variable, QFile::encodeName(path));
         }
     }

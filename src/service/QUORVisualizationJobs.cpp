@@ -5,10 +5,8 @@
 #include "QUORDataStore.h"
 #include "QUORFilePublisher.h"
 #include "QUORLog.h"
-#include "QUORLogOnce.h"
 #include "QUOROffscreenVisualizer.h"
 #include "QUORStopwatch.h"
-#include "QUORSystem.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -45,17 +43,6 @@ QString toFileName(QString name) {
 
 QString fileNameOf(const QString& path) {
     return QFileInfo(path).fileName();
-}
-
-// Many sites have no 2D products and wonder where their images are.
-void explainMissing2D(const QUORFileLeaf& leaf, const QString& product2d) {
-    const QString images = leaf.getSite() + QLatin1Char(' ') + leaf.getConfiguration();
-    QUORLogOnce::logError(
-        QStringLiteral("2D product of ") + images,
-        QStringLiteral("No image of ") + images + QStringLiteral(" before its 2D product ") + product2d +
-            QStringLiteral(" arrives: the 2D layer is shown. To do without, set the 2D product of ") +
-            leaf.getConfiguration() +
-            QStringLiteral(" to (none) or use a display state without the 2D layer"));
 }
 
 } // namespace
@@ -105,7 +92,7 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
         logGone(path);
         return false;
     }
-    if (!isWanted(frame, *leaf, product2d, required2D)) {
+    if (!isWanted(frame, leaf, product2d, required2D)) {
         return false;
     }
     cleanOutputDirectory(*settings);
@@ -115,7 +102,7 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
 
 // A service that was killed leaves the image that it was writing.
 void QUORVisualizationJobs::cleanOutputDirectory(const QUORBackgroundSettings& settings) {
-    const QString directory = QUORSystem::expandHome(settings.getDirectory());
+    const QString directory = settings.getDirectory();
     if (directory != _cleanedDirectory || _sinceCleaning.hasExpired(CLEANING_INTERVAL_MS)) {
         QUORFilePublisher::removeLeftovers(directory);
         _cleanedDirectory = directory;
@@ -140,13 +127,15 @@ std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLe
     return frame;
 }
 
-bool QUORVisualizationJobs::isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf& leaf,
-                                     const QString& product2d, bool required2D) const {
+bool QUORVisualizationJobs::isWanted(const std::shared_ptr<QUORDataFrame>& frame,
+                                     const QUORFileLeaf::CPtr& leaf, const QString& product2d,
+                                     bool required2D) {
     if (_visualizer->canVisualize(frame, required2D) || QUORBackgroundSettings::isNoProduct(product2d)) {
+        _missing2D.forget(*leaf);
         return true;
     }
     if (!required2D) {
-        explainMissing2D(leaf, product2d);
+        _missing2D.report(leaf, product2d, _generalSettings->getTimeWindow(), _dataStore->get2DTop().get());
     }
     return false;
 }
@@ -155,18 +144,20 @@ QString QUORVisualizationJobs::getOutputFile(const QUORFileLeaf& leaf,
                                              const QUORBackgroundSettings& settings) {
     const QString name =
         leaf.getSite() + QLatin1Char('_') + leaf.getConfiguration() + QLatin1Char('_') + leaf.getTime();
-    const QDir directory(QUORSystem::expandHome(settings.getDirectory()));
-    return directory.absoluteFilePath(toFileName(name) + settings.getOutputFileExtension());
+    // A name that begins with ":" is no path of its own.
+    return QDir(settings.getDirectory()).absolutePath() + QLatin1Char('/') + toFileName(name) +
+           settings.getOutputFileExtension();
 }
 
 void QUORVisualizationJobs::visualize2D(const QString& path) {
-    const QUORDirTop::Ptr top2d = _dataStore->get2DTop();
+    const QUOR2DTop::Ptr top2d = _dataStore->get2DTop();
     const QUORFileLeaf::CPtr leaf2d = top2d ? top2d->findLeaf(fileNameOf(path)) : nullptr;
     if (!leaf2d) {
         logGone(path);
         return;
     }
     const int timeWindow = _generalSettings->getTimeWindow();
+    bool isUsed = false;
     for (const QString& configuration : QUORBackgroundSettings::getAllConfigurations()) {
         const auto top3d = _dataStore->get3DTop();
         if (_stopRequested || !top3d ||
@@ -177,7 +168,11 @@ void QUORVisualizationJobs::visualize2D(const QString& path) {
         if (leaf3d && leaf3d->getFile()) {
             QUORLog::Instance().logNotice(QStringLiteral("Found ") + configuration +
                                           QStringLiteral(" file matching 2d product ") + path);
+            isUsed = true;
             visualize(leaf3d->getPath(), true);
         }
+    }
+    if (!isUsed) {
+        _missing2D.reportAgain(*leaf2d, timeWindow, top2d.get());
     }
 }

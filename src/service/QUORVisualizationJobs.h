@@ -4,6 +4,7 @@
 #include "QUORBackgroundSettings.h"
 #include "QUORFileLeaf.h"
 #include "QUORGeneralSettings.h"
+#include "QUORMissing2D.h"
 
 #include <QElapsedTimer>
 #include <QString>
@@ -38,8 +39,8 @@ private:
     bool render(const QString& path, bool required2D);
     void cleanOutputDirectory(const QUORBackgroundSettings& settings);
     std::shared_ptr<QUORDataFrame> makeFrame(const QUORFileLeaf& leaf, const QString& product2d) const;
-    bool isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf& leaf,
-                  const QString& product2d, bool required2D) const;
+    bool isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf::CPtr& leaf,
+                  const QString& product2d, bool required2D);
 
     std::shared_ptr<QUORDataStore> _dataStore;
     QString _cleanedDirectory;
@@ -47,5 +48,6 @@ private:
     QUORGeneralSettings::CPtr _generalSettings;
     QUORBackgroundSettings::CPtr _backgroundSettings;
     std::shared_ptr<QUOROffscreenVisualizer> _visualizer;
+    QUORMissing2D _missing2D;
     const std::atomic<bool>& _stopRequested;
 };

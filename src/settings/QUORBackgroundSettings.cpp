@@ -2,15 +2,20 @@
 #include "QUORBackgroundSettings.h"
 
 #include "QUORConfig.h"
+#include "QUORGuardedSettings.h"
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
+#include "QUORSettingsFile.h"
 #include "QUORSettingsReader.h"
 #include "QUORSettingsTable.h"
 #include "QUORSettingsWriter.h"
 #include "QUORSystem.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QRegularExpression>
 #include <QSettings>
 
@@ -50,7 +55,7 @@ QString fileNameOfUser(const QString& user) {
 }
 
 QString fileNameFromEnvironment() {
-    return QFile::decodeName(qgetenv(QUORBackgroundSettings::FILE_VARIABLE));
+    return QUORSystem::toPath(QFile::decodeName(qgetenv(QUORBackgroundSettings::FILE_VARIABLE)));
 }
 
 // A record is made for every job, so its warning about the user comes once.
@@ -67,6 +72,17 @@ QString findSettingsFile() {
     }
     QUORLogOnce::forget(subject);
     return fileNameOfUser(user);
+}
+
+/// Every record reads the same file, on several threads.
+struct Shared {
+    QMutex mutex;
+    QUORGuardedSettings file{QUORBackgroundSettings::GROUP, QUORGuardedSettings::Group::Required};
+};
+
+Shared& sharedFile() {
+    static Shared instance;
+    return instance;
 }
 
 QString toShownName(const QString& name) {
@@ -101,13 +117,35 @@ void QUORBackgroundSettings::reset() {
 }
 
 void QUORBackgroundSettings::load() {
-    _isRead = QUORSettingsReader::isReadable(_fileName);
-    if (!_isRead) {
-        return;
+    Shared& shared = sharedFile();
+    const QMutexLocker lock(&shared.mutex);
+    const auto open = [this]() -> std::unique_ptr<QSettings> {
+        QString error;
+        return QUORSettingsFile::read(_fileName, error)
+                   ? std::make_unique<QSettings>(_fileName, QSettings::NativeFormat)
+                   : nullptr;
+    };
+    QSettings* settings = shared.file.open(_fileName, open, [this] { return describeDefaults(); });
+    _isRead = !shared.file.isDamaged();
+    if (settings != nullptr) {
+        QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
+                                     QStringLiteral(", status: ") +
+                                     QString::number(int(settings->status())));
+        read(*settings);
     }
-    QSettings settings(_fileName, QSettings::NativeFormat);
-    QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
-                                 QStringLiteral(", status: ") + QString::number(int(settings.status())));
+    shared.file.release();
+}
+
+QString QUORBackgroundSettings::describeDefaults() const {
+    using QUORSettingsTable::row;
+    return QStringLiteral("where it says nothing else, images go to ") + QDir::current().absolutePath() +
+           QStringLiteral(" as ") + row("BACKGROUND", "outputformat").defaultText() +
+           QStringLiteral(" of ") + QString::number(row("BACKGROUND", "width").whole()) +
+           QStringLiteral(" x ") + QString::number(row("BACKGROUND", "height").whole()) +
+           QStringLiteral(" pixels, each with its 2D product ") + PRODUCT_2D.defaultText();
+}
+
+void QUORBackgroundSettings::read(QSettings& settings) {
     using namespace QUORSettingsTable;
     QUORSettingsReader reader(settings);
     reader.beginGroup(GROUP);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "QUORExportSettings.h"
+#include "QUORSystem.h"
 
 #include <QMap>
 #include <QString>
@@ -34,9 +35,10 @@ public:
     /// Finds the file and loads it.
     QUORBackgroundSettings();
 
-    /// Keeps what it holds when the file cannot be read.
+    /// Of a damaged file (see QUORGuardedSettings) what was read last of it whole; of one that has never been
+    /// whole what can be read, and the defaults.
     void load();
-    /// Whether the last load could read the file; one that is missing holds the defaults.
+    /// Whether the last load met a whole file.
     bool isRead() const { return _isRead; }
     void save() const;
     void reset();
@@ -59,8 +61,8 @@ public:
 
     bool isActivated() const { return _activated; }
     void setActivated(bool on) { _activated = on; }
-    /// Of the images.
-    QString getDirectory() const { return _directory; }
+    /// Of the images; "~" is expanded.
+    QString getDirectory() const { return QUORSystem::toPath(_directory); }
     void setDirectory(const QString& directory) { _directory = directory; }
     QUORExportSettings::OutputFormat getOutputFormat() const { return _outputFormat; }
     void setOutputFormat(int format) { _outputFormat = QUORExportSettings::OutputFormat(format); }
@@ -81,6 +83,8 @@ public:
     QString getSettingsFileName() const { return _fileName; }
 
 private:
+    void read(class QSettings& settings);
+    QString describeDefaults() const;
     void readFormat(const class QUORSettingsReader& reader);
 
     bool _isRead = false;

@@ -87,12 +87,13 @@ QSettings* QUORConfig::get() {
     // Before the lock, which nobody shall hold for seconds.
     QUORSettingsFile::awaitSave(QUORSettingsReader::findUserFile(QCoreApplication::applicationName()));
     _mutex.lock();
-    _settings = QUORSettingsReader::open(QCoreApplication::applicationName());
-    return _settings.get();
+    const QString name = QCoreApplication::applicationName();
+    return _settings.open(QUORSettingsReader::findUserFile(name),
+                          [&name] { return QUORSettingsReader::open(name); });
 }
 
 void QUORConfig::release() {
-    _settings.reset();
+    _settings.release();
     _mutex.unlock();
 }
 

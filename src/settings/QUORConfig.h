@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORGuardedSettings.h"
+
 #include <QMutex>
 #include <QObject>
 #include <QSettings>
 #include <QString>
 
-#include <memory>
 
 /// Hands out the main settings file to one thread at a time, names its groups and keys, and can redirect
 /// the user's settings to another user's directory. The instance is made on the main thread at start-up.
@@ -61,7 +62,8 @@ public:
     static QUORConfig* instance();
     static void destroy();
 
-    /// Locks and returns a fresh object for the main settings file; blocks while another thread holds it.
+    /// Locks and returns a fresh object for the main settings file, or what was read last of it while it is
+    /// damaged, and nothing can be saved; blocks while another thread holds it.
     /// Not recursive. Every `get` is followed by one `release`, see Access.
     QSettings* get();
     /// Deletes the object, which writes its pending changes, and unlocks.
@@ -99,7 +101,7 @@ private:
 
     static QUORConfig* _instance;
 
-    std::unique_ptr<QSettings> _settings;
+    QUORGuardedSettings _settings{GENERAL_GROUP, QUORGuardedSettings::Group::Optional};
     QMutex _mutex;
     QString _rememberedPath;
 };

@@ -84,8 +84,9 @@ QUORDisplayLayer::Ptr QUORDisplayState::getLayer(int key) const {
 }
 
 bool QUORDisplayState::has2DEnabled() const {
+    const QUORDisplayLayer::Ptr group = getGroup(RADAR_GROUP);
     const QUORDisplayLayer::Ptr layer = getLayer(PRODUCT_2D_LAYER);
-    return layer && layer->isVisible();
+    return group && group->isVisible() && layer && layer->isVisible();
 }
 
 void QUORDisplayState::copyState(const QUORDisplayState& other) {

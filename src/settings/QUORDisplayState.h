@@ -36,6 +36,7 @@ public:
     QUORDisplayGroup::Ptr getGroup(int key) const;
     /// The group or layer with that key, or null.
     QUORDisplayLayer::Ptr getLayer(int key) const;
+    /// Whether the 2D product is shown: its layer and the group that holds it.
     bool has2DEnabled() const;
 
     /// Takes over visibility and opacity, not the name; parameters and elements stay with this state.

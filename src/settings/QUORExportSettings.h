@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORSystem.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -48,7 +50,7 @@ public:
     void setHeight(int height) { _height = height; }
     int getWidth() const { return _width; }
     void setWidth(int width) { _width = width; }
-    QString getPath() const { return _path; }
+    QString getPath() const { return QUORSystem::toPath(_path); }
     /// Keeps the absolute directory of a file's path.
     void setPath(const QString& path);
     OutputFormat getOutputFormat() const { return _outputFormat; }

@@ -3,6 +3,7 @@
 
 #include "QUORCoordinate.h"
 #include "QUORDisplayState.h"
+#include "QUORSystem.h"
 #include "QUORViewAngle.h"
 
 #include <QDateTime>
@@ -63,11 +64,12 @@ public:
     void setLatLonFormat(LatLonFormat format) { _values.latLonFormat = format; }
     /// Of a stored text; any text but the three known ones means decimal degrees.
     static LatLonFormat getLatLonFormatFromString(const QString& text);
-    QString getGeoDir() const { return _geoDir; }
+    /// Directories are kept as they were written; "~" in what is returned is expanded.
+    QString getGeoDir() const { return QUORSystem::toPath(_geoDir); }
     void setGeoDir(const QString& path) { _geoDir = path; }
-    QString get3DDir() const { return _dir3d; }
+    QString get3DDir() const { return QUORSystem::toPath(_dir3d); }
     void set3DDir(const QString& path) { _dir3d = path; }
-    QString get2DDir() const { return _dir2d; }
+    QString get2DDir() const { return QUORSystem::toPath(_dir2d); }
     void set2DDir(const QString& path) { _dir2d = path; }
     /// Factor by which heights are stretched; positive.
     double getVerticalScale() const { return _values.verticalScale; }

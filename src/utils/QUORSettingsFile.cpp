@@ -11,12 +11,15 @@
 #include <QList>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QSettings>
 #include <QThread>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -90,6 +93,11 @@ bool isGood(const Line& line) {
     }
     return text.isEmpty() || text.startsWith(';') || line.isHashComment() ||
            (!text.startsWith('#') && text.contains('='));
+}
+
+bool isKey(const Line& line) {
+    const QByteArray text = line.text.trimmed();
+    return !text.startsWith(';') && !text.startsWith('[') && !line.isHashComment() && text.contains('=');
 }
 
 int openToRead(const QString& fileName) {
@@ -168,6 +176,55 @@ std::optional<QByteArray> QUORSettingsFile::read(const QString& fileName, QStrin
             QStringLiteral("the value in line ") + QString::number(line) + QStringLiteral(" is too large");
     }
     return error.isEmpty() ? std::optional(content) : std::nullopt;
+}
+
+QUORSettingsFile::Stamp QUORSettingsFile::stampOf(const QString& fileName) {
+    struct stat info {};
+    if (::stat(QFile::encodeName(fileName).constData(), &info) != 0) {
+        return {};
+    }
+    const auto nanoseconds = [](const timespec& t) { return qint64(t.tv_sec) * 1000000000 + t.tv_nsec; };
+    return {info.st_dev, info.st_ino, info.st_size, nanoseconds(info.st_mtim), nanoseconds(info.st_ctim)};
+}
+
+void QUORSettingsFile::forgetParsed() {
+    // There is room for 100, of which a small file takes 10: so many others push out what is kept.
+    constexpr QByteArrayView CONTENT("a=1\n");
+    static QMutex mutex;
+    const QMutexLocker lock(&mutex);
+    std::array<int, 11> files{};
+    for (int& fd : files) {
+        fd = ::memfd_create("settings", MFD_CLOEXEC);
+        if (fd >= 0 && ::write(fd, CONTENT.data(), std::size_t(CONTENT.size())) == CONTENT.size()) {
+            const QSettings other(QStringLiteral("/proc/self/fd/") + QString::number(fd),
+                                  QSettings::NativeFormat);
+        }
+    }
+    for (const int fd : files) {
+        ::close(fd);
+    }
+}
+
+bool QUORSettingsFile::hasKeys(const QByteArray& content) {
+    return std::ranges::any_of(splitLines(content), &isKey);
+}
+
+bool QUORSettingsFile::hasGroup(const QByteArray& content, const QString& group) {
+    const bool isGeneral = group.compare(QLatin1String("general"), Qt::CaseInsensitive) == 0;
+    const QByteArray name = group.toUtf8();
+    bool isInside = isGeneral;
+    for (const Line& line : splitLines(content)) {
+        const QByteArray text = line.text.trimmed();
+        if (text.startsWith('[')) {
+            const QByteArray section = text.mid(1, text.indexOf(']') - 1).trimmed();
+            isInside = isGeneral ? section.compare("general", Qt::CaseInsensitive) == 0 ||
+                                       section.compare("%general", Qt::CaseInsensitive) == 0
+                                 : section == name;
+        } else if (isInside && isKey(line)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool QUORSettingsFile::isBeingWritten(const QString& fileName) {

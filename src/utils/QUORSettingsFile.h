@@ -16,6 +16,29 @@ namespace QUORSettingsFile {
 /// searched makes a file look as if it were missing.
 std::optional<QByteArray> read(const QString& fileName, QString& error);
 
+/// What tells one state of a file from another, all zero for no file. Size and time alone do not: a file can
+/// be replaced by one of equal size and time.
+struct Stamp {
+    quint64 device = 0;
+    quint64 inode = 0;
+    qint64 size = 0;
+    qint64 modified = 0; ///< nanoseconds
+    qint64 changed = 0;
+
+    bool operator==(const Stamp&) const = default;
+};
+Stamp stampOf(const QString& fileName);
+
+/// The settings layer keeps what it parsed of files that were closed, and takes a file of equal size and time
+/// for the same. After this it reads every file anew that nobody has open.
+void forgetParsed();
+
+/// Whether any key with its value stands in the content.
+bool hasKeys(const QByteArray& content);
+/// Whether a key stands in the section of that group; the general group also goes by the names that the
+/// settings layer gives it.
+bool hasGroup(const QByteArray& content, const QString& group);
+
 /// Whether another process has the file open for writing. Known only of files that belong to this user, or
 /// to anybody where the process has the right to take leases.
 bool isBeingWritten(const QString& fileName);

@@ -6,10 +6,14 @@
 #include "QUORSystem.h"
 
 #include <QFileInfo>
+#include <QHash>
+#include <QMutex>
+#include <QMutexLocker>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -61,6 +65,17 @@ void reportFormat(const QString& fileName, const QByteArray& content) {
                                 QStringLiteral(" is no comment, [section] or key=value of one line"));
 }
 
+/// The settings layer compares size and time only.
+void noticeReplacements(const QString& applicationName) {
+    static QMutex mutex;
+    static QHash<QString, QString> stamps;
+    const QMutexLocker lock(&mutex);
+    const QString stamp = QUORSettingsReader::makeStamp(applicationName);
+    if (std::exchange(stamps[applicationName], stamp) != stamp) {
+        QUORSettingsFile::forgetParsed();
+    }
+}
+
 } // namespace
 
 // The settings layer parses a section when it is asked for a key of it, and then misses keys such as
@@ -83,7 +98,37 @@ QString QUORSettingsReader::findUserFile(const QString& applicationName) {
            QStringLiteral(".conf");
 }
 
+QStringList QUORSettingsReader::findFiles(const QString& applicationName) {
+    const QString userFile = findUserFile(applicationName);
+    QStringList folders{QFileInfo(userFile).absolutePath()};
+    const QStringList systemFolders = QUORSystem::getSystemSettingsFolders();
+    for (const QString& folder : systemFolders) {
+        folders.append(folder + QLatin1Char('/') + QUORSystem::ORGANIZATION_NAME);
+    }
+    QStringList files;
+    for (const QString& folder : std::as_const(folders)) {
+        files.append(folder + QLatin1Char('/') + applicationName + QStringLiteral(".conf"));
+        files.append(folder + QStringLiteral(".conf"));
+    }
+    return files;
+}
+
+QString QUORSettingsReader::makeStamp(const QString& applicationName) {
+    QString text;
+    const QStringList files = findFiles(applicationName);
+    for (const QString& file : files) {
+        const QUORSettingsFile::Stamp stamp = QUORSettingsFile::stampOf(file);
+        for (const qint64 number : {qint64(stamp.device), qint64(stamp.inode), stamp.size, stamp.modified,
+                                    stamp.changed}) {
+            text += QString::number(number) + QLatin1Char(' ');
+        }
+        text += file + QLatin1Char('\n');
+    }
+    return text;
+}
+
 std::unique_ptr<QSettings> QUORSettingsReader::open(const QString& applicationName) {
+    noticeReplacements(applicationName);
     const bool readable = isReadable(findUserFile(applicationName));
     return std::make_unique<QSettings>(QSettings::NativeFormat,
                                        readable ? QSettings::UserScope : QSettings::SystemScope,

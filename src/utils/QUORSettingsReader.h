@@ -66,6 +66,10 @@ public:
 
     /// The user-scope file of that application name.
     static QString findUserFile(const QString& applicationName);
+    /// Every file that the settings layer reads for that application name, the first that has a key wins.
+    static QStringList findFiles(const QString& applicationName);
+    /// Changes whenever one of these files does.
+    static QString makeStamp(const QString& applicationName);
     /// An object over the user-scope file of that application name, packaged defaults behind it. The packaged
     /// defaults alone, in system scope, when the user's file is not readable.
     static std::unique_ptr<QSettings> open(const QString& applicationName);

@@ -2,6 +2,7 @@
 #include "QUORSettingsWriter.h"
 
 #include "QUORFilePublisher.h"
+#include "QUORGuardedSettings.h"
 #include "QUORLogOnce.h"
 #include "QUORSettingsFile.h"
 #include "QUORSettingsReader.h"
@@ -148,6 +149,9 @@ bool QUORSettingsWriter::commitMissing() {
 bool QUORSettingsWriter::commit() {
     if (_settings.scope() == QSettings::SystemScope) {
         return false; // stands in for a user's file that cannot be read, which was reported
+    }
+    if (QUORGuardedSettings::isStandIn(_settings)) {
+        return false; // of a damaged file, which is its owner's to mend
     }
     const QFileInfo file(_settings.fileName());
     const QString fileName = file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();

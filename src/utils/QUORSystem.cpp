@@ -88,6 +88,17 @@ QString expandHome(const QString& path) {
     return path;
 }
 
+QString toPath(const QString& text) {
+    const QString path = expandHome(text);
+    return path.startsWith(QLatin1Char(':')) ? QDir::currentPath() + QLatin1Char('/') + path : path;
+}
+
+QStringList getSystemSettingsFolders() {
+    const QString named = QFile::decodeName(qgetenv("XDG_CONFIG_DIRS"));
+    return named.isEmpty() ? QStringList{QStringLiteral(QUOR_SYSTEM_SETTINGS_DIR)}
+                           : named.split(QLatin1Char(':'), Qt::SkipEmptyParts);
+}
+
 void useConfiguredSystemScope() {
     if (qEnvironmentVariableIsEmpty("XDG_CONFIG_DIRS")) {
         QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <cerrno>
 
@@ -25,6 +26,11 @@ QString getSystemConfigurationDirectory();
 QString errorText(int error = errno);
 /// A path whose leading "~" stands for the home directory of the process, expanded.
 QString expandHome(const QString& path);
+/// The path that a setting or the environment means: "~" expanded, and a name that begins with ":" is that of
+/// a file in the working directory, where the toolkit would see one of its built-in resources.
+QString toPath(const QString& text);
+/// The folders that the settings layer looks for packaged settings in, first come first served.
+QStringList getSystemSettingsFolders();
 /// Packaged settings are looked for in the configuration folder of this installation, unless XDG_CONFIG_DIRS
 /// is set. Called once, before any settings are read.
 void useConfiguredSystemScope();

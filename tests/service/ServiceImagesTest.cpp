@@ -166,16 +166,32 @@ TEST_F(ServiceImagesTest, AnImageThatCannotBeWrittenIsAnErrorAndNothingElse) {
     EXPECT_EQ(images(), QStringList{SECOND_IMAGE});
 }
 
-TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceAtTheDefaultLevel) {
+TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceForEachCauseAtTheDefaultLevel) {
     start({}, 0);
+    const QString beginning = QStringLiteral(" E: No image of TEST Z before its 2D product SRI arrives: ");
     _folders.drop(ServiceFolders::storm(0));
-    ASSERT_TRUE(
-        _service.waitForLog(QStringLiteral("E: No image of TEST Z before its 2D product SRI arrives")));
+    ASSERT_TRUE(_service.waitForLog(beginning + QStringLiteral("there is none at all in ")));
     _folders.drop(ServiceFolders::storm(5));
+    TestProduct elsewhere = ServiceFolders::rain(5);
+    elsewhere.site = "OTHER";
+    elsewhere.prefix = QStringLiteral("OTH");
+    _folders.drop(elsewhere, QStringLiteral("2d"));
+    EXPECT_TRUE(_service.waitForLog(beginning + QStringLiteral("there is only that of OTHER")));
+    _folders.drop(ServiceFolders::rain(10), QStringLiteral("2d"));
+    EXPECT_TRUE(_service.waitForLog(beginning + QStringLiteral("the closest of this site is 300 seconds away, and "
+                                                               "timewindow=180 accepts half of that")));
     _folders.drop(ServiceFolders::rain(5), QStringLiteral("2d"));
     ASSERT_TRUE(waitForImage(SECOND_IMAGE));
+    EXPECT_EQ(count(QStringLiteral(" E: ")), 3) << qPrintable(_service.log());
+    for (const char* product : {"sri", "none"}) {
+        configure(QByteArray("products\\size=4\nproducts\\4\\product=") + product + "\n");
+        TestProduct later = ServiceFolders::storm(product[0]);
+        _folders.drop(later);
+        EXPECT_TRUE(_service.waitForLog(QStringLiteral("its 2D product %1 arrives: \"%1\" is no 2D product, valid "
+                                                       "are PPI, SRI, VIL, MAX, (none)")
+                                            .arg(QLatin1String(product))));
+    }
     EXPECT_EQ(_service.terminate(), 0);
-    EXPECT_EQ(count(QStringLiteral(" E: ")), 1) << qPrintable(_service.log());
     EXPECT_EQ(images(), QStringList{SECOND_IMAGE});
 }
 

@@ -15,6 +15,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -48,7 +49,68 @@ TEST_F(QUORBackgroundSettingsTest, HasDefaults) {
     EXPECT_EQ(settings.get2DProduct(QStringLiteral("X")), QString());
     EXPECT_TRUE(log.contains(QStringLiteral("D: Loading background settings from ") + path() +
                              QStringLiteral(", status: 0")));
-    EXPECT_FALSE(log.contains(QStringLiteral("E: ")) || log.contains(QStringLiteral("W: ")));
+    EXPECT_EQ(log.lines().filter(QStringLiteral("E: ")) + log.lines().filter(QStringLiteral("W: ")),
+              QStringList{QStringLiteral("E: Settings file ") + path() +
+                          QStringLiteral(" is missing; where it says nothing else, images go to ") +
+                          QDir::currentPath() +
+                          QStringLiteral(" as TIFF of 1600 x 1200 pixels, each with its 2D product SRI")});
+}
+
+TEST_F(QUORBackgroundSettingsTest, WhatWasReadLastStaysWhileTheFileIsDamaged) {
+    const QByteArray whole = "[BACKGROUND]\ndirectory=/images\nwidth=640\nviewangle=From the south\n";
+    const struct {
+        const char* name;
+        QByteArray content;
+        const char* damage;
+    } rows[] = {{"garbage", "\x01\x02]]\n", "has a line that is no comment"},
+                {"cut inside a name", whole.left(46), "has a line that is no comment"},
+                {"cut inside a value", whole.left(61), "ends inside a line"},
+                {"cut inside another value", whole.left(28), "ends inside a line"},
+                {"another section", "[OTHER]\nwidth=3\n", "has no section [BACKGROUND]"},
+                {"a section without keys", "[BACKGROUND]\n", "is empty"},
+                {"comments", "# nothing\n; here\n", "is empty"}};
+    writeFile(path(), whole);
+    QUORBackgroundSettings settings;
+    const auto expectKept = [&](const char* name, const char* damage) {
+        const LogCapture log;
+        settings.load();
+        const QUORBackgroundSettings fresh;
+        for (const auto* record : std::initializer_list<const QUORBackgroundSettings*>{&settings, &fresh}) {
+            EXPECT_EQ(record->getWidth(), 640) << name;
+            EXPECT_EQ(record->getDirectory(), QStringLiteral("/images")) << name;
+            EXPECT_EQ(record->getViewAngleName(), QStringLiteral("From the south")) << name;
+            EXPECT_FALSE(record->isRead()) << name;
+        }
+        EXPECT_EQ(log.count(QStringLiteral("E: Settings file ") + path() + QLatin1Char(' ') + damage), 1)
+            << name;
+        EXPECT_EQ(log.count(QStringLiteral("E: ")), 1) << name;
+    };
+    for (const auto& row : rows) {
+        writeFile(path(), row.content);
+        expectKept(row.name, row.damage);
+        writeFile(path(), whole);
+        settings.load();
+        EXPECT_TRUE(settings.isRead());
+    }
+    ASSERT_TRUE(QFile::remove(path()));
+    expectKept("missing", "is missing");
+
+    writeFile(path(), "[BACKGROUND]\ndirectory=/images\n");
+    settings.load();
+    EXPECT_EQ(settings.getWidth(), 1600) << "a key that a whole file leaves out takes its default";
+}
+
+TEST_F(QUORBackgroundSettingsTest, AFileReplacedByOneOfEqualSizeAndTimeIsNoticed) {
+    const QString other = _dir.filePath(QStringLiteral("other"));
+    timespec times[2]{{1700000000, 0}, {1700000000, 0}};
+    put(QStringLiteral("width=640\n"));
+    writeFile(other, "[BACKGROUND]\nwidth=800\n");
+    for (const QString& file : {path(), other}) {
+        ASSERT_EQ(::utimensat(AT_FDCWD, qPrintable(file), times, 0), 0);
+    }
+    EXPECT_EQ(QUORBackgroundSettings().getWidth(), 640);
+    ASSERT_EQ(::rename(qPrintable(other), qPrintable(path())), 0);
+    EXPECT_EQ(QUORBackgroundSettings().getWidth(), 800);
 }
 
 TEST_F(QUORBackgroundSettingsTest, ReadsHandWrittenFiles) {
@@ -115,14 +177,16 @@ TEST_F(QUORBackgroundSettingsTest, SaysOnceThatItsFileCannotBeRead) {
     settings.load();
     EXPECT_EQ(log.count(line), 1);
     ASSERT_TRUE(QFile::remove(path()));
-    put(QStringLiteral("width=640\n"));
+    put(QStringLiteral("width=640\ndirectory=~/images\n"));
     settings.load();
     EXPECT_EQ(settings.getWidth(), 640);
+    EXPECT_EQ(settings.getDirectory(), _home.path() + QStringLiteral("/images"));
     ASSERT_TRUE(QFile::remove(path()));
     ASSERT_TRUE(QFile::link(path(), path()));
     settings.load();
     EXPECT_EQ(log.count(line), 2);
     EXPECT_EQ(settings.getWidth(), 640);
+    EXPECT_EQ(QUORBackgroundSettings().getWidth(), 640);
     EXPECT_FALSE(settings.isRead());
     ASSERT_TRUE(QFile::remove(path()));
     ASSERT_EQ(::mkfifo(qPrintable(path()), 0600), 0);

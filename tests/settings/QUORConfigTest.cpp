@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "QUORConfig.h"
 
+#include "LogCapture.h"
 #include "ScratchHome.h"
+#include "TestFiles.h"
 
+#include "QUORDataType.h"
+#include "QUORGeneralSettings.h"
+#include "QUORProductSettings.h"
+#include "QUORSettingsReader.h"
 #include "QUORSystem.h"
 
 #include <gtest/gtest.h>
@@ -36,6 +42,42 @@ TEST(QUORConfigTest, GivesTheFileToOneThreadAtATime) {
     other.join();
     EXPECT_FALSE(overlapped);
     EXPECT_EQ(QSettings().value(QStringLiteral("TEST/count")).toInt(), 100);
+}
+
+TEST(QUORConfigTest, WhatWasReadLastStaysWhileTheFileIsDamaged) {
+    const ScratchHome home;
+    QUORConfig::destroy();
+    const QString name = QStringLiteral("QUOR3D.conf");
+    const QString whole = QStringLiteral("[GENERAL]\ndata3d=~/3d\n[PRODUCT CAPPI Z]\nrendering=volume\n"
+                                         "[VIEWANGLE]\nVIEWANGLES\\size=2\nVIEWANGLES\\2\\viewAngleName=South\n");
+    ScratchHome::writePackaged(name, QStringLiteral("[GENERAL]\ndata3d=/packaged\ntimewindow=60\n"));
+    EXPECT_EQ(QUORGeneralSettings().get3DDir(), QStringLiteral("/packaged"));
+    const char* const damages[] = {nullptr, "", "[GEN", "[PRODUCT CAPPI Z]\nrendering=volume\n"};
+    for (const char* damage : damages) {
+        ScratchHome::writeSettings(name, whole);
+        EXPECT_EQ(QUORGeneralSettings().get3DDir(), home.path() + QStringLiteral("/3d"));
+        if (damage == nullptr) {
+            ScratchHome::removeSettings(name);
+        } else {
+            ScratchHome::writeSettings(name, QString::fromLatin1(damage));
+        }
+        const LogCapture log;
+        QUORGeneralSettings settings;
+        EXPECT_EQ(settings.get3DDir(), home.path() + QStringLiteral("/3d"));
+        EXPECT_EQ(settings.getTimeWindow(), 60);
+        settings.loadViewAngles(std::make_shared<QUORViewAngle>());
+        EXPECT_EQ(settings.getViewAngleNames().value(1), QStringLiteral("South"));
+        const QUORProductSettings stored(QStringLiteral("CAPPI"), QStringLiteral("Z"), QUORDataType(2),
+                                         QUORProductSettings::Saved);
+        EXPECT_EQ(stored.renderingTypeToString(), QStringLiteral("volume"));
+        const QUORProductSettings unknown(QStringLiteral("CAPPI"), QStringLiteral("V"), QUORDataType(3),
+                                          QUORProductSettings::Saved);
+        EXPECT_EQ(readFile(QUORSettingsReader::findUserFile(QStringLiteral("QUOR3D"))), QByteArray(damage));
+        EXPECT_EQ(log.count(QStringLiteral("E: ")), 1) << log.lines().join('\n').toStdString();
+    }
+    ScratchHome::writeSettings(name, QStringLiteral("[GENERAL]\ntimewindow=30\n"));
+    EXPECT_EQ(QUORGeneralSettings().get3DDir(), QStringLiteral("/packaged"));
+    QUORConfig::destroy();
 }
 
 TEST(QUORConfigTest, ChangesUserAndComesBack) {

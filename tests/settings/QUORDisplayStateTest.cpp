@@ -41,6 +41,10 @@ TEST(QUORDisplayStateTest, CopiesWhatIsShownAndNothingElse) {
     const auto layer = a.getLayer(13);
     a.copyState(b);
     EXPECT_FALSE(a.has2DEnabled());
+    a.getLayer(13)->setVisible(true);
+    EXPECT_TRUE(a.has2DEnabled());
+    a.getGroup(10)->setVisible(false);
+    EXPECT_FALSE(a.has2DEnabled());
     EXPECT_EQ(a.getGroup(40)->getOpacity(), 20);
     EXPECT_FALSE(a.getGroup(40)->isOpen());
     EXPECT_EQ(a.getName(), QStringLiteral("Default"));

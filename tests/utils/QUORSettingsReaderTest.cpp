@@ -4,6 +4,7 @@
 #include "LogCapture.h"
 #include "QUORSettingsWriter.h"
 #include "ScratchHome.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -213,6 +214,24 @@ TEST(QUORSettingsReaderTest, FallsBackToThePackagedFileAlone) {
     writer.write(QStringLiteral("x"), 2);
     EXPECT_FALSE(writer.commit());
     EXPECT_TRUE(QFile::remove(file));
+}
+
+TEST(QUORSettingsReaderTest, TheStampFollowsEveryFileThatCounts) {
+    const QString xdg = QFile::decodeName(qgetenv("XDG_CONFIG_DIRS"));
+    qputenv("XDG_CONFIG_DIRS", QFile::encodeName(xdg + QStringLiteral("2:") + xdg));
+    QString before = QUORSettingsReader::makeStamp(QStringLiteral("Stamped"));
+    const QString folder = QFileInfo(QUORSettingsReader::findUserFile(QStringLiteral("Stamped"))).path();
+    for (const QString& root : {folder, xdg + QStringLiteral("/QUOR"), xdg + QStringLiteral("2/QUOR")}) {
+        for (const QString& file : {root + QStringLiteral("/Stamped.conf"), root + QStringLiteral(".conf")}) {
+            writeFile(file, "x=1\n");
+            const QString after = QUORSettingsReader::makeStamp(QStringLiteral("Stamped"));
+            EXPECT_NE(after, before) << file.toStdString();
+            before = after;
+            QFile::remove(file);
+            before = QUORSettingsReader::makeStamp(QStringLiteral("Stamped"));
+        }
+    }
+    qputenv("XDG_CONFIG_DIRS", QFile::encodeName(xdg));
 }
 
 TEST(QUORSettingsReaderTest, AFileOfBadValuesDoesNotFloodTheLog) {

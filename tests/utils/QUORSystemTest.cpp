@@ -29,7 +29,10 @@ TEST(QUORSystemTest, OnlyALeadingTildeAloneOrBeforeASlashIsTheHomeDirectory) {
     for (const QString& path :
          {QStringLiteral("/a/~/b"), QStringLiteral("~else/a"), QStringLiteral("a"), QString()}) {
         EXPECT_EQ(QUORSystem::expandHome(path), path);
+        EXPECT_EQ(QUORSystem::toPath(path), path);
     }
+    EXPECT_EQ(QUORSystem::toPath(QStringLiteral("~/a")), QDir::homePath() + "/a");
+    EXPECT_EQ(QUORSystem::toPath(QStringLiteral(":a/b")), QDir::currentPath() + "/:a/b");
 }
 
 #ifndef __SANITIZE_ADDRESS__

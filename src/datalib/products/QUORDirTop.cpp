@@ -74,7 +74,8 @@ QUORDirTop::QUORDirTop(const QString& path)
     : QUORDirectory(Top, QString(), nullptr), _path(path.isEmpty() ? path : QDir(path).absolutePath()) {}
 
 QString QUORDirTop::resolve(const QString& name) const {
-    return QDir(_path).absoluteFilePath(name);
+    // A name that begins with ":" would count as a path of its own.
+    return name.startsWith(QLatin1Char('/')) ? name : _path + QLatin1Char('/') + name;
 }
 
 bool QUORDirTop::isValid() const {

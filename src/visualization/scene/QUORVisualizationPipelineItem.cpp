@@ -10,11 +10,6 @@
 #include "QUORSettingsReader.h"
 #include "QUORStopwatch.h"
 #include "QUORStyleGroup.h"
-#include "QUORSystem.h"
-
-#include <QDateTime>
-#include <QFileInfo>
-#include <QSettings>
 
 #include <vtkAlgorithm.h>
 #include <vtkDataSet.h>
@@ -30,21 +25,6 @@ constexpr std::array ADOPTED_LAYERS{QUORDisplayState::OUTLINE_LAYER, QUORDisplay
                                     QUORDisplayState::LAT_LON_GRID_LAYER, QUORDisplayState::GEO_LABELS_LAYER,
                                     QUORDisplayState::RANGE_RINGS_LAYER};
 
-/// Changes whenever a styles file does: built geometry keeps the style that it was built with.
-QString readStyleStamp() {
-    QString stamp;
-    const QSettings packaged(QSettings::NativeFormat, QSettings::SystemScope, QUORSystem::ORGANIZATION_NAME,
-                             QUORStyleGroup::FILE_NAME);
-    for (const QString& name :
-         {QUORSettingsReader::findUserFile(QUORStyleGroup::FILE_NAME), packaged.fileName()}) {
-        const QFileInfo file(name);
-        stamp += file.absoluteFilePath() + QLatin1Char(' ') + QString::number(file.size()) +
-                 QLatin1Char(' ') + QString::number(file.lastModified().toMSecsSinceEpoch()) +
-                 QLatin1Char('\n');
-    }
-    return stamp;
-}
-
 QString keyed(const QString& kind, const QUORDisplayLayer& layer) {
     return kind + QLatin1Char(' ') + layer.getName() + QStringLiteral(" (") +
            QString::number(layer.getKey()) + QLatin1Char(')');
@@ -59,7 +39,7 @@ QString finished(const QString& subject, const QUORStopwatch& watch) {
 
 QUORVisualizationPipelineItem::QUORVisualizationPipelineItem(
     const std::shared_ptr<const QUORDisplayState>& state)
-    : _displayState(std::make_shared<QUORDisplayState>()), _styleStamp(readStyleStamp()) {
+    : _displayState(std::make_shared<QUORDisplayState>()), _styleStamp(QUORSettingsReader::makeStamp(QUORStyleGroup::FILE_NAME)) {
     const QUORLogScope scope("QUORVisualizationPipelineItem::QUORVisualizationPipelineItem");
     _displayState->copyState(*state);
     create();
