@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "QUORVersion.h"
 #include "ServiceProcess.h"
 
 #include <QFile>
@@ -26,17 +27,19 @@ constexpr const char* HELP =
     "\t\t\t0 error (default)\n\t\t\t1 warning\n\t\t\t2 notice\n\t\t\t3 debug\n"
     "\t--version\tdisplay program version and exit\n";
 
+const std::string VERSION_TEXT = std::string("Version: ") + QUOR_VERSION + "\n";
+
 } // namespace
 
 TEST(ServiceProcessTest, OptionsThatEndTheProgram) {
     const struct {
         const char* arguments;
-        const char* output;
+        std::string output;
     } rows[] = {{"--help", HELP},
                 {"-help", HELP},
                 {"--version --help", HELP},
-                {"word --version", "Version: 1.0.2\n"},
-                {"--version=5", "Version: 1.0.2\n"},
+                {"word --version", VERSION_TEXT},
+                {"--version=5", VERSION_TEXT},
                 {"--logLevel=3", "Invalid option: log\n"},
                 {"--x --help --y_z=1", "Invalid option: x\nInvalid option: y_z\n"},
                 {"--", "Invalid option: \n"},
