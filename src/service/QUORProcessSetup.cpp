@@ -11,6 +11,9 @@
 #include <csignal>
 #include <fcntl.h>
 #include <pwd.h>
+#include <stdexcept>
+#include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -19,6 +22,9 @@ namespace {
 
 constexpr const char* NULL_DEVICE = "/dev/null";
 constexpr const char* SHADER_CACHE_VARIABLE = "MESA_SHADER_CACHE_DIR";
+constexpr int MIB_BITS = 20;
+// A start on two cores maps a little over 1 GiB; software rendering that gets no more crashes.
+constexpr rlim_t SMALLEST_ADDRESS_SPACE = rlim_t(1536) << MIB_BITS;
 constexpr const char* RUNTIME_VARIABLE = "XDG_RUNTIME_DIR";
 
 QByteArray ownDirectory(const char* name) {
@@ -88,6 +94,15 @@ void beforeToolkit() {
 
 void afterToolkit() {
     std::setlocale(LC_NUMERIC, "C");
+}
+
+void requireAddressSpace() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur < SMALLEST_ADDRESS_SPACE) {
+        throw std::runtime_error("its address space is limited to " +
+                                 std::to_string(limit.rlim_cur >> MIB_BITS) + " MiB (ulimit -v), it needs " +
+                                 std::to_string(SMALLEST_ADDRESS_SPACE >> MIB_BITS));
+    }
 }
 
 void detachStandardStreams() {

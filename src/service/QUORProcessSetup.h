@@ -15,6 +15,10 @@ void beforeToolkit();
 /// object sets the user's locale, so this follows its construction.
 void afterToolkit();
 
+/// Throws a std::runtime_error that says what to do when the process may have too little address space for
+/// OpenGL and the threads of its libraries, which end the process from inside when memory is refused.
+void requireAddressSpace();
+
 /// The null device onto descriptors 0, 1 and 2, so that no later file or socket takes their numbers.
 void detachStandardStreams();
 

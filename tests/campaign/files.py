@@ -148,12 +148,12 @@ def short_files(trial):
     """Thousands of short files, deleted while they wait: a good volume among them comes in time, the log is short."""
     with trial.running() as service:
         first = len(service.lines)
-        for number in range(trial.options.files):
+        for _ in range(trial.options.files):
             (service.volumes / ("CAX%s.cap" % trial.next_key())).write_bytes(b"short")
         waited = []
         for number, path in enumerate(list(service.volumes.glob("CAX*"))):
             path.unlink()
-            if number % (trial.options.files // 4) == 100:
+            if number % max(1, trial.options.files // 4) == 0:
                 began = time.monotonic()
                 service.wait_image(trial.drop(service), LATER)
                 waited.append(time.monotonic() - began)

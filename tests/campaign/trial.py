@@ -71,8 +71,16 @@ class Trial:
             yield service
 
     def ready(self, service, deadline=LATER):
+        """Until it has drawn an image. What is there when it starts is not drawn: on a busy machine the first volume
+        may come too early."""
+        end = time.monotonic() + deadline
         service.settle()
-        service.wait_image(self.drop(service), deadline)
+        while True:
+            try:
+                return service.wait_image(self.drop(service), 15)
+            except Failure:
+                if service.process.poll() is not None or time.monotonic() > end:
+                    raise
 
     def next_key(self):
         self.number += 1

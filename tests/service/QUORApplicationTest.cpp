@@ -2,6 +2,7 @@
 #include "QUORApplication.h"
 
 #include "LogCapture.h"
+#include "QUORProcessSetup.h"
 #include "QUORToolMessages.h"
 #include "TestFiles.h"
 
@@ -11,6 +12,8 @@
 #include <vtkOutputWindow.h>
 
 #include <gtest/gtest.h>
+
+#include <stdexcept>
 
 namespace {
 
@@ -50,6 +53,15 @@ TEST(QUORApplicationTest, AServiceRunsWhenItsStatusSaysSo) {
     EXPECT_TRUE(log.contains(QStringLiteral("D: Service status check: quor3dd -> 0")));
     EXPECT_TRUE(log.contains(QStringLiteral("D: Service status check: other -> 3")));
 }
+
+// A sanitizer reserves terabytes for itself.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(QUORApplicationTest, TooLittleAddressSpaceIsRefused) {
+    EXPECT_NO_THROW(QUORProcessSetup::requireAddressSpace());
+    const ResourceLimit limit(RLIMIT_AS, rlim_t(1000) << 20);
+    EXPECT_THROW(QUORProcessSetup::requireAddressSpace(), std::runtime_error);
+}
+#endif
 
 TEST(QUORApplicationTest, WhatTheLibrariesPrintIsLogged) {
     const LogCapture log;

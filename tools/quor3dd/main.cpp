@@ -2,6 +2,7 @@
 #include "QUORApplication.h"
 #include "QUORLiveDataThread.h"
 #include "QUORLog.h"
+#include "QUORProcessSetup.h"
 #include "QUORSystem.h"
 #include "QUORVersion.h"
 
@@ -23,6 +24,7 @@ int main(int argc, char** argv) {
     log.logDebug(QStringLiteral("Daemon home directory: ") + QDir::homePath());
     log.logDebug(QStringLiteral("Daemon working directory: ") + QDir::currentPath());
     try {
+        QUORProcessSetup::requireAddressSpace();
         const QUORLiveDataThread thread;
         application.confirmStart();
         return QCoreApplication::exec();
