@@ -77,6 +77,13 @@ QUORDataFrame::~QUORDataFrame() {
     resetFrame();
 }
 
+void QUORDataFrame::setData3d(const QUORFileLeaf::CPtr& leaf) {
+    _activeData3d = leaf;
+    _site = leaf->getSite();
+    _moment = leaf->getTime();
+    setDataParams3d(leaf->getProduct(), leaf->getConfiguration());
+}
+
 void QUORDataFrame::setMoment(const QString& moment, int timeWindow) {
     _moment = moment;
     _timeWindow = timeWindow;

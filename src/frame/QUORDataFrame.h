@@ -38,6 +38,8 @@ public:
     QUORDataFrame(const QUORDataFrame&) = delete;
     QUORDataFrame& operator=(const QUORDataFrame&) = delete;
 
+    /// Asks for this 3D product, which the caller has found: `updateData3d` does not look for it again.
+    void setData3d(const QUORFileLeaf::CPtr& leaf);
     void setSite(const QString& site) { _site = site; }
     /// The 3D file's time key, and the seconds within half of which a 2D file matches.
     void setMoment(const QString& moment, int timeWindow);

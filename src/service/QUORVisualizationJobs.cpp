@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORVisualizationJobs.h"
 
+#include "QUORConfig.h"
 #include "QUORDataFrame.h"
 #include "QUORDataStore.h"
 #include "QUORFilePublisher.h"
@@ -83,11 +84,8 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
         logGone(path);
         return false;
     }
-    // From here on one record of the background settings serves the whole job.
-    _visualizer->initVisualization();
-    const QUORBackgroundSettings::CPtr settings = _visualizer->getBackgroundSettings();
-    const QString product2d = settings->get2DProduct(leaf->getConfiguration());
-    const auto frame = makeFrame(*leaf, product2d);
+    const QString product2d = _backgroundSettings->get2DProduct(leaf->getConfiguration());
+    const auto frame = makeFrame(leaf, product2d);
     if (!frame) {
         logGone(path);
         return false;
@@ -95,8 +93,8 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
     if (!isWanted(frame, leaf, product2d, required2D)) {
         return false;
     }
-    cleanOutputDirectory(*settings);
-    _visualizer->startVisualization(frame, getOutputFile(*leaf, *settings));
+    cleanOutputDirectory(*_backgroundSettings);
+    _visualizer->startVisualization(frame, getOutputFile(*leaf, *_backgroundSettings));
     return _visualizer->waitUntilReady();
 }
 
@@ -110,18 +108,22 @@ void QUORVisualizationJobs::cleanOutputDirectory(const QUORBackgroundSettings& s
     }
 }
 
-std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf& leaf,
+std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf::CPtr& leaf,
                                                                 const QString& product2d) const {
     auto frame = std::make_shared<QUORDataFrame>(_dataStore);
-    frame->setSite(leaf.getSite());
-    frame->setMoment(leaf.getTime(), _generalSettings->getTimeWindow());
-    frame->setDataParams3d(leaf.getProduct(), leaf.getConfiguration());
+    frame->setData3d(leaf);
+    frame->setMoment(leaf->getTime(), _generalSettings->getTimeWindow());
     frame->setDataParams2d(product2d);
-    const QUORFile::CPtr file = leaf.getFile();
+    const QUORFile::CPtr file = leaf->getFile();
     frame->setDataParamsTerrain(TERRAIN_FACTOR *
                                 std::hypot(file->getLengthAroundRadarM(), file->getWidthAroundRadarM()));
-    if (!frame->updateData3d()) {
-        return nullptr;
+    {
+        // Presets and product settings from one reading of the file.
+        const QUORConfig::Access held;
+        _visualizer->initVisualization(*_generalSettings, *_backgroundSettings);
+        if (!frame->updateData3d()) {
+            return nullptr;
+        }
     }
     frame->updateDataRest();
     return frame;

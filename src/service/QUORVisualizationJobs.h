@@ -16,8 +16,9 @@ class QUORDataFrame;
 class QUORDataStore;
 class QUOROffscreenVisualizer;
 
-/// Renders one product file into one image. Runs on the live data thread, one job at a time; a job returns
-/// when its image is on disk or the reason why there is none is in the log.
+/// Renders one product file into one image, by the settings records as their owner loaded them for the job.
+/// Runs on the live data thread, one job at a time; a job returns when its image is on disk or the reason why
+/// there is none is in the log.
 class QUORVisualizationJobs {
 public:
     /// `stopRequested` outlives this object; it is looked at between two images.
@@ -38,7 +39,7 @@ public:
 private:
     bool render(const QString& path, bool required2D);
     void cleanOutputDirectory(const QUORBackgroundSettings& settings);
-    std::shared_ptr<QUORDataFrame> makeFrame(const QUORFileLeaf& leaf, const QString& product2d) const;
+    std::shared_ptr<QUORDataFrame> makeFrame(const QUORFileLeaf::CPtr& leaf, const QString& product2d) const;
     bool isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf::CPtr& leaf,
                   const QString& product2d, bool required2D);
 

@@ -59,6 +59,9 @@ namespace {
 
 constexpr int COPY_TIMEOUT_MS = 30000;
 
+/// How often the thread holds the main settings file.
+thread_local int holds = 0;
+
 QString settingsFolder() {
     return QFileInfo(QUORSettingsReader::findUserFile(QCoreApplication::applicationName())).path();
 }
@@ -84,16 +87,24 @@ void QUORConfig::destroy() {
 }
 
 QSettings* QUORConfig::get() {
-    // Before the lock, which nobody shall hold for seconds.
-    QUORSettingsFile::awaitSave(QUORSettingsReader::findUserFile(QCoreApplication::applicationName()));
+    const QString application = QCoreApplication::applicationName();
+    if (holds == 0) {
+        // Before the lock, which nobody shall hold for seconds.
+        QUORSettingsFile::awaitSave(QUORSettingsReader::findUserFile(application));
+    }
     _mutex.lock();
-    const QString name = QCoreApplication::applicationName();
-    return _settings.open(QUORSettingsReader::findUserFile(name),
-                          [&name] { return QUORSettingsReader::open(name); });
+    if (++holds == 1) {
+        _open = _settings.open(QUORSettingsReader::findUserFile(application),
+                               [&application] { return QUORSettingsReader::open(application); });
+    }
+    return _open;
 }
 
 void QUORConfig::release() {
-    _settings.release();
+    if (--holds == 0) {
+        _open = nullptr;
+        _settings.release();
+    }
     _mutex.unlock();
 }
 

@@ -3,11 +3,10 @@
 
 #include "QUORGuardedSettings.h"
 
-#include <QMutex>
 #include <QObject>
+#include <QRecursiveMutex>
 #include <QSettings>
 #include <QString>
-
 
 /// Hands out the main settings file to one thread at a time, names its groups and keys, and can redirect
 /// the user's settings to another user's directory. The instance is made on the main thread at start-up.
@@ -63,10 +62,11 @@ public:
     static void destroy();
 
     /// Locks and returns a fresh object for the main settings file, or what was read last of it while it is
-    /// damaged, and nothing can be saved; blocks while another thread holds it.
-    /// Not recursive. Every `get` is followed by one `release`, see Access.
+    /// damaged, and nothing can be saved; blocks while another thread holds it. A thread that holds it gets
+    /// the same object again: records loaded under one hold come from one reading of the file. Every `get` is
+    /// followed by one `release`, see Access.
     QSettings* get();
-    /// Deletes the object, which writes its pending changes, and unlocks.
+    /// The last one deletes the object, which writes its pending changes, and unlocks.
     void release();
 
     /// The base directory of user-scope settings, up to and including ".config"; empty when the main
@@ -102,6 +102,7 @@ private:
     static QUORConfig* _instance;
 
     QUORGuardedSettings _settings{GENERAL_GROUP, QUORGuardedSettings::Group::Optional};
-    QMutex _mutex;
+    QSettings* _open = nullptr; ///< for as long as somebody holds it
+    QRecursiveMutex _mutex;
     QString _rememberedPath;
 };

@@ -25,7 +25,8 @@ bool QUORLayerParameters3d::hasChanged(const QUORLayerParameters& other) const {
            _dataShrinkH != o->_dataShrinkH || _dataShrinkV != o->_dataShrinkV ||
            _dataSmooth != o->_dataSmooth || _volumeValueLow != o->_volumeValueLow ||
            _volumeOpacityLow != o->_volumeOpacityLow || _volumeValueHigh != o->_volumeValueHigh ||
-           _volumeOpacityHigh != o->_volumeOpacityHigh || _surfacePars != o->_surfacePars;
+           _volumeOpacityHigh != o->_volumeOpacityHigh || _surfacePars != o->_surfacePars ||
+           _hardware != o->_hardware;
 }
 
 void QUORLayerParameters3d::printDebug() const {
@@ -44,6 +45,7 @@ void QUORLayerParameters3d::printDebug() const {
     printField("volumeOpacityLow", _volumeOpacityLow);
     printField("volumeValueHigh", _volumeValueHigh);
     printField("volumeOpacityHigh", _volumeOpacityHigh);
+    printField("hardware", int(_hardware));
 }
 
 void QUORLayerParameters3d::resetPars(const QUORDataType* dataType) {

@@ -16,7 +16,7 @@ public:
     bool hasChanged(const QUORLayerParameters& other) const override;
     void printDebug() const override;
 
-    /// Defaults from the data type, or fixed ones for none; the data file stays.
+    /// Defaults from the data type, or fixed ones for none; the data file and the way of drawing stay.
     void resetPars(const QUORDataType* dataType);
 
     std::shared_ptr<const QUORFile> getDataFile() const { return _dataFile; }
@@ -44,6 +44,9 @@ public:
     void setVolumeValueHigh(double value) { _volumeValueHigh = value; }
     double getVolumeOpacityHigh() const { return _volumeOpacityHigh; }
     void setVolumeOpacityHigh(double value) { _volumeOpacityHigh = value; }
+    /// Whether a graphics card draws: its own way of drawing a volume is the faster one only there.
+    bool isHardware() const { return _hardware; }
+    void setHardware(bool value) { _hardware = value; }
 
 private:
     std::shared_ptr<const QUORFile> _dataFile;
@@ -57,4 +60,5 @@ private:
     double _volumeOpacityLow = 1.0;
     double _volumeValueHigh = 9999.0;
     double _volumeOpacityHigh = 100.0;
+    bool _hardware = false;
 };

@@ -250,10 +250,10 @@ void logWarning(const QString& text) {
     QUORLog::Instance().logWarning(text);
 }
 
-QUORLogScope::QUORLogScope(const char* method) : _method(method) {
-    QUORLog::Instance().logDebug(QString::fromUtf8(_method) + QStringLiteral("() called."));
+QUORLogScope::QUORLogScope(const char* method, const char* rest) : _method(method), _rest(rest) {
+    logDebug(QString::fromUtf8(_method) + QString::fromUtf8(_rest) + QStringLiteral("() called."));
 }
 
 QUORLogScope::~QUORLogScope() {
-    QUORLog::Instance().logDebug(QString::fromUtf8(_method) + QStringLiteral("() finished."));
+    logDebug(QString::fromUtf8(_method) + QString::fromUtf8(_rest) + QStringLiteral("() finished."));
 }

@@ -87,14 +87,16 @@ private:
 void logDebug(const QString& text);
 void logWarning(const QString& text);
 
-/// Logs "<method>() called." now and "<method>() finished." at the end of the scope, at debug level.
+/// Logs "<method>() called." now and "<method>() finished." at the end of the scope, at debug level. The
+/// method's name may come in two parts.
 class QUORLogScope {
 public:
-    explicit QUORLogScope(const char* method);
+    explicit QUORLogScope(const char* method, const char* rest = "");
     ~QUORLogScope();
     QUORLogScope(const QUORLogScope&) = delete;
     QUORLogScope& operator=(const QUORLogScope&) = delete;
 
 private:
     const char* _method;
+    const char* _rest;
 };

@@ -121,6 +121,19 @@ TEST_F(QUORDataFrameTest, LoadsAgainOnlyWhatChanged) {
     EXPECT_EQ(frame.getSite() + frame.getMoment() + frame.getProduct() + frame.getProduct2d(), QString());
 }
 
+TEST_F(QUORDataFrameTest, TakesAProductThatTheStoreHasNoMore) {
+    write3d({});
+    const QUORFileLeaf::CPtr leaf = _store.open()->get3DTop()->findLeaf(SITE, CAPPI, Z, MOMENT);
+    ASSERT_TRUE(leaf);
+    ASSERT_TRUE(QFile::remove(leaf->getPath()));
+    QUORDataFrame frame(_store.open());
+    frame.setData3d(leaf);
+    EXPECT_TRUE(frame.updateData3d());
+    EXPECT_EQ(frame.getData3d(), leaf);
+    EXPECT_EQ(frame.getSite() + frame.getProduct() + frame.getConfiguration() + frame.getMoment(),
+              SITE + CAPPI + Z + MOMENT);
+}
+
 TEST_F(QUORDataFrameTest, TakesTerrainOfTheSameMapOnly) {
     TestProduct sphere;
     TestProduct ellipsoid;

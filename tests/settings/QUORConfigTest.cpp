@@ -48,8 +48,9 @@ TEST(QUORConfigTest, WhatWasReadLastStaysWhileTheFileIsDamaged) {
     const ScratchHome home;
     QUORConfig::destroy();
     const QString name = QStringLiteral("QUOR3D.conf");
-    const QString whole = QStringLiteral("[GENERAL]\ndata3d=~/3d\n[PRODUCT CAPPI Z]\nrendering=volume\n"
-                                         "[VIEWANGLE]\nVIEWANGLES\\size=2\nVIEWANGLES\\2\\viewAngleName=South\n");
+    const QString whole =
+        QStringLiteral("[GENERAL]\ndata3d=~/3d\n[PRODUCT CAPPI Z]\nrendering=volume\n"
+                       "[VIEWANGLE]\nVIEWANGLES\\size=2\nVIEWANGLES\\2\\viewAngleName=South\n");
     ScratchHome::writePackaged(name, QStringLiteral("[GENERAL]\ndata3d=/packaged\ntimewindow=60\n"));
     EXPECT_EQ(QUORGeneralSettings().get3DDir(), QStringLiteral("/packaged"));
     const char* const damages[] = {nullptr, "", "[GEN", "[PRODUCT CAPPI Z]\nrendering=volume\n"};
@@ -78,6 +79,36 @@ TEST(QUORConfigTest, WhatWasReadLastStaysWhileTheFileIsDamaged) {
     ScratchHome::writeSettings(name, QStringLiteral("[GENERAL]\ntimewindow=30\n"));
     EXPECT_EQ(QUORGeneralSettings().get3DDir(), QStringLiteral("/packaged"));
     QUORConfig::destroy();
+}
+
+TEST(QUORConfigTest, OneHoldReadsTheFileOnce) {
+    const ScratchHome home;
+    QUORConfig::destroy();
+    const QString key = QStringLiteral("TEST/count");
+    const auto write = [](int count) {
+        ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"),
+                                   QStringLiteral("[TEST]\ncount=%1\n").arg(count));
+    };
+    write(1);
+    std::atomic<int> seen{0};
+    std::thread other;
+    {
+        const QUORConfig::Access held;
+        write(22);
+        {
+            const QUORConfig::Access again;
+            EXPECT_EQ(&*again, &*held);
+            EXPECT_EQ((*again).value(key).toInt(), 1);
+        }
+        other = std::thread([&] {
+            const QUORConfig::Access later;
+            seen = (*later).value(key).toInt();
+        });
+        EXPECT_EQ((*held).value(key).toInt(), 1);
+        EXPECT_EQ(seen, 0);
+    }
+    other.join();
+    EXPECT_EQ(seen, 22);
 }
 
 TEST(QUORConfigTest, ChangesUserAndComesBack) {

@@ -147,7 +147,7 @@ TEST(QUORLayerParametersTest, ComparesTheRenderingOf3dProducts) {
                       [](P& p) { p.setDataShrinkH(2); }, [](P& p) { p.setDataShrinkV(2); },
                       [](P& p) { p.setDataSmooth(0); }, [](P& p) { p.setVolumeValueLow(0); },
                       [](P& p) { p.setVolumeOpacityLow(0); }, [](P& p) { p.setVolumeValueHigh(0); },
-                      [](P& p) { p.setVolumeOpacityHigh(NAN_VALUE); },
+                      [](P& p) { p.setVolumeOpacityHigh(NAN_VALUE); }, [](P& p) { p.setHardware(true); },
                       [](P& p) {
                           p.setSurfacePars({{20.0, 31}});
                       },

@@ -38,7 +38,7 @@ protected:
                 const QString& path) const {
         std::atomic<int> result{-1};
         std::thread job([&] {
-            visualizer.initVisualization();
+            visualizer.initVisualization(QUORGeneralSettings(), QUORBackgroundSettings());
             bool rendered = visualizer.canVisualize(frame, false);
             if (rendered) {
                 visualizer.startVisualization(frame, path);

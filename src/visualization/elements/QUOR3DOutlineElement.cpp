@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QUOR3DOutlineElement.h"
 
-#include "QUORAssert.h"
 #include "QUORLineActor.h"
 
 #include <vtkActor.h>
@@ -10,8 +9,6 @@
 #include <vtkCubeSource.h>
 #include <vtkNew.h>
 #include <vtkPoints.h>
-#include <vtkPolyDataMapper.h>
-#include <vtkProperty.h>
 
 #include <cmath>
 #include <vector>
@@ -52,48 +49,19 @@ void addTick(vtkPoints* points, vtkCellArray* lines, double x, double y, double 
 } // namespace
 
 QUOR3DOutlineElement::QUOR3DOutlineElement(QUORVisualGroup* group, int key)
-    : QUORTypedVisualElement(group, key, TEXTS), _style("OUTLINE3D") {}
+    : QUORStyledElement(group, key, TEXTS, "OUTLINE3D") {}
 
-void QUOR3DOutlineElement::invalidate() {
-    const QUORLogScope scope("QUOR3DOutlineElement::invalidate");
-    _params.reset();
-    _prop = nullptr;
-}
-
-void QUOR3DOutlineElement::loadStyle(bool night) {
-    const QUORLogScope scope("QUOR3DOutlineElement::loadStyle");
-    _style.load(night);
-}
-
-void QUOR3DOutlineElement::rebuild(const QUORAbortFlag& /*abort*/) {
-    createVTK();
-}
-
-void QUOR3DOutlineElement::createVTK() {
-    const QUORLogScope scope("QUOR3DOutlineElement::createVTK");
-    QUOR_ASSERT(_params);
-    loadStyle(false);
+vtkSmartPointer<vtkProp> QUOR3DOutlineElement::makeProp() const {
     auto assembly = vtkSmartPointer<vtkAssembly>::New();
     assembly->AddPart(makeBox());
     assembly->AddPart(makeTicks());
-    _prop = assembly;
+    return assembly;
 }
 
 vtkSmartPointer<vtkActor> QUOR3DOutlineElement::makeBox() const {
     vtkNew<vtkCubeSource> cube;
     cube->SetBounds(-0.5, 0.5, -0.5, 0.5, 0.0, 1.0);
-    vtkNew<vtkPolyDataMapper> mapper;
-    mapper->SetInputConnection(cube->GetOutputPort());
-    auto box = vtkSmartPointer<vtkActor>::New();
-    box->SetMapper(mapper);
-    const QUORStyleGroup::Color& color = _style.color("line/color");
-    vtkProperty* property = box->GetProperty();
-    property->SetColor(color[0], color[1], color[2]);
-    property->SetLineWidth(static_cast<float>(_style.number("line/width")));
-    property->SetOpacity(1.0);
-    property->SetRepresentationToWireframe();
-    property->LightingOff();
-    return box;
+    return quorMakeLineActor(cube, style().color("line/color"), style().number("line/width"));
 }
 
 vtkSmartPointer<vtkActor> QUOR3DOutlineElement::makeTicks() const {
@@ -107,5 +75,5 @@ vtkSmartPointer<vtkActor> QUOR3DOutlineElement::makeTicks() const {
             }
         }
     }
-    return quorMakeLineActor(points, lines, _style.color("tick/color"), _style.number("tick/width"));
+    return quorMakeLineActor(points, lines, style().color("tick/color"), style().number("tick/width"));
 }

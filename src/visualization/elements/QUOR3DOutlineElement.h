@@ -2,8 +2,7 @@
 #pragma once
 
 #include "QUORLayerParameters3dOutline.h"
-#include "QUORStyleGroup.h"
-#include "QUORTypedVisualElement.h"
+#include "QUORStyledElement.h"
 
 #include <vtkSmartPointer.h>
 
@@ -12,20 +11,14 @@ class vtkActor;
 /// The edges of the box that the 3D product occupies, with ticks on the vertical edges at regular heights
 /// above sea level. Drawn in a unit box (x and y -0.5..0.5, z 0..1) that the controller scales and
 /// places over the data.
-class QUOR3DOutlineElement : public QUORTypedVisualElement<QUORLayerParameters3dOutline> {
+class QUOR3DOutlineElement : public QUORStyledElement<QUORLayerParameters3dOutline> {
 public:
     QUOR3DOutlineElement(QUORVisualGroup* group, int key);
 
-    void invalidate() override;
-    void loadStyle(bool night);
-
 protected:
-    void rebuild(const QUORAbortFlag& abort) override;
+    vtkSmartPointer<vtkProp> makeProp() const override;
 
 private:
-    void createVTK();
     vtkSmartPointer<vtkActor> makeBox() const;
     vtkSmartPointer<vtkActor> makeTicks() const;
-
-    QUORStyleGroup _style;
 };

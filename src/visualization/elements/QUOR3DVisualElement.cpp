@@ -14,13 +14,9 @@
 #include <vtkAlgorithm.h>
 #include <vtkProp.h>
 
-#include <atomic>
-
 namespace {
 
 constexpr QUORElementTexts TEXTS{"QUOR3DVisualElement", "Creating new  visualization.", false, false};
-
-std::atomic<bool> hardwareRendering{false};
 
 } // namespace
 
@@ -28,10 +24,6 @@ QUOR3DVisualElement::QUOR3DVisualElement(QUORVisualGroup* group, int key)
     : QUORTypedVisualElement(group, key, TEXTS) {}
 
 QUOR3DVisualElement::~QUOR3DVisualElement() = default;
-
-void QUOR3DVisualElement::setHardwareRendering(bool hardware) {
-    hardwareRendering.store(hardware);
-}
 
 vtkSmartPointer<vtkAlgorithm> QUOR3DVisualElement::getData() const {
     return _data;
@@ -101,7 +93,7 @@ void QUOR3DVisualElement::createVTK() {
         break;
     case QUORProductSettings::Volume:
         logDebug(QStringLiteral("Creating volumes.."));
-        _volume = std::make_unique<QUOR3DVolume>(_data, hardwareRendering.load());
+        _volume = std::make_unique<QUOR3DVolume>(_data, _params->isHardware());
         _prop = _volume->getProp();
         break;
     default:

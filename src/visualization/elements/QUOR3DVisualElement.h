@@ -23,10 +23,6 @@ public:
     /// Gives the finished image; null when there are no data.
     vtkSmartPointer<vtkAlgorithm> getData() const;
 
-    /// Which mapper draws volumes from now on: a graphics card's own is the faster one only where there is
-    /// a graphics card. Process-wide, set by whoever opens the render window; any thread.
-    static void setHardwareRendering(bool hardware);
-
 protected:
     void rebuild(const QUORAbortFlag& abort) override;
     void show(bool visible) override;

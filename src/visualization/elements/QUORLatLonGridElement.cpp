@@ -150,18 +150,7 @@ private:
 } // namespace
 
 QUORLatLonGridElement::QUORLatLonGridElement(QUORVisualGroup* group, int key)
-    : QUORTypedVisualElement(group, key, TEXTS), _style("LATLONGRID") {}
-
-void QUORLatLonGridElement::invalidate() {
-    const QUORLogScope scope("QUORLatLonGridElement::invalidate");
-    _params.reset();
-    _prop = nullptr;
-}
-
-void QUORLatLonGridElement::loadStyle(bool night) {
-    const QUORLogScope scope("QUORLatLonGridElement::loadStyle");
-    _style.load(night);
-}
+    : QUORStyledElement(group, key, TEXTS, "LATLONGRID") {}
 
 QString QUORLatLonGridElement::getLatitudeLabel(double lat) {
     QString number = QString::number(std::abs(lat), 'g', 6);
@@ -184,30 +173,23 @@ QString QUORLatLonGridElement::getLongitudeLabel(double lon) {
     return number + QLatin1Char(lon > 0.0 ? 'E' : 'W');
 }
 
-void QUORLatLonGridElement::rebuild(const QUORAbortFlag& /*abort*/) {
-    createVTK();
-}
-
-void QUORLatLonGridElement::createVTK() {
-    const QUORLogScope scope("QUORLatLonGridElement::createVTK");
-    _prop = nullptr;
-    loadStyle(false);
+vtkSmartPointer<vtkProp> QUORLatLonGridElement::makeProp() const {
     const QUORGeoProjection::CPtr projection = _params->getGeoProjection();
     if (!projection || !projection->isReady() || !(_params->getRange() >= 0.0)) {
-        return;
+        return {};
     }
     const Area area = areaAround(*projection, _params->getRange());
     if (area.minLat > area.maxLat) {
-        return;
+        return {};
     }
 
     auto layer = vtkSmartPointer<QUOR2DLayerActor>::New();
-    const double scale = _style.number("label/size");
-    QUORFlatLabels labels(*layer, _style, scale);
+    const double scale = style().number("label/size");
+    QUORFlatLabels labels(*layer, style(), scale);
     GridBuilder grid(*projection, area, labels, scale);
     grid.addParallels();
     grid.addMeridians();
-    layer->AddPart(quorMakeLineActor(grid.points(), grid.lines(), _style.color("line/color"),
-                                     _style.number("line/width")));
-    _prop = layer;
+    layer->AddPart(quorMakeLineActor(grid.points(), grid.lines(), style().color("line/color"),
+                                     style().number("line/width")));
+    return layer;
 }

@@ -2,20 +2,16 @@
 #pragma once
 
 #include "QUORLayerParametersLatLonGrid.h"
-#include "QUORStyleGroup.h"
-#include "QUORTypedVisualElement.h"
+#include "QUORStyledElement.h"
 
 #include <QString>
 
 /// Parallels and meridians over the frame's area, projected with its map projection, with a degree label
 /// at the ends of each line; drawn without depth test. Without a ready projection it shows nothing. On a
 /// Mercator map, which stretches without bound, it ends at 85 degrees.
-class QUORLatLonGridElement : public QUORTypedVisualElement<QUORLayerParametersLatLonGrid> {
+class QUORLatLonGridElement : public QUORStyledElement<QUORLayerParametersLatLonGrid> {
 public:
     QUORLatLonGridElement(QUORVisualGroup* group, int key);
-
-    void invalidate() override;
-    void loadStyle(bool night);
 
     /// "12.5S"; the bare number for the equator.
     static QString getLatitudeLabel(double lat);
@@ -23,10 +19,5 @@ public:
     static QString getLongitudeLabel(double lon);
 
 protected:
-    void rebuild(const QUORAbortFlag& abort) override;
-
-private:
-    void createVTK();
-
-    QUORStyleGroup _style;
+    vtkSmartPointer<vtkProp> makeProp() const override;
 };

@@ -2,6 +2,7 @@
 #include "QUORLineActor.h"
 
 #include <vtkActor.h>
+#include <vtkAlgorithm.h>
 #include <vtkCellArray.h>
 #include <vtkNew.h>
 #include <vtkPoints.h>
@@ -9,13 +10,10 @@
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
 
-vtkSmartPointer<vtkActor> quorMakeLineActor(vtkPoints* points, vtkCellArray* lines,
-                                            const QUORStyleGroup::Color& color, double width) {
-    vtkNew<vtkPolyData> data;
-    data->SetPoints(points);
-    data->SetLines(lines);
-    vtkNew<vtkPolyDataMapper> mapper;
-    mapper->SetInputData(data);
+namespace {
+
+vtkSmartPointer<vtkActor> makeActor(vtkPolyDataMapper* mapper, const QUORStyleGroup::Color& color,
+                                    double width) {
     auto actor = vtkSmartPointer<vtkActor>::New();
     actor->SetMapper(mapper);
     vtkProperty* property = actor->GetProperty();
@@ -25,4 +23,23 @@ vtkSmartPointer<vtkActor> quorMakeLineActor(vtkPoints* points, vtkCellArray* lin
     property->SetRepresentationToWireframe();
     property->LightingOff();
     return actor;
+}
+
+} // namespace
+
+vtkSmartPointer<vtkActor> quorMakeLineActor(vtkPoints* points, vtkCellArray* lines,
+                                            const QUORStyleGroup::Color& color, double width) {
+    vtkNew<vtkPolyData> data;
+    data->SetPoints(points);
+    data->SetLines(lines);
+    vtkNew<vtkPolyDataMapper> mapper;
+    mapper->SetInputData(data);
+    return makeActor(mapper, color, width);
+}
+
+vtkSmartPointer<vtkActor> quorMakeLineActor(vtkAlgorithm* source, const QUORStyleGroup::Color& color,
+                                            double width) {
+    vtkNew<vtkPolyDataMapper> mapper;
+    mapper->SetInputConnection(source->GetOutputPort());
+    return makeActor(mapper, color, width);
 }

@@ -6,6 +6,7 @@
 #include <vtkSmartPointer.h>
 
 class vtkActor;
+class vtkAlgorithm;
 class vtkCellArray;
 class vtkPoints;
 
@@ -13,3 +14,7 @@ class vtkPoints;
 /// in pixels.
 vtkSmartPointer<vtkActor> quorMakeLineActor(vtkPoints* points, vtkCellArray* lines,
                                             const QUORStyleGroup::Color& color, double width);
+
+/// The same for the edges of what the source makes.
+vtkSmartPointer<vtkActor> quorMakeLineActor(vtkAlgorithm* source, const QUORStyleGroup::Color& color,
+                                            double width);

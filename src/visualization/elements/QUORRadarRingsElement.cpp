@@ -2,7 +2,6 @@
 #include "QUORRadarRingsElement.h"
 
 #include "QUOR2DLayerActor.h"
-#include "QUORAssert.h"
 #include "QUORFlatLabels.h"
 #include "QUORLineActor.h"
 #include "QUORUnits.h"
@@ -52,32 +51,13 @@ void addSpokes(vtkPoints* points, vtkCellArray* lines, double radius) {
 } // namespace
 
 QUORRadarRingsElement::QUORRadarRingsElement(QUORVisualGroup* group, int key)
-    : QUORTypedVisualElement(group, key, TEXTS), _style("RADARRINGS") {}
+    : QUORStyledElement(group, key, TEXTS, "RADARRINGS") {}
 
-void QUORRadarRingsElement::invalidate() {
-    const QUORLogScope scope("QUORRadarRingsElement::invalidate");
-    _params.reset();
-    _prop = nullptr;
-}
-
-void QUORRadarRingsElement::loadStyle(bool night) {
-    const QUORLogScope scope("QUORRadarRingsElement::loadStyle");
-    _style.load(night);
-}
-
-void QUORRadarRingsElement::rebuild(const QUORAbortFlag& /*abort*/) {
-    createVTK();
-}
-
-void QUORRadarRingsElement::createVTK() {
-    const QUORLogScope scope("QUORRadarRingsElement::createVTK");
-    QUOR_ASSERT(_params);
-    _prop = nullptr;
-    loadStyle(false);
+vtkSmartPointer<vtkProp> QUORRadarRingsElement::makeProp() const {
     const double unit = _params->isMetricUnits() ? 1.0 : QUORUnits::KILOMETRES_PER_NAUTICAL_MILE;
     const double outer = unit * _params->getRange();
     if (!(outer > 0.0 && outer <= MAXIMUM_RADIUS)) {
-        return;
+        return {};
     }
 
     vtkNew<vtkPoints> points;
@@ -89,16 +69,17 @@ void QUORRadarRingsElement::createVTK() {
     addSpokes(points, lines, outer);
 
     auto layer = vtkSmartPointer<QUOR2DLayerActor>::New();
-    layer->AddPart(quorMakeLineActor(points, lines, _style.color("line/color"), _style.number("line/width")));
+    layer->AddPart(
+        quorMakeLineActor(points, lines, style().color("line/color"), style().number("line/width")));
     addLabels(*layer, unit);
-    _prop = layer;
+    return layer;
 }
 
 void QUORRadarRingsElement::addLabels(QUOR2DLayerActor& layer, double unit) const {
     const double range = _params->getRange();
-    const double scale = _style.number("label/size") / LABEL_SIZE_DIVISOR * unit * range;
+    const double scale = style().number("label/size") / LABEL_SIZE_DIVISOR * unit * range;
     const QString suffix = QLatin1String(_params->isMetricUnits() ? "km" : "NM");
-    QUORFlatLabels labels(layer, _style, scale);
+    QUORFlatLabels labels(layer, style(), scale);
     for (const double fraction : RING_FRACTIONS) {
         const double radius = fraction * range;
         labels.setText(QString::number(static_cast<int>(radius / 1000.0)) + suffix);

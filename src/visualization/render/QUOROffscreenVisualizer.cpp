@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QUOROffscreenVisualizer.h"
 
-#include "QUOR3DVisualElement.h"
 #include "QUORAssert.h"
 #include "QUORCameraInteractor.h"
 #include "QUORConfig.h"
@@ -52,7 +51,6 @@ int findPreset(const QString& kind, const QStringList& names, const QString& nam
 QUOROffscreenVisualizer::QUOROffscreenVisualizer() {
     const QUORLogScope scope("QUOROffscreenVisualizer::QUOROffscreenVisualizer");
     _visualization = std::make_shared<QUORVisualization>(this);
-    _backgroundSettings = std::make_shared<QUORBackgroundSettings>();
     QString error;
     if (!provideWindow(error)) {
         QUORLog::Instance().logError(QStringLiteral("No image can be rendered, OpenGL is not usable: ") +
@@ -68,15 +66,14 @@ QUOROffscreenVisualizer::~QUOROffscreenVisualizer() {
     _window = nullptr;
 }
 
-void QUOROffscreenVisualizer::initVisualization() {
-    _generalSettings = std::make_shared<QUORGeneralSettings>();
-    // A file that cannot be read for the moment must not send an image to another place.
-    auto settings = std::make_shared<QUORBackgroundSettings>();
-    if (settings->isRead()) {
-        _backgroundSettings = std::move(settings);
-    }
+void QUOROffscreenVisualizer::initVisualization(const QUORGeneralSettings& general,
+                                                const QUORBackgroundSettings& background) {
+    const QUORConfig::Access oneReading;
+    _generalSettings = std::make_shared<QUORGeneralSettings>(general);
+    _backgroundSettings = std::make_shared<QUORBackgroundSettings>(background);
     _displayState = std::make_shared<QUORDisplayState>();
     applyPresetDisplayState();
+    _generalSettings->loadViewAngles(std::make_shared<QUORViewAngle>());
 }
 
 bool QUOROffscreenVisualizer::canVisualize(const std::shared_ptr<QUORDataFrame>& frame,
@@ -156,7 +153,6 @@ void QUOROffscreenVisualizer::applyPresetDisplayState() {
 void QUOROffscreenVisualizer::applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle) {
     const QUORLogScope scope("QUOROffscreenVisualizer::applyPresetViewAngle");
     QUOR_ASSERT(_visualization.get() && _visualization->getDataFrame().get());
-    _generalSettings->loadViewAngles(viewAngle);
     const auto& presets = _generalSettings->getViewAnglePresets();
     logDebug(QStringLiteral("Loaded ") + QString::number(presets.size()) +
              QStringLiteral(" view angle presets"));
@@ -190,7 +186,7 @@ bool QUOROffscreenVisualizer::provideWindow(QString& error) {
         return false;
     }
     _hardware = QUORRenderWindowFactory::isHardware(_window);
-    QUOR3DVisualElement::setHardwareRendering(_hardware);
+    _visualization->setHardware(_hardware);
     _windowDescription = QUORRenderWindowFactory::describe(_window);
     _interactor = vtkSmartPointer<vtkGenericRenderWindowInteractor>::New();
     _interactor->SetRenderWindow(_window);

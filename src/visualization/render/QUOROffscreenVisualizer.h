@@ -42,8 +42,8 @@ public:
     QUOROffscreenVisualizer(const QUOROffscreenVisualizer&) = delete;
     QUOROffscreenVisualizer& operator=(const QUOROffscreenVisualizer&) = delete;
 
-    /// Reads the settings of the next job and applies its display-state preset.
-    void initVisualization();
+    /// Takes copies of the settings of the next job, reads the presets and applies its display-state preset.
+    void initVisualization(const QUORGeneralSettings& general, const QUORBackgroundSettings& background);
     /// Whether the frame has the 2D data that the display state shows or the caller requires.
     bool canVisualize(const std::shared_ptr<QUORDataFrame>& frame, bool require2d) const;
     /// Closes the gate and has the scene of the frame built; the image goes to `outputFile`, an absolute
@@ -62,9 +62,6 @@ public:
     void applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle);
     /// TIFF for 0, JPEG for 2, PNG for every other value.
     static vtkSmartPointer<vtkImageWriter> createWriter(int outputFormat);
-
-    /// The record that the present job's image is named, sized and encoded by.
-    QUORBackgroundSettings::CPtr getBackgroundSettings() const { return _backgroundSettings; }
 
 private:
     void closeGate();

@@ -263,6 +263,7 @@ void QUORVisualization::setParameters(const QUORGeneralSettings::CPtr& generalSe
 void QUORVisualization::setProduct3dParameters(const QUORGeneralSettings& generalSettings,
                                                const QUORProductSettings& productSettings) {
     QUORLayerParameters3d& record = _params.product3d;
+    record.setHardware(_hardware);
     record.setDataShrinkH(generalSettings.getHorizontalDataShrink());
     record.setDataShrinkV(generalSettings.getVerticalDataShrink());
     record.setDataSmooth(generalSettings.getDataSmoothing());

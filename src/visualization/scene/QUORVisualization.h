@@ -37,6 +37,9 @@ public:
 
     /// Makes the frame current; it must have a 3D product.
     void setSourceData(const QUORDataFrame::CPtr& frame);
+    /// Whether the window that shows the scenes is drawn by a graphics card; for the next source data. While
+    /// no scene is being built.
+    void setHardware(bool hardware) { _hardware = hardware; }
     /// Requests a build of the current frame; the observer is told when it is done. `force` builds even
     /// what has not changed. A request during a build is served by one more build right after it.
     void updateVisualization(bool force);
@@ -89,6 +92,7 @@ private:
     QUORStopwatch _watch;
     bool _generating = false;
     bool _dirty = false;
+    bool _hardware = false;
     QUORVisualizationParameters _params;
     QUORVisualizationParameters _appliedParams;
     QUORVisualizationPipelineItem::Ptr _pipelineItem;

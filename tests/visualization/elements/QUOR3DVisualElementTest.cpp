@@ -335,12 +335,10 @@ TEST_F(QUOR3DVisualElementTest, volumesAreDrawnByTheMapperOfTheMachine) {
     EXPECT_EQ(volume->GetProperty()->GetScalarOpacity()->GetSize(), 16);
     EXPECT_FALSE(volume->GetProperty()->GetShade());
 
-    QUOR3DVisualElement::setHardwareRendering(true);
-    record.setDataSmooth(0.5);
+    record.setHardware(true);
     update(record);
     volume = partsOf<vtkVolume>(vtkAssembly::SafeDownCast(element.getProp())).at(0);
     EXPECT_NE(vtkGPUVolumeRayCastMapper::SafeDownCast(volume->GetMapper()), nullptr);
-    QUOR3DVisualElement::setHardwareRendering(false);
 
     record.setRenderingType(QUORProductSettings::Unknown);
     update(record);
@@ -421,9 +419,8 @@ TEST_F(QUOR3DVisualElementPictureTest, bothMappersShowTheSameVolumeWhateverReduc
             record.setVolumeOpacityLow(10.0);
             record.setVolumeValueHigh(60.0);
             const std::array<int, 3> software = centerOf(record, 1.0, scale);
-            QUOR3DVisualElement::setHardwareRendering(true);
+            record.setHardware(true);
             const std::array<int, 3> hardware = centerOf(record, 1.0, scale);
-            QUOR3DVisualElement::setHardwareRendering(false);
             EXPECT_LT(software[0], 10);
             EXPECT_GT(software[1] + software[2], 120);
             EXPECT_NEAR(hardware[1], software[1], 12);

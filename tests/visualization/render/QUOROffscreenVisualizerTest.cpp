@@ -121,13 +121,13 @@ TEST_F(QUOROffscreenVisualizerTest, PresetsThatAreMissingGiveTheDefault) {
     writeBackground(QStringLiteral("displaystate=Gone\nviewangle=Lost\n"));
     const LogCapture log;
     QUOROffscreenVisualizer visualizer;
-    visualizer.initVisualization();
-    visualizer.initVisualization();
+    visualizer.initVisualization(QUORGeneralSettings(), QUORBackgroundSettings());
+    visualizer.initVisualization(QUORGeneralSettings(), QUORBackgroundSettings());
     EXPECT_EQ(log.count(QStringLiteral("D: Use display state preset: (0) ")), 2);
     EXPECT_EQ(log.count(QStringLiteral("W: There is no display state preset \"Gone\"")), 1);
     EXPECT_TRUE(visualizer.getVisualizationDisplayState()->has2DEnabled());
     writeBackground(QStringLiteral("displaystate=Default\n"));
-    visualizer.initVisualization();
+    visualizer.initVisualization(QUORGeneralSettings(), QUORBackgroundSettings());
     EXPECT_EQ(log.count(QStringLiteral("W: ")), 1);
 }
 
@@ -137,12 +137,12 @@ TEST_F(QUOROffscreenVisualizerTest, The2DRule) {
     const LogCapture log;
     QUOROffscreenVisualizer visualizer;
     writeBackground({});
-    visualizer.initVisualization();
+    visualizer.initVisualization(QUORGeneralSettings(), QUORBackgroundSettings());
     EXPECT_FALSE(visualizer.canVisualize(without2d, false));
     EXPECT_TRUE(log.contains(QStringLiteral("D: 2d layer is enabled")));
     EXPECT_TRUE(log.contains(QStringLiteral("D: Data frame does not have required 2d data")));
     writeBackground(NO_2D, 480, 361);
-    visualizer.initVisualization();
+    visualizer.initVisualization(QUORGeneralSettings(), QUORBackgroundSettings());
     EXPECT_TRUE(visualizer.canVisualize(without2d, false));
     EXPECT_FALSE(visualizer.canVisualize(without2d, true));
     EXPECT_TRUE(log.contains(QStringLiteral("D: Don't want to visualize without 2D data")));

@@ -205,11 +205,13 @@ TEST_F(QUORVisualizationTest, theRingsFollowTheHalfDiagonal) {
 
 TEST_F(QUORVisualizationTest, layersReceiveTheirRecordsAndPlaces) {
     const auto frame = makeFrame();
+    _visualization.setHardware(true);
     build(frame);
     const auto product = recordOf<QUORLayerParameters3d>(State::PRODUCT_3D_LAYER);
     ASSERT_TRUE(product);
     EXPECT_EQ(product->getDataFile(), frame->getData3d()->getFile());
     EXPECT_EQ(product->getDataShrinkH(), 4);
+    EXPECT_TRUE(product->isHardware());
     EXPECT_EQ(product->getSurfacePars(), frame->getProductSettings()->getSurfaces());
     EXPECT_EQ(product->getVolumeValueHigh(), frame->getProductSettings()->getVolumeValueHigh());
     const auto outline = recordOf<QUORLayerParameters3dOutline>(State::OUTLINE_LAYER);
