@@ -21,8 +21,8 @@ class QUORVisualizationJobs;
 /// one, in the order of their arrival, on a thread of its own.
 ///
 /// Made, stopped and destroyed on the main thread, which has to run its event loop: images are drawn there.
-/// The settings records and the jobs belong to the live data thread once it runs. One mutex guards the
-/// queues, the flags and the wake-up; no lock is held while a job runs.
+/// The settings records, the noted switch and the jobs belong to the live data thread once it runs. One
+/// mutex guards the queues, the request to stop and the wake-up; no lock is held while a job runs.
 class QUORLiveDataThread : public QThread, public QUORDataStoreObserver {
     Q_OBJECT
 
@@ -36,7 +36,8 @@ public:
     /// that image needs the main thread.
     void stop();
 
-    /// Copies the switch; a warning when rendering has just been switched off.
+    /// Notes the operator's switch; a warning when it has just gone off. It stops nothing: every job sets the
+    /// switch on in its record before it is noted.
     bool checkActive(const QUORBackgroundSettings::CPtr& settings);
 
     void dataStoreNewDataAvailable3d(QUORDataStore* store, const QStringList& added,
@@ -67,6 +68,7 @@ private:
     std::condition_variable _wakeUp;
     QStringList _queue3d;
     QStringList _queue2d;
+    /// The switch as it was last noted, not whether anything is rendered; read by `checkActive` only.
     bool _active = true;
     std::shared_ptr<QUORDataStore> _dataStore;
     QUORGeneralSettings::Ptr _generalSettings;

@@ -5,6 +5,8 @@
 #include "QUORConfig.h"
 #include "QUORLog.h"
 
+#include <algorithm>
+
 namespace {
 
 struct GroupRow {
@@ -17,6 +19,7 @@ struct LayerRow {
     int key;
     const char* name;
     int order;
+    bool lasting;
 };
 
 constexpr GroupRow GROUPS[] = {
@@ -25,13 +28,13 @@ constexpr GroupRow GROUPS[] = {
 };
 
 constexpr LayerRow LAYERS[] = {
-    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::OUTLINE_LAYER, "LAYER_3DOUTLINE", 301},
-    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::PRODUCT_3D_LAYER, "LAYER_3DPRODUCT", 200},
-    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::PRODUCT_2D_LAYER, "LAYER_2DPRODUCT", 100},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::TERRAIN_LAYER, "LAYER_3DTERRAIN", 0},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::LAT_LON_GRID_LAYER, "LAYER_LATLONGRID", 101},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::RANGE_RINGS_LAYER, "LAYER_RANGERINGS", 110},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::GEO_LABELS_LAYER, "LAYER_GEOLABELS", 300},
+    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::OUTLINE_LAYER, "LAYER_3DOUTLINE", 301, true},
+    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::PRODUCT_3D_LAYER, "LAYER_3DPRODUCT", 200, false},
+    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::PRODUCT_2D_LAYER, "LAYER_2DPRODUCT", 100, false},
+    {QUORDisplayState::GEO_GROUP, QUORDisplayState::TERRAIN_LAYER, "LAYER_3DTERRAIN", 0, true},
+    {QUORDisplayState::GEO_GROUP, QUORDisplayState::LAT_LON_GRID_LAYER, "LAYER_LATLONGRID", 101, true},
+    {QUORDisplayState::GEO_GROUP, QUORDisplayState::RANGE_RINGS_LAYER, "LAYER_RANGERINGS", 110, true},
+    {QUORDisplayState::GEO_GROUP, QUORDisplayState::GEO_LABELS_LAYER, "LAYER_GEOLABELS", 300, true},
 };
 
 QString describe(const QUORDisplayLayer& layer) {
@@ -87,6 +90,11 @@ bool QUORDisplayState::has2DEnabled() const {
     const QUORDisplayLayer::Ptr group = getGroup(RADAR_GROUP);
     const QUORDisplayLayer::Ptr layer = getLayer(PRODUCT_2D_LAYER);
     return group && group->isVisible() && layer && layer->isVisible();
+}
+
+bool QUORDisplayState::isLasting(int layerKey) {
+    return std::ranges::any_of(
+        LAYERS, [layerKey](const LayerRow& layer) { return layer.key == layerKey && layer.lasting; });
 }
 
 void QUORDisplayState::copyState(const QUORDisplayState& other) {

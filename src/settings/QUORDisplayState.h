@@ -38,6 +38,9 @@ public:
     QUORDisplayLayer::Ptr getLayer(int key) const;
     /// Whether the 2D product is shown: its layer and the group that holds it.
     bool has2DEnabled() const;
+    /// Whether the layer of that key shows what lasts from one product to the next, so that what was built
+    /// for the last image may serve the next one.
+    static bool isLasting(int layerKey);
 
     /// Takes over visibility and opacity, not the name; parameters and elements stay with this state.
     void copyState(const QUORDisplayState& other);

@@ -8,14 +8,16 @@
 
 namespace {
 
-/// In the order in which they are stored.
-constexpr int LAYER_KEYS[] = {
-    QUORDisplayState::RADAR_GROUP,      QUORDisplayState::GEO_GROUP,
-    QUORDisplayState::OUTLINE_LAYER,    QUORDisplayState::PRODUCT_3D_LAYER,
-    QUORDisplayState::PRODUCT_2D_LAYER, QUORDisplayState::RANGE_RINGS_LAYER,
-    QUORDisplayState::TERRAIN_LAYER,    QUORDisplayState::LAT_LON_GRID_LAYER,
-    QUORDisplayState::GEO_LABELS_LAYER,
-};
+/// Groups and layers alike: each has its keys.
+template <class Call>
+void forEach(const QUORDisplayState& state, Call call) {
+    for (const QUORDisplayGroup::Ptr& group : state.getMembers()) {
+        call(*group, QString::number(group->getKey()));
+        for (const QUORDisplayLayer::Ptr& layer : group->getMembers()) {
+            call(*layer, QString::number(layer->getKey()));
+        }
+    }
+}
 
 consteval const QUORSettingsKey& stateRow(std::string_view name) {
     return QUORSettingsTable::row("DISPLAYSTATE", name, "DISPLAYSTATES");
@@ -49,26 +51,20 @@ struct DisplayStates {
 
     static void read(const QUORSettingsReader& reader, QUORDisplayState& state) {
         state.setName(QUORSettingsTable::readText(reader, STATE_NAME));
-        for (const int key : LAYER_KEYS) {
-            if (const QUORDisplayLayer::Ptr layer = state.getLayer(key)) {
-                const QString suffix = QString::number(key);
-                layer->setVisible(
-                    reader.readBool(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, VISIBLE.flag()));
-                layer->setOpacity(reader.readIntClamped(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix,
-                                                        OPACITY.whole(), int(OPACITY.minimum),
-                                                        int(OPACITY.maximum)));
-            }
-        }
+        forEach(state, [&](QUORDisplayLayer& layer, const QString& suffix) {
+            layer.setVisible(
+                reader.readBool(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, VISIBLE.flag()));
+            layer.setOpacity(reader.readIntClamped(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix,
+                                                   OPACITY.whole(), int(OPACITY.minimum),
+                                                   int(OPACITY.maximum)));
+        });
     }
     static void write(QUORSettingsWriter& writer, const QUORDisplayState& state) {
         writer.write(QUORConfig::DISPLAY_STATE_NAME, state.getName());
-        for (const int key : LAYER_KEYS) {
-            if (const QUORDisplayLayer::Ptr layer = state.getLayer(key)) {
-                const QString suffix = QString::number(key);
-                writer.write(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, layer->isVisible());
-                writer.write(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix, layer->getOpacity());
-            }
-        }
+        forEach(state, [&](const QUORDisplayLayer& layer, const QString& suffix) {
+            writer.write(QUORConfig::DISPLAY_STATE_LAYER_VISIBLE + suffix, layer.isVisible());
+            writer.write(QUORConfig::DISPLAY_STATE_LAYER_OPACITY + suffix, layer.getOpacity());
+        });
     }
     static void copy(QUORDisplayState& to, const QUORDisplayState& from) { to.copyState(from); }
 };

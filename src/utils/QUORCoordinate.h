@@ -39,7 +39,10 @@ public:
 
     QString formattedString(Formatter formatter, Modifier modifier) const;
     QString toDecimalString(Modifier modifier) const;
+    /// Degrees, minutes and seconds (60° 7' 24.24" N), whatever the name says: what the setting "DMs"
+    /// selects.
     QString toDmString(Modifier modifier) const;
+    /// Degrees and minutes (60° 7.404' N), likewise: what the setting "Dm" selects.
     QString toDMsString(Modifier modifier) const;
 
     bool operator==(const QUORCoordinate&) const = default;

@@ -38,8 +38,8 @@ constexpr std::array<const char*, 4> PRIORITIES{"<3>", "<4>", "<5>", "<7>"};
 bool isJournalStream(int descriptor) {
     struct stat info {};
     return ::fstat(descriptor, &info) == 0 &&
-           qgetenv("JOURNAL_STREAM") ==
-               QByteArray::number(qulonglong(info.st_dev)) + ':' + QByteArray::number(qulonglong(info.st_ino));
+           qgetenv("JOURNAL_STREAM") == QByteArray::number(qulonglong(info.st_dev)) + ':' +
+                                            QByteArray::number(qulonglong(info.st_ino));
 }
 
 /// A pipe is opened anew, because those who share it must go on writing to it as they did; -1 for what is
@@ -132,8 +132,8 @@ bool QUORLog::openFile(const QString& fileName) {
     _ownsDescriptor = true;
     _isJournal = false;
     // A daemon changes its working directory before it opens the file again.
-    _fileName = fileName.startsWith(QLatin1Char('/')) ? fileName
-                                                      : QDir::currentPath() + QLatin1Char('/') + fileName;
+    _fileName =
+        fileName.startsWith(QLatin1Char('/')) ? fileName : QDir::currentPath() + QLatin1Char('/') + fileName;
     return true;
 }
 

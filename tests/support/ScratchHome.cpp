@@ -8,7 +8,30 @@
 #include <QFile>
 #include <QSettings>
 
-ScratchHome::ScratchHome() {
+#include <utility>
+
+namespace {
+
+const ScratchHome* innermost = nullptr;
+
+} // namespace
+
+ScratchHome::ScratchHome() : _previous(std::exchange(innermost, this)) {
+    enter();
+    QCoreApplication::setOrganizationName(QUORSystem::ORGANIZATION_NAME);
+    QCoreApplication::setOrganizationDomain(QUORSystem::ORGANIZATION_DOMAIN);
+    QCoreApplication::setApplicationName(QStringLiteral("QUOR3D"));
+}
+
+ScratchHome::~ScratchHome() {
+    innermost = _previous;
+    if (innermost != nullptr) {
+        innermost->enter();
+    }
+}
+
+// The settings class looks at the environment once in a process, so it is told as well.
+void ScratchHome::enter() const {
     const QByteArray home = _dir.path().toLocal8Bit();
     qputenv("HOME", home);
     qputenv("XDG_CONFIG_HOME", home + "/.config");
@@ -17,9 +40,7 @@ ScratchHome::ScratchHome() {
     qunsetenv("QUOR3D_BG_SETTINGS");
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
                        _dir.path() + QStringLiteral("/.config"));
-    QCoreApplication::setOrganizationName(QUORSystem::ORGANIZATION_NAME);
-    QCoreApplication::setOrganizationDomain(QUORSystem::ORGANIZATION_DOMAIN);
-    QCoreApplication::setApplicationName(QStringLiteral("QUOR3D"));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, _dir.path() + QStringLiteral("/xdg"));
 }
 
 QString ScratchHome::settingsDirectory() {

@@ -5,10 +5,13 @@
 #include <QTemporaryDir>
 
 /// A temporary home directory with empty user and system settings scopes; the organisation is "QUOR" and
-/// the application "QUOR3D" while it lives.
+/// the application "QUOR3D". They end with it, and the home before it counts again.
 class ScratchHome {
 public:
     ScratchHome();
+    ~ScratchHome();
+    ScratchHome(const ScratchHome&) = delete;
+    ScratchHome& operator=(const ScratchHome&) = delete;
 
     QString path() const { return _dir.path(); }
     /// The directory of the user's settings files.
@@ -20,5 +23,8 @@ public:
     static void removeSettings(const QString& name);
 
 private:
+    void enter() const;
+
     QTemporaryDir _dir;
+    const ScratchHome* _previous;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORImageWriter.h"
 
+#include "QUORExportSettings.h"
 #include "QUORFilePublisher.h"
 #include "QUORSystem.h"
 
@@ -21,21 +22,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-// QUORExportSettings::OutputFormat counts the same way; every other value is a PNG.
-constexpr int FORMAT_TIFF = 0;
-constexpr int FORMAT_JPEG = 2;
-
-} // namespace
-
 vtkSmartPointer<vtkImageWriter> QUORImageWriter::createWriter(int outputFormat) {
-    if (outputFormat == FORMAT_TIFF) {
+    if (outputFormat == QUORExportSettings::Tiff) {
         auto writer = vtkSmartPointer<vtkTIFFWriter>::New();
         writer->SetCompressionToNoCompression();
         return writer;
     }
-    if (outputFormat == FORMAT_JPEG) {
+    if (outputFormat == QUORExportSettings::Jpeg) {
         auto writer = vtkSmartPointer<vtkJPEGWriter>::New();
         writer->ProgressiveOff();
         return writer;

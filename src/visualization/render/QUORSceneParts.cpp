@@ -12,8 +12,7 @@
 namespace {
 
 bool isProduct(const QUORSceneParts::ResultPart& part) {
-    return part.layerKey == QUORDisplayState::PRODUCT_3D_LAYER ||
-           part.layerKey == QUORDisplayState::PRODUCT_2D_LAYER;
+    return !QUORDisplayState::isLasting(part.layerKey);
 }
 
 } // namespace

@@ -15,15 +15,10 @@
 #include <vtkDataSet.h>
 #include <vtkPropAssembly.h>
 
-#include <array>
 #include <exception>
 #include <map>
 
 namespace {
-
-constexpr std::array ADOPTED_LAYERS{QUORDisplayState::OUTLINE_LAYER, QUORDisplayState::TERRAIN_LAYER,
-                                    QUORDisplayState::LAT_LON_GRID_LAYER, QUORDisplayState::GEO_LABELS_LAYER,
-                                    QUORDisplayState::RANGE_RINGS_LAYER};
 
 QString keyed(const QString& kind, const QUORDisplayLayer& layer) {
     return kind + QLatin1Char(' ') + layer.getName() + QStringLiteral(" (") +
@@ -39,7 +34,8 @@ QString finished(const QString& subject, const QUORStopwatch& watch) {
 
 QUORVisualizationPipelineItem::QUORVisualizationPipelineItem(
     const std::shared_ptr<const QUORDisplayState>& state)
-    : _displayState(std::make_shared<QUORDisplayState>()), _styleStamp(QUORSettingsReader::makeStamp(QUORStyleGroup::FILE_NAME)) {
+    : _displayState(std::make_shared<QUORDisplayState>()),
+      _styleStamp(QUORSettingsReader::makeStamp(QUORStyleGroup::FILE_NAME)) {
     const QUORLogScope scope("QUORVisualizationPipelineItem::QUORVisualizationPipelineItem");
     _displayState->copyState(*state);
     create();
@@ -67,13 +63,15 @@ void QUORVisualizationPipelineItem::adoptElements(QUORVisualizationPipelineItem&
         return;
     }
     for (int i = 0; i < _groups.size(); ++i) {
-        for (const int key : ADOPTED_LAYERS) {
-            _groups[i]->exchangeElement(*previous._groups[i], key);
+        const QVector<QUORVisualElement::Ptr> own = _groups[i]->getElements();
+        for (const QUORVisualElement::Ptr& element : own) {
+            const int key = element->getKey();
+            if (QUORDisplayState::isLasting(key)) {
+                _groups[i]->exchangeElement(*previous._groups[i], key);
+                _displayState->getLayer(key)->setElement(getElement(key));
+                previous._displayState->getLayer(key)->setElement(previous.getElement(key));
+            }
         }
-    }
-    for (const int key : ADOPTED_LAYERS) {
-        _displayState->getLayer(key)->setElement(getElement(key));
-        previous._displayState->getLayer(key)->setElement(previous.getElement(key));
     }
 }
 

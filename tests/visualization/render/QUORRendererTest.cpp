@@ -75,7 +75,8 @@ private:
 };
 
 /// A finished item that shows the given props in their layers.
-Item::Ptr finishedItem(const std::vector<std::pair<int, vtkProp*>>& props, const QString& site = {}) {
+Item::Ptr finishedItem(const std::vector<std::pair<int, vtkProp*>>& props, const QString& site = {},
+                       const QUORPoint3D& radar = {}) {
     const auto item = std::make_shared<Item>(std::make_shared<QUORDisplayState>());
     for (const auto& [key, prop] : props) {
         for (const auto& group : item->getGroups()) {
@@ -84,7 +85,7 @@ Item::Ptr finishedItem(const std::vector<std::pair<int, vtkProp*>>& props, const
             group->exchangeElement(*donor, key);
         }
     }
-    item->setSite(site, {0.0, 0.0, 0.0});
+    item->setSite(site, radar);
     item->readResults();
     return item;
 }
@@ -291,6 +292,53 @@ TEST_F(QUORRendererTest, LegendAndColourBarTellOfTheProduct) {
     view->setVisualization(finishedItem({}));
     view->render();
     EXPECT_GE(darkest(8, 130, 6, 50), 60);
+}
+
+TEST_F(QUORRendererTest, TheSiteMarkerStandsWhereTheRadarIs) {
+    const auto view = makeRenderer();
+    for (const QUORPoint3D& radar : {QUORPoint3D{1000.0, -2000.0, 750.0}, QUORPoint3D{0.0, 0.0, 6000.0}}) {
+        view->setVisualization(finishedItem({}, QStringLiteral("TEST"), radar));
+        const double* bounds = view->getSiteMarker()->GetBounds();
+        EXPECT_NEAR((bounds[0] + bounds[1]) / 2, radar.x, 1.0);
+        EXPECT_NEAR((bounds[2] + bounds[3]) / 2, radar.y, 1.0);
+        EXPECT_NEAR((bounds[4] + bounds[5]) / 2, radar.z, 1.0);
+    }
+}
+
+TEST_F(QUORRendererTest, TheColourBarShowsTheMapOfTheProduct) {
+    ScratchHome::writeSettings(
+        QStringLiteral("QUOR3DColors.conf"),
+        QStringLiteral("[DATAMAPPING]\ndata\\size=14\ndata\\3\\data_index=1\n"
+                       "[COLORSCALE 1]\nname=Default\ndata_index=1\ncolorset_index=1\npoints\\size=2\n"
+                       "points\\1\\seam=0\npoints\\2\\seam=50\n"
+                       "[COLORSCALE 2]\nname=Other\ndata_index=1\ncolorset_index=2\npoints\\size=2\n"
+                       "points\\1\\seam=0\npoints\\2\\seam=50\n"
+                       "[COLORSET 1]\npoints\\size=2\npoints\\1\\lower\\r=255\npoints\\1\\upper\\r=254\n"
+                       "points\\2\\lower\\r=255\npoints\\2\\upper\\r=254\n"
+                       "[COLORSET 2]\npoints\\size=2\npoints\\1\\lower\\b=255\npoints\\1\\upper\\b=254\n"
+                       "points\\2\\lower\\b=255\npoints\\2\\upper\\b=254\n"));
+    const auto view = makeRenderer();
+    for (const auto& [map, isBlue] : {std::pair("Default", false), std::pair("Other", true)}) {
+        ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"),
+                                   QStringLiteral("[PRODUCT%20CAPPI%20Z]\nrendering=surface\ncolormap=%1\n")
+                                       .arg(QLatin1String(map)));
+        TestStore store;
+        view->setInfoData(store.frame(TestProduct()), std::make_shared<QUORGeneralSettings>());
+        view->setVisualization(finishedItem({}));
+        view->render();
+        int red = 0;
+        int blue = 0;
+        for (int x = 4; x < 20; ++x) {
+            for (int y = 185; y < 290; ++y) {
+                red += isColor(colorAt(x, y), 255, 0, 0) ? 1 : 0;
+                blue += isColor(colorAt(x, y), 0, 0, 255) ? 1 : 0;
+            }
+        }
+        EXPECT_EQ(blue > 0, isBlue) << map;
+        EXPECT_EQ(red > 0, !isBlue) << map;
+    }
+    ScratchHome::removeSettings(QStringLiteral("QUOR3D.conf"));
+    ScratchHome::removeSettings(QStringLiteral("QUOR3DColors.conf"));
 }
 
 TEST_F(QUORRendererTest, OnlyAnInteractiveViewHasAPointWidget) {
