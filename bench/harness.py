@@ -25,6 +25,12 @@ def display_state(hidden):
 DATA_ONLY = display_state((11, 13, 44, 41, 42, 43))
 
 
+# What packaged defaults may change and the figures are measured with, so that they stay comparable.
+PINNED_GENERAL = "datashrink_h=4\n"
+PINNED_PRODUCT = ("\n[PRODUCT%20CAPPI%20Z]\nrendering=surface\ncolormap=Default\nsurface\\size=1\n"
+                  "surface\\1\\isovalue=-31.5\nsurface\\1\\opacity=100\n")
+
+
 class Failure(Exception):
     """The service did not do what was waited for."""
 
@@ -54,8 +60,10 @@ class Service:
             folder.mkdir(parents=True)
         for packaged in (ROOT / "share").rglob("*.conf"):
             shutil.copy(packaged, system)
+        pinned = "" if "datashrink_h" in settings else PINNED_GENERAL
+        product = "" if "PRODUCT%20CAPPI%20Z" in settings else PINNED_PRODUCT
         (self.conf / "QUOR3D.conf").write_text(
-            "[GENERAL]\ndata3d=%s\ndata2d=%s\n%s" % (self.volumes, self.flat, settings))
+            "[GENERAL]\ndata3d=%s\ndata2d=%s\n%s%s%s" % (self.volumes, self.flat, pinned, settings, product))
         (self.root / "background.conf").write_text(
             "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=TIFF\ndisplaystate=%s\n%sproducts\\size=4\n%s"
             % (self.images, displaystate, background,

@@ -55,6 +55,27 @@ TEST_F(QUORProductSettingsTest, StoresDefaultsOnFirstSight) {
     EXPECT_EQ(again->getVolumeValueHigh(), 66.5);
 }
 
+TEST_F(QUORProductSettingsTest, ThePackagedGroupsCountAndAreNotStored) {
+    ScratchHome::writePackaged(QStringLiteral("QUOR3D.conf"),
+                               QString::fromUtf8(readFile(sourcePath(QStringLiteral("share/QUOR3D.conf")))));
+    const LogCapture log;
+    const struct {
+        const char* configuration;
+        int type;
+        QUORProductSettings::SurfaceParContainer surfaces;
+    } rows[] = {{"Z", 2, {{20, 15}, {40, 30}, {50, 100}}},
+                {"V", 3, {{-20, 100}, {-10, 30}, {10, 30}, {20, 100}}},
+                {"W", 4, {{3, 15}, {6, 30}, {9, 100}}},
+                {"R", 13, {{0.65, 15}, {11.5, 30}, {48.6, 100}}}};
+    for (const auto& row : rows) {
+        QUORProductSettings settings;
+        EXPECT_TRUE(settings.load(CAPPI, QLatin1String(row.configuration), QUORDataType(row.type)));
+        EXPECT_EQ(settings.getSurfaces(), row.surfaces) << row.configuration;
+    }
+    EXPECT_EQ(log.count(QStringLiteral("W: ")), 0);
+    EXPECT_FALSE(QFile::exists(ScratchHome::settingsDirectory() + QStringLiteral("/QUOR3D.conf")));
+}
+
 TEST_F(QUORProductSettingsTest, AddsOnlyWhatAGroupLacks) {
     const struct {
         const char* name;
