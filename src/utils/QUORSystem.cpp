@@ -40,6 +40,19 @@ QString findHomeInDatabase(const QByteArray& user) {
     return QFile::decodeName(found->pw_dir);
 }
 
+/// An installation that was moved has its packaged settings beside its programs.
+QString installedSettingsDirectory() {
+    const QString fromPrograms = QStringLiteral(QUOR_SETTINGS_FROM_PROGRAMS);
+    if (!fromPrograms.isEmpty()) {
+        const QDir programs = QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).dir();
+        const QString moved = QDir::cleanPath(programs.filePath(fromPrograms));
+        if (QFileInfo(moved).isDir()) {
+            return moved;
+        }
+    }
+    return QStringLiteral(QUOR_SETTINGS_DIRECTORY);
+}
+
 } // namespace
 
 namespace QUORSystem {
@@ -95,16 +108,16 @@ QString toPath(const QString& text) {
 
 QStringList getSystemSettingsFolders() {
     const QString named = QFile::decodeName(qgetenv("XDG_CONFIG_DIRS"));
-    return named.isEmpty() ? QStringList{QStringLiteral(QUOR_SYSTEM_SETTINGS_DIR)}
+    return named.isEmpty() ? QStringList{installedSettingsDirectory()}
                            : named.split(QLatin1Char(':'), Qt::SkipEmptyParts);
 }
 
 void useConfiguredSystemScope() {
-    if (qEnvironmentVariableIsEmpty("XDG_CONFIG_DIRS")) {
-        QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope,
-                           QStringLiteral(QUOR_SYSTEM_SETTINGS_DIR));
-        QSettings::setPath(QSettings::IniFormat, QSettings::SystemScope,
-                           QStringLiteral(QUOR_SYSTEM_SETTINGS_DIR));
+    if (!qEnvironmentVariableIsEmpty("XDG_CONFIG_DIRS")) {
+        return;
+    }
+    for (const QSettings::Format format : {QSettings::NativeFormat, QSettings::IniFormat}) {
+        QSettings::setPath(format, QSettings::SystemScope, installedSettingsDirectory());
     }
 }
 

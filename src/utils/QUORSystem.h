@@ -31,8 +31,8 @@ QString expandHome(const QString& path);
 QString toPath(const QString& text);
 /// The folders that the settings layer looks for packaged settings in, first come first served.
 QStringList getSystemSettingsFolders();
-/// Packaged settings are looked for in the configuration folder of this installation, unless XDG_CONFIG_DIRS
-/// is set. Called once, before any settings are read.
+/// Packaged settings are looked for in the configuration folder of this installation, also of one that was
+/// moved, unless XDG_CONFIG_DIRS is set. Called once, before any settings are read.
 void useConfiguredSystemScope();
 
 } // namespace QUORSystem
