@@ -134,7 +134,7 @@ void loadAll(Preset& current, QList<std::shared_ptr<Preset>>& presets) {
 }
 
 template <class Kind, class Preset>
-void saveAll(const Preset& current, const QList<std::shared_ptr<Preset>>& presets) {
+bool saveAll(const Preset& current, const QList<std::shared_ptr<Preset>>& presets) {
     const QUORConfig::Access settings;
     QUORSettingsWriter writer(*settings, Kind::group());
     writer.beginWriteArray(Kind::array(), int(presets.size()) + 1);
@@ -151,7 +151,7 @@ void saveAll(const Preset& current, const QList<std::shared_ptr<Preset>>& preset
         Kind::write(writer, preset);
     }
     writer.endArray();
-    writer.commit();
+    return writer.commit();
 }
 
 } // namespace
@@ -164,10 +164,10 @@ void QUORPresetStore::load(QUORViewAngle& current, QList<QUORViewAngle::Ptr>& pr
     loadAll<ViewAngles>(current, presets);
 }
 
-void QUORPresetStore::save(const QUORDisplayState& current, const QList<QUORDisplayState::Ptr>& presets) {
-    saveAll<DisplayStates>(current, presets);
+bool QUORPresetStore::save(const QUORDisplayState& current, const QList<QUORDisplayState::Ptr>& presets) {
+    return saveAll<DisplayStates>(current, presets);
 }
 
-void QUORPresetStore::save(const QUORViewAngle& current, const QList<QUORViewAngle::Ptr>& presets) {
-    saveAll<ViewAngles>(current, presets);
+bool QUORPresetStore::save(const QUORViewAngle& current, const QList<QUORViewAngle::Ptr>& presets) {
+    return saveAll<ViewAngles>(current, presets);
 }

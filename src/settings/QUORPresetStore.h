@@ -17,8 +17,9 @@ namespace QUORPresetStore {
 void load(QUORDisplayState& current, QList<QUORDisplayState::Ptr>& presets);
 void load(QUORViewAngle& current, QList<QUORViewAngle::Ptr>& presets);
 
-void save(const QUORDisplayState& current, const QList<QUORDisplayState::Ptr>& presets);
-void save(const QUORViewAngle& current, const QList<QUORViewAngle::Ptr>& presets);
+/// False, with an error line in the log, when they could not be stored.
+bool save(const QUORDisplayState& current, const QList<QUORDisplayState::Ptr>& presets);
+bool save(const QUORViewAngle& current, const QList<QUORViewAngle::Ptr>& presets);
 
 /// The translated name of the built-in one, then those of the presets.
 template <class List>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORSettingsFile.h"
 
+#include "QUORSettingsText.h"
 #include "QUORSystem.h"
 
 #include <QDateTime>
@@ -25,80 +26,12 @@
 
 namespace {
 
-constexpr auto BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 constexpr qint64 MAXIMUM_SIZE = 64 << 20; // holds some 300,000 landmarks
 // Values that begin with "@", which may be written as an escape, can be lists in lists, read recursively.
 constexpr qsizetype MAXIMUM_SERIALISED = 32768;
 constexpr qint64 SAVE_PAUSE_MS = 1000;
 constexpr qint64 SAVE_TIMEOUT_MS = 3000;
 constexpr unsigned long SAVE_STEP_MS = 20;
-
-struct Line {
-    int number;
-    QByteArray text;        ///< with the line ends inside it
-    bool openQuote = false; ///< a line end stands between quotation marks
-
-    bool isHashComment() const { return text.trimmed().startsWith('#') && !text.contains('\n'); }
-};
-
-qsizetype skipEscape(const QByteArray& content, qsizetype backslash) {
-    const bool windowsEnd = content.mid(backslash + 1, 2) == "\r\n";
-    return backslash + (windowsEnd ? 2 : 1);
-}
-
-qsizetype findLineEnd(const QByteArray& content, qsizetype start, bool& openQuote) {
-    bool quoted = false;
-    openQuote = false;
-    for (qsizetype i = start; i < content.size(); ++i) {
-        const char c = content.at(i);
-        if (c == '\\') {
-            i = skipEscape(content, i);
-        } else if (c == '"') {
-            quoted = !quoted;
-        } else if (c == '\n' && !quoted) {
-            return i;
-        } else if (c == '\n') {
-            openQuote = true;
-        } else if (c == ';' && !quoted) {
-            const qsizetype end = content.indexOf('\n', i);
-            return end < 0 ? content.size() : end;
-        }
-    }
-    return content.size();
-}
-
-QList<Line> splitLines(const QByteArray& content) {
-    QList<Line> lines;
-    int number = 1;
-    qsizetype start = content.startsWith(BYTE_ORDER_MARK) ? qsizetype(qstrlen(BYTE_ORDER_MARK)) : 0;
-    while (start < content.size()) {
-        bool openQuote = false;
-        const qsizetype end = findLineEnd(content, start, openQuote);
-        const QByteArray text = content.mid(start, end - start);
-        lines.append({number, text, openQuote});
-        number += int(text.count('\n')) + 1;
-        start = end + 1;
-    }
-    return lines;
-}
-
-bool isGood(const Line& line) {
-    const QByteArray text = line.text.trimmed();
-    const qsizetype end = text.indexOf('\n');
-    if (line.openQuote || (end >= 0 && text.indexOf('=', end) >= 0)) {
-        return false; // holds the next line, most likely against the writer's will
-    }
-    if (text.startsWith('[')) {
-        return text.contains(']');
-    }
-    return text.isEmpty() || text.startsWith(';') || line.isHashComment() ||
-           (!text.startsWith('#') && text.contains('='));
-}
-
-bool isKey(const Line& line) {
-    const QByteArray text = line.text.trimmed();
-    return !text.startsWith(';') && !text.startsWith('[') && !line.isHashComment() && text.contains('=');
-}
 
 int openToRead(const QString& fileName) {
     return ::open(QFile::encodeName(fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -116,11 +49,11 @@ int findOverlongValue(const QByteArray& content) {
     if (content.size() <= MAXIMUM_SERIALISED) {
         return 0;
     }
-    const QList<Line> lines = splitLines(content);
-    const auto found = std::ranges::find_if(lines, [](const Line& line) {
+    const QUORSettingsText text(content);
+    const auto found = std::ranges::find_if(text.getLines(), [](const QUORSettingsText::Line& line) {
         return line.text.size() > MAXIMUM_SERIALISED && (line.text.contains('@') || line.text.contains('\\'));
     });
-    return found == lines.cend() ? 0 : found->number;
+    return found == text.getLines().cend() ? 0 : found->number;
 }
 
 bool isInSave(const QFileInfo& file) {
@@ -206,25 +139,16 @@ void QUORSettingsFile::forgetParsed() {
 }
 
 bool QUORSettingsFile::hasKeys(const QByteArray& content) {
-    return std::ranges::any_of(splitLines(content), &isKey);
+    return !QUORSettingsText(content).getKeys().isEmpty();
 }
 
 bool QUORSettingsFile::hasGroup(const QByteArray& content, const QString& group) {
     const bool isGeneral = group.compare(QLatin1String("general"), Qt::CaseInsensitive) == 0;
-    const QByteArray name = group.toUtf8();
-    bool isInside = isGeneral;
-    for (const Line& line : splitLines(content)) {
-        const QByteArray text = line.text.trimmed();
-        if (text.startsWith('[')) {
-            const QByteArray section = text.mid(1, text.indexOf(']') - 1).trimmed();
-            isInside = isGeneral ? section.compare("general", Qt::CaseInsensitive) == 0 ||
-                                       section.compare("%general", Qt::CaseInsensitive) == 0
-                                 : section == name;
-        } else if (isInside && isKey(line)) {
-            return true;
-        }
-    }
-    return false;
+    const QList<QUORSettingsText::Entry> keys = QUORSettingsText(content).getKeys();
+    return std::ranges::any_of(keys, [&](const QUORSettingsText::Entry& entry) {
+        const bool general = entry.section.isEmpty() || entry.section == QLatin1String("General");
+        return isGeneral ? general : entry.section == group;
+    });
 }
 
 bool QUORSettingsFile::isBeingWritten(const QString& fileName) {
@@ -252,20 +176,7 @@ void QUORSettingsFile::awaitSave(const QString& fileName) {
 }
 
 int QUORSettingsFile::findBadLine(const QByteArray& content) {
-    for (const Line& line : splitLines(content)) {
-        if (!isGood(line)) {
-            return line.number;
-        }
-    }
-    return 0;
-}
-
-QByteArray QUORSettingsFile::withoutOddities(const QByteArray& content) {
-    QByteArray result;
-    for (const Line& line : splitLines(content)) {
-        if (!line.isHashComment()) {
-            result += line.text + '\n';
-        }
-    }
-    return result;
+    const QUORSettingsText text(content);
+    const auto bad = std::ranges::find_if(text.getLines(), &QUORSettingsText::Line::isBad);
+    return bad == text.getLines().cend() ? 0 : bad->number;
 }

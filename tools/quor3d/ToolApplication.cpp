@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "ToolApplication.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
-ToolApplication::ToolApplication() {
+ToolApplication::ToolApplication(Kind kind) {
     static int count = 1;
     static char name[] = "quor3d";
     static char* arguments[] = {name, nullptr};
     // The tests bring their own.
     if (QCoreApplication::instance() == nullptr) {
-        _application = std::make_unique<QCoreApplication>(count, arguments);
+        if (kind == Drawing) {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+            _application = std::make_unique<QGuiApplication>(count, arguments);
+        } else {
+            _application = std::make_unique<QCoreApplication>(count, arguments);
+        }
     }
     QCoreApplication::setApplicationName(QStringLiteral("QUOR3D"));
 }

@@ -9,7 +9,10 @@ class QCoreApplication;
 /// without a display, its arguments of no interest to the library. On the main thread, one at a time.
 class ToolApplication {
 public:
-    ToolApplication();
+    /// Text can be drawn into pictures only by one that draws.
+    enum Kind { Plain, Drawing };
+
+    explicit ToolApplication(Kind kind = Plain);
     ~ToolApplication();
     ToolApplication(const ToolApplication&) = delete;
     ToolApplication& operator=(const ToolApplication&) = delete;

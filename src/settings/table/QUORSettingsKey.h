@@ -46,7 +46,7 @@ struct QUORSettingsKey {
     double minimum = -std::numeric_limits<double>::max();
     double maximum = std::numeric_limits<double>::max();
     Beyond beyond = Beyond::Refused;
-    /// Separated by "|".
+    /// Separated by "|"; of a name with "*" the numbers that it may stand for.
     std::string_view choices;
     /// A clause for the settings guide and the tools, with the unit.
     std::string_view meaning;
@@ -54,6 +54,8 @@ struct QUORSettingsKey {
 
     constexpr bool flag() const { return number[0] != 0.0; }
     constexpr int whole() const { return static_cast<int>(number[0]); }
-    QString defaultText() const { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+    QString defaultText() const {
+        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    }
     QString nameText() const { return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())); }
 };

@@ -82,6 +82,10 @@ struct Group {
     constexpr Key length(View name, double fallback, View meaning) const {
         return number(name, fallback, 0.01, 1.0e6, meaning);
     }
+    static constexpr Key numbered(Key row, View numbers) {
+        row.choices = numbers;
+        return row;
+    }
     static constexpr Key ranged(Key row, double low, double high, Key::Beyond beyond) {
         row.minimum = low;
         row.maximum = high;
@@ -117,6 +121,7 @@ inline constexpr Group LANDMARKS{Key::File::Landmarks, "LANDMARKS", "landmarks"}
 inline constexpr std::array<double, 3> BLACK{0.0, 0.0, 0.0};
 inline constexpr std::array<double, 3> GREY{0.3, 0.3, 0.3};
 inline constexpr Key::Beyond LIMITED = Key::Beyond::Limited;
+inline constexpr View LAYERS = "10|11|12|13|40|41|42|43|44";
 inline constexpr View FORMATS = "TIFF|PNG|JPEG";
 inline constexpr View LOWEST = "the lowest value of the data type";
 inline constexpr double LARGEST_SIDE = 16384.0; // pixels
@@ -173,9 +178,13 @@ inline constexpr auto ROWS = std::to_array<Key>({
     Group::ranged(PRODUCT.number("volumeopacityhigh", 100.0, "percent"), 0.0, 100.0, LIMITED),
 
     DISPLAY_STATES.text("displayStateName", "", "what `displaystate` names"),
-    DISPLAY_STATES.flag("displayStateLayerVisible*", false, "whether the layer, or the whole group, is shown"),
-    DISPLAY_STATES.whole("displayStateLayerOpacity*", 0, 0.0, 100.0,
-                         "percent; kept for a client, the service draws by visibility", LIMITED),
+    Group::numbered(DISPLAY_STATES.flag("displayStateLayerVisible*", false,
+                                        "whether the layer, or the whole group, is shown"),
+                    LAYERS),
+    Group::numbered(DISPLAY_STATES.whole("displayStateLayerOpacity*", 0, 0.0, 100.0,
+                                         "percent; kept for a client, the service draws by visibility",
+                                         LIMITED),
+                    LAYERS),
     VIEW_ANGLES.text("viewAngleName", "", "what `viewangle` names"),
     VIEW_ANGLES.number("viewAngleCamPosX", 0.0, "camera position, metres east of the radar"),
     VIEW_ANGLES.number("viewAngleCamPosY", 0.0, "metres north of the radar"),
@@ -209,6 +218,7 @@ inline constexpr auto ROWS = std::to_array<Key>({
     COLOR_SCALE.text("data_units", "N/A", "title of the colour bar"),
     SEAMS.number("seam", 1.0, "a boundary, in the units of the product; ascending"),
     COLOR_SET.text("name", "default", "name of the set"),
+    COLOR_SET.text("colorspace", "RGB", "kept"),
     COLORS.whole("lower/r", 0, 0.0, 255.0, "red where the interval begins", LIMITED),
     COLORS.whole("lower/g", 0, 0.0, 255.0, "green there", LIMITED),
     COLORS.whole("lower/b", 0, 0.0, 255.0, "blue there", LIMITED),

@@ -1,0 +1,346 @@
+// SPDX-License-Identifier: MIT
+#include "QUORPresetChecks.h"
+
+#include "QUORBackgroundSettings.h"
+#include "QUORConfig.h"
+#include "QUORGeneralSettings.h"
+#include "QUORProductSettings.h"
+#include "QUORSettingsReader.h"
+#include "QUORSettingsSearch.h"
+#include "QUORSettingsTable.h"
+
+#include <QSettings>
+
+#include <algorithm>
+
+namespace {
+
+using Cost = QUORFinding::Cost;
+using File = QUORSettingsKey::File;
+
+const QString BACKGROUND = QStringLiteral("BACKGROUND");
+const QString COLORS_FILE = QStringLiteral("QUOR3DColors");
+
+QString quoted(const QString& text) {
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+QString adviseName(const QString& name, const QStringList& known) {
+    const QString near = QUORSettingsSearch::nearest(name, known);
+    return near.isEmpty() ? QStringLiteral("known: ") + known.join(QStringLiteral(", "))
+                          : QStringLiteral("write ") + near;
+}
+
+/// The products of the main settings file's groups, as product and configuration.
+QList<std::pair<QString, QString>> storedProducts() {
+    QList<std::pair<QString, QString>> products;
+    QUORSettingsReader reader(QStringLiteral("QUOR3D"));
+    for (const QString& group : reader.settings().childGroups()) {
+        const QStringList parts = group.split(QLatin1Char(' '));
+        if (parts.size() == 3 && parts.constFirst() == QUORConfig::PRODUCT_GROUP) {
+            products.append({parts.at(1), parts.at(2)});
+        }
+    }
+    return products;
+}
+
+/// The data types that products of a configuration may have.
+QList<QUORDataType> dataTypesOf(const QString& configuration) {
+    QList<QUORDataType> types;
+    for (const QUORDataType::Row& row : QUORDataType::getRows()) {
+        if (row.configuration != nullptr && configuration == QLatin1String(row.configuration)) {
+            types.append(QUORDataType(row.code));
+        }
+    }
+    return types;
+}
+
+struct Product {
+    QString name;
+    QString configuration;
+    QList<QUORDataType> types;
+    bool isThere = false;
+    QString group() const {
+        return QUORConfig::PRODUCT_GROUP + QLatin1Char(' ') + name + QLatin1Char(' ') + configuration;
+    }
+};
+
+QList<Product> listProducts(const QUORProductSurvey* survey) {
+    QList<Product> products;
+    const auto find = [&](const QString& name, const QString& configuration) -> Product& {
+        for (Product& product : products) {
+            if (product.name == name && product.configuration == configuration) {
+                return product;
+            }
+        }
+        products.append({name, configuration, {}, false});
+        return products.last();
+    };
+    if (survey != nullptr) {
+        for (const QUORProductSurvey::Row& row : survey->getRows()) {
+            Product& product = find(row.product, row.configuration);
+            product.isThere = true;
+            if (!product.types.contains(row.newest->getDataType())) {
+                product.types.append(row.newest->getDataType());
+            }
+        }
+    }
+    for (const auto& [name, configuration] : storedProducts()) {
+        Product& product = find(name, configuration);
+        if (product.types.isEmpty()) {
+            product.types = dataTypesOf(configuration);
+        }
+    }
+    return products;
+}
+
+QString describeRange(const QUORDataType& type) {
+    return QString::number(type.getMinDisplayValue()) + QStringLiteral(" to ") +
+           QString::number(type.getMaxDisplayValue()) + QLatin1Char(' ') + type.getQuantityUnit();
+}
+
+void checkValue(QUORFindingCollector& findings, const Product& product, const QString& key, double value,
+                bool isSurface) {
+    const bool reached = std::ranges::any_of(product.types, [value](const QUORDataType& type) {
+        return value >= type.getMinDisplayValue() && value <= type.getMaxDisplayValue();
+    });
+    if (!product.types.isEmpty() && !reached) {
+        findings.addAt(
+            Cost::Wrong, "value-out-of-data", File::Main, product.group(), key,
+            QString::number(value) + QStringLiteral(" is no value of this product, which are ") +
+                describeRange(product.types.constFirst()) +
+                (isSurface ? QStringLiteral("; the surface shows nothing or everything") : QString()),
+            QStringLiteral("write a value in ") + product.types.constFirst().getQuantityUnit());
+    }
+}
+
+void checkRendering(QUORFindingCollector& findings, const Product& product) {
+    if (product.types.isEmpty()) {
+        findings.addAt(Cost::Remark, "unknown-configuration", File::Main, product.group(),
+                       QStringLiteral("rendering"),
+                       QStringLiteral("there are no products of configuration ") + product.configuration,
+                       QStringLiteral("configurations are R, V, W and Z"));
+        return;
+    }
+    const QUORProductSettings settings(product.name, product.configuration, product.types.constFirst(),
+                                       QUORProductSettings::NotSaved);
+    QUORSettingsReader reader(QStringLiteral("QUOR3D"));
+    reader.beginGroup(product.group());
+    if (settings.getRenderingType() == QUORProductSettings::Volume) {
+        for (const char* key : {"volumevaluelow", "volumevaluehigh"}) {
+            const QString name = QString::fromLatin1(key);
+            if (const auto value = QUORSettingsReader::toDouble(reader.findText(name).value_or(QString()))) {
+                checkValue(findings, product, name, *value, false);
+            }
+        }
+        if (settings.getVolumeValueLow() > settings.getVolumeValueHigh()) {
+            findings.addAt(Cost::Wrong, "volume-upside-down", File::Main, product.group(),
+                           QStringLiteral("volumevaluelow"),
+                           QStringLiteral("the volume begins above the value of its highest opacity"),
+                           QStringLiteral("write a value below ") +
+                               QString::number(settings.getVolumeValueHigh()));
+        }
+        return;
+    }
+    const int size = reader.beginReadArray(QUORConfig::PRODUCT_SURFACE_ARRAY, 4);
+    for (int i = 0; i < size; ++i) {
+        reader.setArrayIndex(i);
+        if (const auto value = QUORSettingsReader::toDouble(
+                reader.findText(QUORConfig::PRODUCT_SURFACE_VALUE).value_or(QString()))) {
+            checkValue(findings, product,
+                       QUORConfig::PRODUCT_SURFACE_ARRAY + QLatin1Char('/') + QString::number(i + 1) +
+                           QLatin1Char('/') + QUORConfig::PRODUCT_SURFACE_VALUE,
+                       *value, true);
+        }
+    }
+    if (settings.getRenderingType() == QUORProductSettings::Surface && settings.getSurfaces().isEmpty()) {
+        findings.addAt(Cost::Wrong, "no-surfaces", File::Main, product.group(),
+                       QStringLiteral("surface/size"),
+                       QStringLiteral("the product has no surface, nothing of it is drawn"),
+                       QStringLiteral("add one: surface\\size=1 and surface\\1\\isovalue"));
+    }
+}
+
+void checkScale(QUORFindingCollector& findings, const Product& product,
+                const QUORPresetChecks::ScaleNames& scaleNames) {
+    QUORSettingsReader reader(QStringLiteral("QUOR3D"));
+    reader.beginGroup(product.group());
+    const QString name =
+        QUORSettingsTable::readText(reader, QUORSettingsTable::row("PRODUCT * *", "colormap"));
+    for (const QUORDataType& type : product.types) {
+        const QStringList known = scaleNames(type.getRawType());
+        if (!known.contains(name)) {
+            findings.addAt(product.isThere ? Cost::Wrong : Cost::Remark, "unknown-scale", File::Main,
+                           product.group(), QStringLiteral("colormap"),
+                           QStringLiteral("there is no colour scale ") + quoted(name) +
+                               QStringLiteral(" for ") + type.getQuantityName() +
+                               QStringLiteral(", scale 1 is used"),
+                           adviseName(name, known));
+            return;
+        }
+    }
+}
+
+int readSize(QUORSettingsReader& reader) {
+    const int size = reader.beginReadArray(QStringLiteral("points"), 1000);
+    reader.endArray();
+    return size;
+}
+
+} // namespace
+
+namespace QUORPresetChecks {
+
+std::shared_ptr<QUORDisplayState> checkDisplayState(QUORFindingCollector& findings,
+                                                    QUORGeneralSettings& general,
+                                                    const QUORBackgroundSettings& background) {
+    auto state = std::make_shared<QUORDisplayState>();
+    general.loadDisplayStates(std::make_shared<QUORDisplayState>());
+    const QString name = background.getDisplayStateName();
+    const auto& presets = general.getDisplayStatePresets();
+    const auto found = std::ranges::find(presets, name, [](const auto& preset) { return preset->getName(); });
+    if (QUORConfig::isDefaultName(name)) {
+        return state;
+    }
+    const QString key = QStringLiteral("displaystate");
+    if (found == presets.cend()) {
+        findings.addAt(Cost::Wrong, "unknown-state", File::Background, BACKGROUND, key,
+                       QStringLiteral("there is no display state ") + quoted(name) +
+                           QStringLiteral(", everything is shown"),
+                       adviseName(name, general.getDisplayStateNames()));
+        return state;
+    }
+    state->copyState(**found);
+    const bool shown = state->getGroup(QUORDisplayState::RADAR_GROUP)->isVisible() &&
+                       state->getLayer(QUORDisplayState::PRODUCT_3D_LAYER)->isVisible();
+    if (!shown) {
+        findings.addAt(Cost::Wrong, "product-hidden", File::Background, BACKGROUND, key,
+                       QStringLiteral("the display state ") + quoted(name) +
+                           QStringLiteral(" hides the 3D product"),
+                       QStringLiteral("quor3d states set ") + quoted(name) + QStringLiteral(" --show product"));
+    }
+    return state;
+}
+
+void checkViewAngle(QUORFindingCollector& findings, QUORGeneralSettings& general,
+                    const QUORBackgroundSettings& background) {
+    general.loadViewAngles(std::make_shared<QUORViewAngle>());
+    const QString name = background.getViewAngleName();
+    if (QUORConfig::isDefaultName(name)) {
+        return;
+    }
+    const auto& presets = general.getViewAnglePresets();
+    const auto found = std::ranges::find(presets, name, [](const auto& preset) { return preset->getName(); });
+    const QString key = QStringLiteral("viewangle");
+    if (found == presets.cend()) {
+        findings.addAt(Cost::Wrong, "unknown-view", File::Background, BACKGROUND, key,
+                       QStringLiteral("there is no view angle ") + quoted(name) +
+                           QStringLiteral(", the one from above is used"),
+                       adviseName(name, general.getViewAngleNames()));
+        return;
+    }
+    const QUORPoint3D direction = (*found)->getCameraDirection();
+    if (direction.x == 0.0 && direction.y == 0.0 && direction.z == 0.0) {
+        findings.addAt(Cost::Wrong, "view-without-direction", File::Background, BACKGROUND, key,
+                       QStringLiteral("the view angle ") + quoted(name) +
+                           QStringLiteral(" looks in no direction"),
+                       QStringLiteral("make it again: quor3d views add ") + quoted(name) +
+                           QStringLiteral(" --heading 0 --pitch 40"));
+    }
+}
+
+void checkProducts(QUORFindingCollector& findings, const QUORProductSurvey* survey,
+                   const ScaleNames& scaleNames) {
+    for (const Product& product : listProducts(survey)) {
+        checkRendering(findings, product);
+        if (scaleNames && !product.types.isEmpty()) {
+            checkScale(findings, product, scaleNames);
+        }
+    }
+}
+
+void checkColors(QUORFindingCollector& findings) {
+    QUORSettingsReader reader(COLORS_FILE);
+    const QStringList groups = reader.settings().childGroups();
+    for (const QString& group : groups) {
+        if (!group.startsWith(QLatin1String("COLORSCALE "))) {
+            continue;
+        }
+        reader.beginGroup(group);
+        const int set =
+            QUORSettingsTable::readWhole(reader, QUORSettingsTable::row("COLORSCALE *", "colorset_index"));
+        const int seams = readSize(reader);
+        QList<double> values;
+        reader.beginReadArray(QStringLiteral("points"), seams);
+        for (int i = 0; i < seams; ++i) {
+            reader.setArrayIndex(i);
+            values.append(QUORSettingsTable::readNumber(
+                reader, QUORSettingsTable::row("COLORSCALE *", "seam", "points")));
+        }
+        reader.endArray();
+        reader.endGroup();
+        const QString setGroup = QStringLiteral("COLORSET ") + QString::number(set);
+        reader.beginGroup(setGroup);
+        const int colors = readSize(reader);
+        reader.endGroup();
+        if (seams == 0) {
+            findings.addAt(Cost::Wrong, "scale-without-size", File::Colors, group,
+                           QStringLiteral("points/size"),
+                           QStringLiteral("the scale has no seams, a grey one is used"),
+                           QStringLiteral("write points\\size, the number of its seams"));
+        } else if (!std::ranges::is_sorted(values)) {
+            findings.addAt(
+                Cost::Wrong, "seams-unordered", File::Colors, group, QStringLiteral("points/1/seam"),
+                QStringLiteral("the seams are not in ascending order"), QStringLiteral("sort them"));
+        }
+        if (!groups.contains(setGroup)) {
+            findings.addAt(Cost::Wrong, "unknown-set", File::Colors, group, QStringLiteral("colorset_index"),
+                           QStringLiteral("there is no ") + setGroup +
+                               QStringLiteral(", a grey scale is used"),
+                           QStringLiteral("name the number of a COLORSET"));
+        } else if (colors == 0) {
+            findings.addAt(
+                Cost::Wrong, "set-without-size", File::Colors, setGroup, QStringLiteral("points/size"),
+                QStringLiteral("the colour set has no size, ") + group + QStringLiteral(" is grey"),
+                QStringLiteral("write points\\size, the number of its colours"));
+        }
+    }
+}
+
+void checkPairing(QUORFindingCollector& findings, const QUORProductSurvey& survey) {
+    const auto needs = [](const QUORProductSurvey::Row& row) { return !row.product2d.isEmpty(); };
+    const bool none = std::ranges::none_of(
+        survey.getRows(), [&](const QUORProductSurvey::Row& row) { return !needs(row) || row.with2d > 0; });
+    const QStringList configurations = QUORBackgroundSettings::getAllConfigurations();
+    for (const QUORProductSurvey::Row& row : survey.getRows()) {
+        if (!needs(row) || row.reasons.isEmpty()) {
+            continue;
+        }
+        const QString key = QStringLiteral("products/") +
+                            QString::number(configurations.indexOf(row.configuration) + 1) +
+                            QStringLiteral("/product");
+        const QString images = row.site + QLatin1Char(' ') + row.configuration;
+        QString reason = row.detail;
+        if (row.with2d == 0) {
+            findings.addAt(
+                none ? Cost::NoImages : Cost::Missing, "no-2d-product", File::Background, BACKGROUND, key,
+                QStringLiteral("no image of ") + images +
+                    QStringLiteral(", the 2D layer is shown and its product is missing: ") + reason,
+                QStringLiteral("deliver ") + row.product2d +
+                    QStringLiteral(", name another product or (none): quor3d set ") + BACKGROUND +
+                    QLatin1Char('/') + key + QStringLiteral(" '(none)'"));
+        } else {
+            int without = 0;
+            for (const int count : row.reasons) {
+                without += count;
+            }
+            findings.addAt(Cost::Remark, "some-without-2d", File::Background, BACKGROUND, key,
+                           QString::number(without) + QStringLiteral(" of ") +
+                               QString::number(without + row.with2d) + QStringLiteral(" volumes of ") +
+                               images + QStringLiteral(" have no 2D product: ") + reason,
+                           {});
+        }
+    }
+}
+
+} // namespace QUORPresetChecks
