@@ -255,7 +255,9 @@ void checkTerrain(QUORFindingCollector& findings, const QString& directory, cons
             for (int step = 0; step < width; ++step) {
                 const int lon = (minLon + step + 540) % 360 - 180;
                 ++wanted;
-                missing += tiles.contains(QUORTerrainDir::getFileKey(QUORCoordinate(double(lat), double(lon)))) ? 0 : 1;
+                missing +=
+                    tiles.contains(QUORTerrainDir::getFileKey(QUORCoordinate(double(lat), double(lon)))) ? 0
+                                                                                                         : 1;
             }
         }
         if (missing > 0) {

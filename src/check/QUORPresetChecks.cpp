@@ -9,9 +9,12 @@
 #include "QUORSettingsSearch.h"
 #include "QUORSettingsTable.h"
 
+#include <QMap>
 #include <QSettings>
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace {
 
@@ -22,7 +25,7 @@ const QString BACKGROUND = QStringLiteral("BACKGROUND");
 const QString COLORS_FILE = QStringLiteral("QUOR3DColors");
 
 QString quoted(const QString& text) {
-    return QLatin1Char('"') + text + QLatin1Char('"');
+    return QLatin1Char('"') + text.simplified() + QLatin1Char('"');
 }
 
 QString adviseName(const QString& name, const QStringList& known) {
@@ -181,6 +184,12 @@ void checkScale(QUORFindingCollector& findings, const Product& product,
     }
 }
 
+/// The key that names the 2D product of a row's configuration.
+QString keyOf2d(const QUORProductSurvey::Row& row) {
+    const qsizetype index = QUORBackgroundSettings::getAllConfigurations().indexOf(row.configuration);
+    return QStringLiteral("products/") + QString::number(index + 1) + QStringLiteral("/product");
+}
+
 int readSize(QUORSettingsReader& reader) {
     const int size = reader.beginReadArray(QStringLiteral("points"), 1000);
     reader.endArray();
@@ -214,10 +223,10 @@ std::shared_ptr<QUORDisplayState> checkDisplayState(QUORFindingCollector& findin
     const bool shown = state->getGroup(QUORDisplayState::RADAR_GROUP)->isVisible() &&
                        state->getLayer(QUORDisplayState::PRODUCT_3D_LAYER)->isVisible();
     if (!shown) {
-        findings.addAt(Cost::Wrong, "product-hidden", File::Background, BACKGROUND, key,
-                       QStringLiteral("the display state ") + quoted(name) +
-                           QStringLiteral(" hides the 3D product"),
-                       QStringLiteral("quor3d states set ") + quoted(name) + QStringLiteral(" --show product"));
+        findings.addAt(
+            Cost::Wrong, "product-hidden", File::Background, BACKGROUND, key,
+            QStringLiteral("the display state ") + quoted(name) + QStringLiteral(" hides the 3D product"),
+            QStringLiteral("quor3d states set ") + quoted(name) + QStringLiteral(" --show product"));
     }
     return state;
 }
@@ -311,35 +320,36 @@ void checkPairing(QUORFindingCollector& findings, const QUORProductSurvey& surve
     const auto needs = [](const QUORProductSurvey::Row& row) { return !row.product2d.isEmpty(); };
     const bool none = std::ranges::none_of(
         survey.getRows(), [&](const QUORProductSurvey::Row& row) { return !needs(row) || row.with2d > 0; });
-    const QStringList configurations = QUORBackgroundSettings::getAllConfigurations();
+    // What one site's configurations lack for one reason is one finding.
+    QMap<QString, QList<QUORProductSurvey::Row>> missing;
     for (const QUORProductSurvey::Row& row : survey.getRows()) {
-        if (!needs(row) || row.reasons.isEmpty()) {
-            continue;
-        }
-        const QString key = QStringLiteral("products/") +
-                            QString::number(configurations.indexOf(row.configuration) + 1) +
-                            QStringLiteral("/product");
-        const QString images = row.site + QLatin1Char(' ') + row.configuration;
-        QString reason = row.detail;
-        if (row.with2d == 0) {
-            findings.addAt(
-                none ? Cost::NoImages : Cost::Missing, "no-2d-product", File::Background, BACKGROUND, key,
-                QStringLiteral("no image of ") + images +
-                    QStringLiteral(", the 2D layer is shown and its product is missing: ") + reason,
-                QStringLiteral("deliver ") + row.product2d +
-                    QStringLiteral(", name another product or (none): quor3d set ") + BACKGROUND +
-                    QLatin1Char('/') + key + QStringLiteral(" '(none)'"));
-        } else {
-            int without = 0;
-            for (const int count : row.reasons) {
-                without += count;
-            }
-            findings.addAt(Cost::Remark, "some-without-2d", File::Background, BACKGROUND, key,
+        if (needs(row) && !row.reasons.isEmpty() && row.with2d == 0) {
+            missing[row.site + QLatin1Char('\n') + row.detail].append(row);
+        } else if (needs(row) && !row.reasons.isEmpty()) {
+            const int without = std::accumulate(row.reasons.cbegin(), row.reasons.cend(), 0);
+            findings.addAt(Cost::Remark, "some-without-2d", File::Background, BACKGROUND, keyOf2d(row),
                            QString::number(without) + QStringLiteral(" of ") +
                                QString::number(without + row.with2d) + QStringLiteral(" volumes of ") +
-                               images + QStringLiteral(" have no 2D product: ") + reason,
+                               row.site + QLatin1Char(' ') + row.configuration +
+                               QStringLiteral(" have no 2D product: ") + row.detail,
                            {});
         }
+    }
+    for (const QList<QUORProductSurvey::Row>& rows : std::as_const(missing)) {
+        const QUORProductSurvey::Row& first = rows.constFirst();
+        QStringList configurations;
+        for (const QUORProductSurvey::Row& row : rows) {
+            configurations.append(row.configuration);
+        }
+        findings.addAt(none ? Cost::NoImages : Cost::Missing, "no-2d-product", File::Background, BACKGROUND,
+                       keyOf2d(first),
+                       QStringLiteral("no image of ") + first.site + QLatin1Char(' ') +
+                           configurations.join(QStringLiteral(", ")) +
+                           QStringLiteral(": the 2D layer is shown and its product is missing: ") +
+                           first.detail,
+                       QStringLiteral("deliver ") + first.product2d +
+                           QStringLiteral(", or do without: quor3d set BACKGROUND/") + keyOf2d(first) +
+                           QStringLiteral(" '(none)'"));
     }
 }
 

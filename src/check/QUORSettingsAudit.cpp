@@ -20,7 +20,7 @@ using File = QUORSettingsKey::File;
 using Type = QUORSettingsKey::Type;
 
 QString quoted(const QString& text) {
-    return QLatin1Char('"') + text + QLatin1Char('"');
+    return QLatin1Char('"') + text.simplified() + QLatin1Char('"');
 }
 
 QString describePlace(const QUORSettingsText::Entry& entry) {
@@ -45,8 +45,11 @@ QString describeOutcome(const QUORSettingsKey& row, const QString& text) {
         return QStringLiteral("it makes no sense");
     }
     const QString fallback = QUORSettingsValue::describeDefault(row);
-    return fallback.isEmpty() ? QStringLiteral("it does not count")
-                              : QStringLiteral("the default ") + fallback + QStringLiteral(" counts");
+    if (fallback.isEmpty()) {
+        return QStringLiteral("it does not count");
+    }
+    return (row.computed.empty() ? QStringLiteral("the default ") : QString()) + fallback +
+           QStringLiteral(" counts");
 }
 
 bool isFraction(const QUORSettingsKey& row) {

@@ -6,8 +6,8 @@
 #include "QUORFindingCollector.h"
 #include "QUORGeneralSettings.h"
 #include "QUORSettingsAudit.h"
-#include "QUORSettingsInForce.h"
 #include "QUORSettingsFile.h"
+#include "QUORSettingsInForce.h"
 #include "QUORSettingsReader.h"
 #include "QUORSystem.h"
 
@@ -49,7 +49,9 @@ void QUORSetupCheck::run() {
     QUORPresetChecks::checkProducts(findings, _survey.get(), _drawing.scaleNames);
     QUORPresetChecks::checkColors(findings);
     _outputDirectory = background.getDirectory();
-    QUORDirectoryChecks::checkOutput(findings, _outputDirectory);
+    if (!findings.holds("background-file-missing") && !findings.holds("background-file-elsewhere")) {
+        QUORDirectoryChecks::checkOutput(findings, _outputDirectory);
+    }
     const bool terrain = state->getGroup(QUORDisplayState::GEO_GROUP)->isVisible() &&
                          state->getLayer(QUORDisplayState::TERRAIN_LAYER)->isVisible();
     if (terrain) {
@@ -110,5 +112,7 @@ void QUORSetupCheck::checkBackgroundFile(QUORFindingCollector& findings,
         Cost::Wrong, "background-file-missing", path,
         QStringLiteral("does not exist, its defaults count: TIFF images below the working directory, each "
                        "with an SRI product"),
-        QStringLiteral("quor3d set BACKGROUND/directory DIRECTORY"));
+        QStringLiteral(
+            "quor3d set BACKGROUND/directory DIRECTORY; the file is that of the background user, whom "
+            "BG_USER names in the system configuration, or what QUOR3D_BG_SETTINGS names"));
 }

@@ -2,6 +2,7 @@
 #include "ToolApplication.h"
 
 #include <QGuiApplication>
+#include <QLoggingCategory>
 
 ToolApplication::ToolApplication(Kind kind) {
     static int count = 1;
@@ -11,6 +12,8 @@ ToolApplication::ToolApplication(Kind kind) {
     if (QCoreApplication::instance() == nullptr) {
         if (kind == Drawing) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
+            // Nothing is kept there, and its absence is no concern of whoever wants a picture.
+            QLoggingCategory::setFilterRules(QStringLiteral("*.warning=false"));
             _application = std::make_unique<QGuiApplication>(count, arguments);
         } else {
             _application = std::make_unique<QCoreApplication>(count, arguments);

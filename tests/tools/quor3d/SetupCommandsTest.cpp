@@ -22,6 +22,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
 
 #include <sys/stat.h>
 
@@ -195,6 +196,20 @@ TEST_F(SetupCommandsTest, SaysWhatAProductIsAndHowItPairs) {
     const QString prose = _home.path() + QStringLiteral("/prose");
     writeFile(prose, QByteArray(1000, 'x'));
     EXPECT_EQ(call({"info", prose.toStdString()}, false).status, 1);
+}
+
+/// The program finds the files that the service reads, without a test around it that names them.
+TEST_F(SetupCommandsTest, TheProgramReadsTheUsersFiles) {
+    ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"),
+                               QStringLiteral("[GENERAL]\ndata3d=/somewhere\n"));
+    QProcess program;
+    const QString user = ServiceUser::current();
+    for (const QStringList& words :
+         {QStringList{"check", "--json", "--user", user}, QStringList{"show", "data3d", "--user", user}}) {
+        program.start(QStringLiteral(QUOR3D_BINARY), words);
+        ASSERT_TRUE(program.waitForFinished(60000));
+        EXPECT_TRUE(program.readAllStandardOutput().contains("/somewhere")) << qPrintable(words.first());
+    }
 }
 
 TEST_F(SetupCommandsTest, ChecksForPeopleAndForScripts) {

@@ -99,26 +99,25 @@ void ProductReport::print() const {
         table.add({QStringLiteral("time"), _file->getDataTime().toString(Qt::ISODate) +
                                                QStringLiteral(", in the name ") + _file->getTime()});
     }
-    table.print(QStringLiteral("  "));
     if (_file->isValid()) {
-        printGrid();
-        printStatistics();
+        addGrid(table);
+        addStatistics(table);
     }
     if (_isPaired) {
-        std::cout << "  2D product  "
-                  << (_file2d.isEmpty() ? _reason : _product2d + QStringLiteral(": ") + _file2d).toStdString()
-                  << '\n';
+        table.add({QStringLiteral("2D product"),
+                   _file2d.isEmpty() ? _reason : _product2d + QStringLiteral(": ") + _file2d});
     }
+    table.print(QStringLiteral("  "));
+    printHistogram();
 }
 
-void ProductReport::printGrid() const {
-    TextTable table;
+void ProductReport::addGrid(TextTable& table) const {
     const QString times = QStringLiteral(" x ");
     table.add({QStringLiteral("grid"),
                QString::number(_file->getXPoints()) + times + QString::number(_file->getYPoints()) + times +
                    QString::number(_file->getZPoints()) + QStringLiteral(" points, ") +
-                   QString::number(_file->getDimensions()) + QStringLiteral("D, ") +
-                   QString::number(_file->getItemSize()) + QStringLiteral(" byte each")});
+                   QString::number(_file->getDimensions()) + QStringLiteral("D, bytes of each: ") +
+                   QString::number(_file->getItemSize())});
     table.add({QStringLiteral("step"), number(_file->getXScale() / CM_PER_M) + times +
                                            number(_file->getYScale() / CM_PER_M) + times +
                                            number(_file->getZScale() / CM_PER_M) + QStringLiteral(" m")});
@@ -126,32 +125,34 @@ void ProductReport::printGrid() const {
                                              number(_file->getLengthM() / 1000.0) + times +
                                              number(_file->getHeightM() / 1000.0) + QStringLiteral(" km")});
     table.add({QStringLiteral("map"), _file->getProjection()});
-    table.print(QStringLiteral("  "));
 }
 
-void ProductReport::printStatistics() const {
+void ProductReport::addStatistics(TextTable& table) const {
     if (!_statistics) {
         return;
     }
-    const QUORGridStatistics& statistics = *_statistics;
-    const double share =
-        statistics.elements > 0 ? 100.0 * double(statistics.withData) / double(statistics.elements) : 0.0;
-    std::cout << "  data        " << number(share, 2).toStdString() << " % of " << statistics.elements
-              << " points";
-    if (statistics.withData == 0) {
-        std::cout << ": no echo\n";
+    const double elements = double(std::max<qint64>(_statistics->elements, 1));
+    table.add({QStringLiteral("data"), number(100.0 * double(_statistics->withData) / elements, 2) +
+                                           QStringLiteral(" % of ") + QString::number(_statistics->elements) +
+                                           QStringLiteral(" points")});
+    table.add({QStringLiteral("values"), _statistics->withData == 0
+                                             ? QStringLiteral("no echo")
+                                             : number(_statistics->minimum) + QStringLiteral(" to ") +
+                                                   number(_statistics->maximum) + QStringLiteral(", mean ") +
+                                                   number(_statistics->mean) + QLatin1Char(' ') +
+                                                   _file->getDataType().getQuantityUnit()});
+}
+
+void ProductReport::printHistogram() const {
+    if (!_statistics || _statistics->withData == 0) {
         return;
     }
-    const std::string unit = _file->getDataType().getQuantityUnit().toStdString();
-    std::cout << "\n  values      " << number(statistics.minimum).toStdString() << " to "
-              << number(statistics.maximum).toStdString() << ", mean "
-              << number(statistics.mean).toStdString() << ' ' << unit << '\n';
-    const qint64 largest = *std::ranges::max_element(statistics.histogram);
+    const qint64 largest = *std::ranges::max_element(_statistics->histogram);
     for (int bin = 0; bin < QUORGridStatistics::BINS; ++bin) {
-        const qint64 count = statistics.histogram[std::size_t(bin)];
+        const qint64 count = _statistics->histogram[std::size_t(bin)];
         const int length = int((count * BAR_WIDTH + largest - 1) / largest);
-        const QString line = QStringLiteral("  %1 %2 %3")
-                                 .arg(number(statistics.binStart(bin)), 9)
+        const QString line = QStringLiteral("    %1 %2  %3")
+                                 .arg(number(_statistics->binStart(bin)), 9)
                                  .arg(count, 10)
                                  .arg(QString(length, QLatin1Char('#')));
         std::cout << line.toStdString() << '\n';

@@ -11,6 +11,7 @@
 #include <optional>
 
 class QUOR2DTop;
+class TextTable;
 
 /// One product file in words and units, for people and for scripts.
 class ProductReport {
@@ -28,8 +29,9 @@ public:
 
 private:
     QString describeStatus() const;
-    void printGrid() const;
-    void printStatistics() const;
+    void addGrid(TextTable& table) const;
+    void addStatistics(TextTable& table) const;
+    void printHistogram() const;
 
     std::shared_ptr<const QUORFile> _file;
     QString _error;

@@ -17,6 +17,7 @@ constexpr int BOTTOM = 24;
 constexpr int BAR_LEFT = 24;
 constexpr int BAR_WIDTH = 70;
 constexpr int LEAST_GAP = 15; // pixels between two labels
+constexpr double CLOSE = 0.002;
 
 } // namespace
 
@@ -48,9 +49,12 @@ QImage ScalePicture::draw(const QUORColorScales::Scale& scale) {
     }
     painter.drawRect(BAR_LEFT, TOP, BAR_WIDTH, length);
     int last = HEIGHT;
-    for (const double seam : scale.seams) {
+    for (qsizetype i = 0; i < scale.seams.size(); ++i) {
+        const double seam = scale.seams.at(i);
         const int y = TOP + int((high - seam) / (high - low) * length);
-        if (last - y < LEAST_GAP) {
+        // Of two seams that make a jump the upper one has the round value.
+        const bool jumps = scale.seams.value(i + 1, high + high - low) - seam < CLOSE * (high - low);
+        if (last - y < LEAST_GAP || jumps) {
             continue;
         }
         last = y;

@@ -6,6 +6,7 @@
 #include "QUORSetupCheck.h"
 #include "Terminal.h"
 #include "TextTable.h"
+#include "ToolApplication.h"
 
 #include <CLI/CLI.hpp>
 
@@ -185,6 +186,7 @@ void CheckCommand::addOptions(CLI::App& app) {
 }
 
 ExitStatus CheckCommand::run() {
+    const ToolApplication application; // names the main settings file
     _user.become();
     QUORSetupCheck check({findObstacle, findScaleNames});
     check.run();
