@@ -162,6 +162,7 @@ int QUORApplication::init() {
         printVersion();
         return -1;
     }
+    QUORProcessSetup::reportFatalSignals();
     if (asDaemon) {
         if (!lockPIDFile()) {
             return -1;
@@ -326,12 +327,18 @@ bool QUORApplication::lockPIDFile() {
         return true;
     }
     const QString refusal = QStringLiteral("Not started: another service works under the pid-file ") +
-                            _pidFilePath + QStringLiteral(", process ") +
-                            QString::number(_pidFile.readPid());
-    QUORLog::Instance().logError(refusal);
-    printError(refusal);
-    _exitStatus = 1;
+                            _pidFilePath + QStringLiteral(", process ") + QString::number(_pidFile.readPid());
+    refuse(refusal);
     return false;
+}
+
+/// For the log, and for a terminal that the log does not go to.
+void QUORApplication::refuse(const QString& reason) {
+    QUORLog::Instance().logError(reason);
+    if (optionPresent(OPTION_DAEMON)) {
+        printError(reason);
+    }
+    _exitStatus = 1;
 }
 
 void QUORApplication::updatePIDFile() {

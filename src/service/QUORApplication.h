@@ -39,6 +39,7 @@ public:
 
     void setPIDFilePath(const QString& path) { _pidFilePath = path; }
     void setVersion(const QString& version) { _version = version; }
+    QString getVersion() const { return _version; }
     /// True in the daemon child once it is detached.
     bool isDaemon() const { return _isDaemon; }
 
@@ -94,6 +95,7 @@ private:
     void installApplicationTranslator(const QString& language);
     void installToolkitTranslator(const QString& language);
     bool lockPIDFile();
+    void refuse(const QString& reason);
     int awaitChild(int readyPipe);
     void continueAsDaemon();
 

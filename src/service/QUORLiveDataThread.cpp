@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "QUORLiveDataThread.h"
 
+#include "QUORActivity.h"
 #include "QUORConfig.h"
 #include "QUORDataStore.h"
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
 #include "QUOROffscreenVisualizer.h"
 #include "QUORSettingsReader.h"
-#include "QUORThreadStart.h"
 #include "QUORTerrainDir.h"
+#include "QUORThreadStart.h"
 #include "QUORVisualizationJobs.h"
 
 #include <QCoreApplication>
@@ -163,8 +164,12 @@ void QUORLiveDataThread::visualize2D(const QString& file) {
 }
 
 void QUORLiveDataThread::append(QStringList& queue, const QStringList& files) {
+    for (const QString& file : files) {
+        QUORActivity::Instance().arrived(file);
+    }
     const std::lock_guard lock(_mutex);
     queue.append(files);
+    QUORActivity::Instance().setWaiting(_queue3d.size(), _queue2d.size());
     _wakeUp.notify_one();
 }
 
@@ -189,7 +194,9 @@ bool QUORLiveDataThread::waitForWork() {
 
 QString QUORLiveDataThread::takeFirst(QStringList& queue) {
     const std::lock_guard lock(_mutex);
-    return queue.isEmpty() || _stopRequested ? QString() : queue.takeFirst();
+    const QString file = queue.isEmpty() || _stopRequested ? QString() : queue.takeFirst();
+    QUORActivity::Instance().setWaiting(_queue3d.size(), _queue2d.size());
+    return file;
 }
 
 void QUORLiveDataThread::runPass() {

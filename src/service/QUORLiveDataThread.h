@@ -36,6 +36,7 @@ public:
     /// that image needs the main thread.
     void stop();
 
+    std::shared_ptr<const QUORDataStore> getDataStore() const { return _dataStore; }
     /// Notes the operator's switch; a warning when it has just gone off. It stops nothing: every job sets the
     /// switch on in its record before it is noted.
     bool checkActive(const QUORBackgroundSettings::CPtr& settings);

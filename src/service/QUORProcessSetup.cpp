@@ -2,11 +2,13 @@
 #include "QUORProcessSetup.h"
 
 #include "QUORBackgroundSettings.h"
+#include "QUORLog.h"
 #include "QUORSystem.h"
 
 #include <QDir>
 #include <QFile>
 
+#include <array>
 #include <clocale>
 #include <csignal>
 #include <fcntl.h>
@@ -29,6 +31,28 @@ constexpr const char* RUNTIME_VARIABLE = "XDG_RUNTIME_DIR";
 
 QByteArray ownDirectory(const char* name) {
     return QFile::encodeName(QUORSystem::expandHome(QStringLiteral("~/.quor3d"))) + name;
+}
+
+struct FatalSignal {
+    int number;
+    const char* text;
+};
+
+constexpr std::array FATAL_SIGNALS{
+    FatalSignal{SIGABRT, "The service ends by signal 6: a library or an assertion gave up"},
+    FatalSignal{SIGSEGV, "The service ends by signal 11: memory was used that is not there"},
+    FatalSignal{SIGBUS, "The service ends by signal 7: memory or a mapped file is not there"},
+    FatalSignal{SIGILL, "The service ends by signal 4: an instruction that this machine does not know"},
+    FatalSignal{SIGFPE, "The service ends by signal 8: an arithmetic fault"},
+};
+
+void sayLastWords(int signal) {
+    for (const FatalSignal& row : FATAL_SIGNALS) {
+        if (row.number == signal) {
+            QUORLog::writeLastWords(row.text);
+        }
+    }
+    ::raise(signal);
 }
 
 void openMissingStandardStreams() {
@@ -54,7 +78,7 @@ void fillHome() {
 void resolvePaths() {
     for (const char* variable : {"PIDFILE", QUORBackgroundSettings::FILE_VARIABLE, SHADER_CACHE_VARIABLE}) {
         if (!qEnvironmentVariableIsEmpty(variable)) {
-            const QString path = 
+            const QString path =
                 QDir::current().absoluteFilePath(QUORSystem::toPath(QFile::decodeName(qgetenv(variable))));
             qputenv(variable, QFile::encodeName(path));
         }
@@ -94,6 +118,17 @@ void beforeToolkit() {
 
 void afterToolkit() {
     std::setlocale(LC_NUMERIC, "C");
+}
+
+void reportFatalSignals() {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which report more
+    for (const FatalSignal& row : FATAL_SIGNALS) {
+        struct sigaction action {};
+        action.sa_handler = sayLastWords;
+        action.sa_flags = SA_RESETHAND | SA_NODEFER;
+        ::sigaction(row.number, &action, nullptr);
+    }
+#endif
 }
 
 void requireAddressSpace() {

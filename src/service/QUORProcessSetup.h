@@ -15,6 +15,10 @@ void beforeToolkit();
 /// object sets the user's locale, so this follows its construction.
 void afterToolkit();
 
+/// From here on a process that a fatal signal ends (a failed assertion of a library, memory that is not
+/// there) says so in the log first.
+void reportFatalSignals();
+
 /// Throws a std::runtime_error that says what to do when the process may have too little address space for
 /// OpenGL and the threads of its libraries, which end the process from inside when memory is refused.
 void requireAddressSpace();

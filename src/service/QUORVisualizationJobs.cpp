@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORVisualizationJobs.h"
 
+#include "QUORActivity.h"
 #include "QUORConfig.h"
 #include "QUORDataFrame.h"
 #include "QUORDataStore.h"
@@ -25,6 +26,7 @@ void logRule() {
 }
 
 void logGone(const QString& path) {
+    QUORActivity::Instance().setOutcome(QUORActivity::Outcome::Gone);
     QUORLog::Instance().logWarning(QStringLiteral("Data not available anymore: ") + path);
 }
 
@@ -41,6 +43,15 @@ QString toFileName(QString name) {
     }
     return name;
 }
+
+/// One turn of a file, whatever way it ends.
+class Job {
+public:
+    explicit Job(const QString& path) { QUORActivity::Instance().beginJob(path); }
+    ~Job() { QUORActivity::Instance().endJob(); }
+    Job(const Job&) = delete;
+    Job& operator=(const Job&) = delete;
+};
 
 QString fileNameOf(const QString& path) {
     return QFileInfo(path).fileName();
@@ -68,6 +79,7 @@ void QUORVisualizationJobs::visualize(const QString& path, bool required2D) {
     log.logDebug(path);
     logRule();
     const QUORStopwatch stopwatch;
+    const Job job(path);
     const bool visualized = render(path, required2D);
     const QString seconds = stopwatch.seconds();
     logRule();
@@ -84,8 +96,12 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
         logGone(path);
         return false;
     }
+    QUORActivity::Instance().describeJob(leaf->getSite(), leaf->getConfiguration(),
+                                         leaf->getFile()->getDataTime());
+    const QUORStopwatch dataWatch;
     const QString product2d = _backgroundSettings->get2DProduct(leaf->getConfiguration());
     const auto frame = makeFrame(leaf, product2d);
+    QUORActivity::Instance().addStage(QUORActivity::Data, dataWatch.elapsed());
     if (!frame) {
         logGone(path);
         return false;
@@ -136,6 +152,7 @@ bool QUORVisualizationJobs::isWanted(const std::shared_ptr<QUORDataFrame>& frame
         _missing2D.forget(*leaf);
         return true;
     }
+    QUORActivity::Instance().setOutcome(QUORActivity::Outcome::Waits2D);
     if (!required2D) {
         _missing2D.report(leaf, product2d, _generalSettings->getTimeWindow(), _dataStore->get2DTop().get());
     }

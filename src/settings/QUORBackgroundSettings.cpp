@@ -108,6 +108,8 @@ void QUORBackgroundSettings::reset() {
         QUORExportSettings::getOutputFormatFromString(row("BACKGROUND", "outputformat").defaultText());
     _viewAngleName = row("BACKGROUND", "viewangle").defaultText();
     _displayStateName = row("BACKGROUND", "displaystate").defaultText();
+    _metricsFile = row("BACKGROUND", "metrics").defaultText();
+    _jobLimit = row("BACKGROUND", "joblimit").whole();
     _height = row("BACKGROUND", "height").whole();
     _width = row("BACKGROUND", "width").whole();
     _products.clear();
@@ -129,8 +131,7 @@ void QUORBackgroundSettings::load() {
     _isRead = !shared.file.isDamaged();
     if (settings != nullptr) {
         QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
-                                     QStringLiteral(", status: ") +
-                                     QString::number(int(settings->status())));
+                                     QStringLiteral(", status: ") + QString::number(int(settings->status())));
         read(*settings);
     }
     shared.file.release();
@@ -139,9 +140,9 @@ void QUORBackgroundSettings::load() {
 QString QUORBackgroundSettings::describeDefaults() const {
     using QUORSettingsTable::row;
     return QStringLiteral("where it says nothing else, images go to ") + QDir::current().absolutePath() +
-           QStringLiteral(" as ") + row("BACKGROUND", "outputformat").defaultText() +
-           QStringLiteral(" of ") + QString::number(row("BACKGROUND", "width").whole()) +
-           QStringLiteral(" x ") + QString::number(row("BACKGROUND", "height").whole()) +
+           QStringLiteral(" as ") + row("BACKGROUND", "outputformat").defaultText() + QStringLiteral(" of ") +
+           QString::number(row("BACKGROUND", "width").whole()) + QStringLiteral(" x ") +
+           QString::number(row("BACKGROUND", "height").whole()) +
            QStringLiteral(" pixels, each with its 2D product ") + PRODUCT_2D.defaultText();
 }
 
@@ -154,6 +155,8 @@ void QUORBackgroundSettings::read(QSettings& settings) {
     readFormat(reader);
     _viewAngleName = readText(reader, row("BACKGROUND", "viewangle"));
     _displayStateName = readText(reader, row("BACKGROUND", "displaystate"));
+    _metricsFile = readText(reader, row("BACKGROUND", "metrics"));
+    _jobLimit = readWhole(reader, row("BACKGROUND", "joblimit"));
     _height = readWhole(reader, row("BACKGROUND", "height"));
     _width = readWhole(reader, row("BACKGROUND", "width"));
     const QStringList configurations = getAllConfigurations();

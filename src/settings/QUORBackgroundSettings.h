@@ -72,6 +72,10 @@ public:
     /// Pixels, within the sides of an image.
     int getHeight() const { return _height; }
     int getWidth() const { return _width; }
+    /// Empty for none; "~" is expanded.
+    QString getMetricsFile() const { return QUORSystem::toPath(_metricsFile); }
+    /// Seconds after which a job counts as stuck.
+    int getJobLimit() const { return _jobLimit; }
     /// Empty for a configuration that is not known.
     QString get2DProduct(const QString& configuration) const { return _products.value(configuration); }
     void set2DProduct(const QString& configuration, const QString& product);
@@ -93,6 +97,8 @@ private:
     QUORExportSettings::OutputFormat _outputFormat = QUORExportSettings::Tiff;
     QString _viewAngleName;
     QString _displayStateName;
+    QString _metricsFile;
+    int _jobLimit = 0;
     int _height = 0;
     int _width = 0;
     QMap<QString, QString> _products;

@@ -20,6 +20,8 @@ namespace {
 
 // Trivially destructible, so that it can be asked after the logger has gone.
 std::atomic<bool> logAlive{false};
+// For a signal handler.
+std::atomic<int> openDescriptor{-1};
 
 QString onOneLine(QString text) {
     for (QChar& c : text) {
@@ -129,6 +131,7 @@ bool QUORLog::openFile(const QString& fileName) {
         return false;
     }
     _descriptor = descriptor;
+    openDescriptor = descriptor;
     _ownsDescriptor = true;
     _isJournal = false;
     // A daemon changes its working directory before it opens the file again.
@@ -142,6 +145,7 @@ void QUORLog::openConsole() {
     const int pipe = openWithoutWaiting(STDERR_FILENO);
     _ownsDescriptor = pipe >= 0;
     _descriptor = _ownsDescriptor ? pipe : STDERR_FILENO;
+    openDescriptor = _descriptor;
 }
 
 void QUORLog::logLog(const QString& text, int level) {
@@ -232,7 +236,22 @@ void QUORLog::writeOut(const QByteArray& line) {
     }
 }
 
+void QUORLog::writeLastWords(const char* text) noexcept {
+    std::array<char, 256> line{};
+    std::size_t size = 0;
+    for (const char* part : {"E: ", text, "\n"}) {
+        for (; *part != '\0' && size < line.size(); ++part) {
+            line[size++] = *part;
+        }
+    }
+    if (const int descriptor = openDescriptor; descriptor >= 0 && hasRoom(descriptor)) {
+        const ssize_t written = ::write(descriptor, line.data(), size);
+        Q_UNUSED(written);
+    }
+}
+
 void QUORLog::closeFile() {
+    openDescriptor = -1;
     if (_ownsDescriptor) {
         ::close(_descriptor);
     }

@@ -52,6 +52,10 @@ public:
     void logNotice(const QString& text);
     void logDebug(const QString& text);
 
+    /// Writes an error line of a fatal signal's handler: takes no lock, allocates nothing, and gives up where
+    /// there is no room.
+    static void writeLastWords(const char* text) noexcept;
+
     /// Status and history lines are for a connected user interface; their text is not logged.
     void logStatus(const QString& text, int secs);
     void logHistory(const QString& text);

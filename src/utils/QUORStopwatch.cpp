@@ -7,7 +7,10 @@ void QUORStopwatch::restart() {
     _start = std::chrono::steady_clock::now();
 }
 
+double QUORStopwatch::elapsed() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - _start).count();
+}
+
 QString QUORStopwatch::seconds() const {
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - _start;
-    return QString::number(passed.count(), 'f', 3);
+    return QString::number(elapsed(), 'f', 3);
 }

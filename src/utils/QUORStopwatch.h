@@ -12,6 +12,8 @@ public:
     QUORStopwatch();
 
     void restart();
+    /// Seconds since the start.
+    double elapsed() const;
     /// Seconds since the start with three decimals.
     QString seconds() const;
 

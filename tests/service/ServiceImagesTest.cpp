@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ServiceFolders.h"
 #include "ServiceProcess.h"
+#include "TestFiles.h"
 #include "WaitUntil.h"
 
 #include <QDir>
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -133,6 +135,30 @@ TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
     EXPECT_EQ(images(), QStringList{FIRST_IMAGE});
 }
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(ServiceImagesTest, AnElementThatCannotBeBuiltCostsItsImageAndNothingElse) {
+    start(WITHOUT_2D);
+    _folders.drop(ServiceFolders::storm(0));
+    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    TestProduct large = ServiceFolders::storm(1);
+    large.points = {800, 800, 60};
+    const auto pid = pid_t(_service.daemonPid());
+    const QString statm = QStringLiteral("/proc/%1/statm").arg(pid);
+    const rlim_t pages = readFile(statm).split(' ').first().toULong();
+    rlimit before{};
+    ASSERT_EQ(::prlimit(pid, RLIMIT_AS, nullptr, &before), 0);
+    const rlimit tight{pages * rlim_t(::sysconf(_SC_PAGESIZE)) + (8U << 20U), before.rlim_max};
+    ASSERT_EQ(::prlimit(pid, RLIMIT_AS, &tight, nullptr), 0);
+    _folders.drop(large);
+    EXPECT_TRUE(waitForCount(IGNORED, 1)) << qPrintable(_service.log().right(3000));
+    ASSERT_EQ(::prlimit(pid, RLIMIT_AS, &before, nullptr), 0);
+    _folders.drop(ServiceFolders::storm(5));
+    EXPECT_TRUE(waitForImage(SECOND_IMAGE));
+    EXPECT_EQ(images(), (QStringList{FIRST_IMAGE, SECOND_IMAGE}));
+    EXPECT_GE(count(QStringLiteral(" E: ")), 1);
+}
+#endif
+
 TEST_F(ServiceImagesTest, SiteNamesStayInsideTheOutputDirectory) {
     start(WITHOUT_2D);
     const struct {
@@ -178,8 +204,9 @@ TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceForEachCauseAtTheDefaultLe
     _folders.drop(elsewhere, QStringLiteral("2d"));
     EXPECT_TRUE(_service.waitForLog(beginning + QStringLiteral("there is only that of OTHER")));
     _folders.drop(ServiceFolders::rain(10), QStringLiteral("2d"));
-    EXPECT_TRUE(_service.waitForLog(beginning + QStringLiteral("the closest of this site is 300 seconds away, and "
-                                                               "timewindow=180 accepts half of that")));
+    EXPECT_TRUE(
+        _service.waitForLog(beginning + QStringLiteral("the closest of this site is 300 seconds away, and "
+                                                       "timewindow=180 accepts half of that")));
     _folders.drop(ServiceFolders::rain(5), QStringLiteral("2d"));
     ASSERT_TRUE(waitForImage(SECOND_IMAGE));
     EXPECT_EQ(count(QStringLiteral(" E: ")), 3) << qPrintable(_service.log());
@@ -187,9 +214,10 @@ TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceForEachCauseAtTheDefaultLe
         configure(QByteArray("products\\size=4\nproducts\\4\\product=") + product + "\n");
         TestProduct later = ServiceFolders::storm(product[0]);
         _folders.drop(later);
-        EXPECT_TRUE(_service.waitForLog(QStringLiteral("its 2D product %1 arrives: \"%1\" is no 2D product, valid "
-                                                       "are PPI, SRI, VIL, MAX, (none)")
-                                            .arg(QLatin1String(product))));
+        EXPECT_TRUE(
+            _service.waitForLog(QStringLiteral("its 2D product %1 arrives: \"%1\" is no 2D product, valid "
+                                               "are PPI, SRI, VIL, MAX, (none)")
+                                    .arg(QLatin1String(product))));
     }
     EXPECT_EQ(_service.terminate(), 0);
     EXPECT_EQ(images(), QStringList{SECOND_IMAGE});

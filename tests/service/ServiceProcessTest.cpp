@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "QUORVersion.h"
 #include "ServiceProcess.h"
+#include "QUORVersion.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -25,6 +25,8 @@ constexpr const char* HELP =
     "\t--logfile\tlogfile='filename', name of the log file, only for background processes\n"
     "\t--loglevel\tloglevel='number', adjust logging level, number can be\n"
     "\t\t\t0 error (default)\n\t\t\t1 warning\n\t\t\t2 notice\n\t\t\t3 debug\n"
+    "\t--metrics\tmetrics='filename', file of the metrics, in place of the setting\n"
+    "\t--status\tstatus='filename', file of the status, by default in the run-time directory\n"
     "\t--version\tdisplay program version and exit\n";
 
 const std::string VERSION_TEXT = std::string("Version: ") + QUOR_VERSION + "\n";
@@ -118,12 +120,11 @@ TEST(ServiceProcessTest, APidFileIsHeldByOneDaemonAndGoesWithIt) {
     service.write(QStringLiteral("pid"), "99999999 of a daemon that was killed\n");
     ASSERT_TRUE(service.startDaemon());
     const QByteArray pid = QByteArray::number(service.daemonPid());
-    const auto second = service.run({QStringLiteral("--daemon"), QStringLiteral("--logfile=") +
-                                                                    service.path(QStringLiteral("log2"))});
+    const auto second = service.run(
+        {QStringLiteral("--daemon"), QStringLiteral("--logfile=") + service.path(QStringLiteral("log2"))});
     EXPECT_EQ(second.exitCode, 1);
-    EXPECT_EQ(text(second.errors),
-              "Not started: another service works under the pid-file " + text(file) + ", process " +
-                  pid.toStdString() + "\n");
+    EXPECT_EQ(text(second.errors), "Not started: another service works under the pid-file " + text(file) +
+                                       ", process " + pid.toStdString() + "\n");
     EXPECT_TRUE(service.read(QStringLiteral("log2")).contains(" E: Not started: "));
     EXPECT_EQ(service.read(QStringLiteral("pid")), pid + '\n');
     EXPECT_EQ(service.terminate(), 0);
@@ -135,6 +136,16 @@ TEST(ServiceProcessTest, APidFileIsHeldByOneDaemonAndGoesWithIt) {
     EXPECT_EQ(service.terminate(), 0);
     EXPECT_EQ(service.read(QStringLiteral("pid")), "of somebody else");
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(ServiceProcessTest, AFatalSignalLeavesALine) {
+    ServiceProcess service;
+    ASSERT_TRUE(service.startDaemon());
+    service.signal(SIGABRT);
+    EXPECT_EQ(service.waitForEnd(), -SIGABRT);
+    EXPECT_TRUE(service.log().contains(QStringLiteral("E: The service ends by signal 6")));
+}
+#endif
 
 TEST(ServiceProcessTest, AReaderOfTheLogThatHasGoneStopsNothing) {
     int pipe[2] = {-1, -1};

@@ -3,6 +3,7 @@
 #include "QUORLiveDataThread.h"
 #include "QUORLog.h"
 #include "QUORProcessSetup.h"
+#include "QUORServiceMonitor.h"
 #include "QUORSystem.h"
 #include "QUORVersion.h"
 
@@ -10,13 +11,35 @@
 
 #include <exception>
 
+namespace {
+
+const QString METRICS = QStringLiteral("metrics");
+const QString STATUS = QStringLiteral("status");
+
+/// Before a daemon changes its directory.
+QUORServiceMonitor::Files findFiles(const QUORApplication& application) {
+    QString metrics;
+    QString status;
+    application.optionValue(METRICS, metrics, {});
+    application.optionValue(STATUS, status, QUORServiceMonitor::getDefaultStatusFile());
+    return {metrics.isEmpty() ? metrics : QDir::current().absoluteFilePath(QUORSystem::toPath(metrics)),
+            QDir::current().absoluteFilePath(QUORSystem::toPath(status))};
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
     QUORSystem::useConfiguredSystemScope();
     QUORApplication application(argc, argv);
     application.addOption(QStringLiteral("daemon"), QStringLiteral("run program in the background"));
+    application.addOption(METRICS, QStringLiteral("metrics='filename', file of the metrics, in place of the "
+                                                  "setting"));
+    application.addOption(STATUS, QStringLiteral("status='filename', file of the status, by default in the "
+                                                 "run-time directory"));
     application.setPIDFilePath(QStringLiteral("/var/run/quor3dd.pid"));
     application.setVersion(QString::fromLatin1(QUOR_VERSION));
     QCoreApplication::setApplicationName(QStringLiteral("QUOR3D"));
+    const QUORServiceMonitor::Files files = findFiles(application);
     if (application.init() < 0) {
         return application.exitStatus();
     }
@@ -26,6 +49,7 @@ int main(int argc, char** argv) {
     try {
         QUORProcessSetup::requireAddressSpace();
         const QUORLiveDataThread thread;
+        const QUORServiceMonitor monitor(thread.getDataStore(), application.getVersion(), files);
         application.confirmStart();
         return QCoreApplication::exec();
     } catch (const std::exception& error) {

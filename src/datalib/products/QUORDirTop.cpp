@@ -391,6 +391,11 @@ QStringList QUORDirTop::findAllMatchingProducts(const QUORFileLeaf::CPtr& leaf, 
     return productNames(leaves, withConfiguration, QStringLiteral("    New product: "));
 }
 
+qsizetype QUORDirTop::countFiles() const {
+    const std::shared_lock lock(_lock);
+    return _byName.size();
+}
+
 QStringList QUORDirTop::listSites() const {
     QStringList sites = getChildrenNames();
     logDebug(QStringLiteral("Available sites:"));

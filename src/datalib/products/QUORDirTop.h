@@ -87,6 +87,7 @@ public:
     static QUORFileLeaf::Ptr findClosestMatch(const Leaves& leaves, const QDateTime& t);
     QStringList findAllMatchingProducts(const QUORFileLeaf::CPtr& leaf, int timeWindow,
                                         bool withConfiguration) const;
+    qsizetype countFiles() const;
     QStringList listSites() const;
     QStringList listProductsForSite(const QString& site, bool withConfiguration) const;
 

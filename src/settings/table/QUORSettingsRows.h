@@ -163,6 +163,10 @@ inline constexpr auto ROWS = std::to_array<Key>({
     BACKGROUND.whole("height", 1200, 1.0, LARGEST_SIDE, "pixels"),
     BACKGROUND.text("displaystate", "Default", "name of a [display state](#display-states)"),
     BACKGROUND.text("viewangle", "Default", "name of a [view angle](#view-angles)"),
+    BACKGROUND.text("metrics", "",
+                    "file of the [metrics](operating.md#watching-the-service); empty for none"),
+    BACKGROUND.whole("joblimit", 120, 1.0, 86400.0,
+                     "seconds after which a job counts as stuck and a watchdog is no longer fed"),
     PRODUCTS.choice("product", "SRI", "SRI|PPI|VIL|MAX|(none)",
                     "2D product for one kind of 3D product, `(none)` to draw without"),
 

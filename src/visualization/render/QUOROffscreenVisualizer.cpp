@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUOROffscreenVisualizer.h"
 
+#include "QUORActivity.h"
 #include "QUORAssert.h"
 #include "QUORCameraInteractor.h"
 #include "QUORConfig.h"
@@ -98,6 +99,7 @@ void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataF
     closeGate();
     _outputFile = outputFile;
     _rendered = false;
+    _sceneWatch.restart();
     try {
         _visualization->setSourceData(frame);
         _visualization->updateVisualization(true);
@@ -205,6 +207,7 @@ void QUOROffscreenVisualizer::visualizationFinished(QUORVisualization* visualiza
     };
     const GateOpener opener{*this};
     const QUORLogScope scope("QUOROffscreenVisualizer::visualizationFinished");
+    QUORActivity::Instance().addStage(QUORActivity::Scene, _sceneWatch.elapsed());
     try {
         renderImage(*visualization);
     } catch (const std::exception& e) {
@@ -222,6 +225,7 @@ void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
     logDebug(QStringLiteral("Creating offscreen render window.."));
     QString error;
     if (!provideWindow(error)) {
+        QUORActivity::Instance().setOutcome(QUORActivity::Outcome::NotDrawn);
         logFailure(QStringLiteral("OpenGL is not usable: ") + error);
         return;
     }
@@ -233,11 +237,16 @@ void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
         logDebug(QStringLiteral("Not rendered without its 3D data: ") + _outputFile);
         return;
     }
-    prepareWindow();
-    prepareRenderer(visualization);
-    logDebug(QStringLiteral("Rendering visualization.."));
-    _renderer->render();
+    QUORActivity::Instance().setOutcome(QUORActivity::Outcome::NotDrawn);
+    {
+        const QUORActivityStage stage(QUORActivity::Render);
+        prepareWindow();
+        prepareRenderer(visualization);
+        logDebug(QStringLiteral("Rendering visualization.."));
+        _renderer->render();
+    }
     _rendered = true;
+    const QUORActivityStage stage(QUORActivity::Write);
     writeImage();
 }
 
@@ -300,6 +309,8 @@ void QUOROffscreenVisualizer::writeImage() {
         written = writer.write(reader->GetOutput(), _backgroundSettings->getOutputFormat());
         logDebug(QStringLiteral("..writing took ") + encoding.seconds() + QStringLiteral(" seconds."));
     }
+    QUORActivity::Instance().setOutcome(
+        written ? QUORActivity::Outcome::Written : QUORActivity::Outcome::NotWritten, _outputFile);
     if (!written) {
         QUORLog::Instance().logError(QStringLiteral("Writing output failed: ") + _outputFile);
         QUORLog::Instance().logWarning(_outputFile + QStringLiteral(": ") + writer.getError());

@@ -4,6 +4,7 @@
 #include "QUORBackgroundSettings.h"
 #include "QUORDisplayState.h"
 #include "QUORGeneralSettings.h"
+#include "QUORStopwatch.h"
 #include "QUORViewAngle.h"
 #include "QUORVisualizationObserver.h"
 
@@ -83,6 +84,7 @@ private:
     QUORBackgroundSettings::Ptr _backgroundSettings;
     QUORDisplayState::Ptr _displayState;
     QString _outputFile;
+    QUORStopwatch _sceneWatch;
     bool _rendered = false;
 
     vtkSmartPointer<vtkOpenGLRenderWindow> _window;

@@ -3,6 +3,7 @@
 
 #include "QUOREglDisplay.h"
 #include "QUOREglRenderWindow.h"
+#include "QUORLog.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,6 +14,9 @@
 #include <vtkCommand.h>
 #include <vtkNew.h>
 #include <vtkXOpenGLRenderWindow.h>
+
+#include <cstdlib>
+#include <unistd.h>
 
 // Last: the X headers define words such as None and Bool.
 #include <X11/Xlib.h>
@@ -33,12 +37,20 @@ void provideShaderCache() {
     qputenv("MESA_SHADER_CACHE_DIR", QFile::encodeName(cache));
 }
 
+/// The display library ends the process when this returns, and knows no way back.
+int endWithoutDisplay(Display*) {
+    QUORLog::Instance().logError(
+        QStringLiteral("The X server has ended, and the service with it: start it again, or give it EGL"));
+    ::_exit(EXIT_FAILURE);
+}
+
 /// The X display that the environment names, when it answers and knows OpenGL: the window's own code ends
 /// the process where it does not. Kept open, since a server may restart when its last client leaves.
 Display* findXDisplay() {
     static Display* display = nullptr;
     if (display == nullptr && !qEnvironmentVariableIsEmpty("DISPLAY")) {
         display = XOpenDisplay(nullptr);
+        XSetIOErrorHandler(endWithoutDisplay);
     }
     int opcode = 0;
     int event = 0;
