@@ -147,6 +147,10 @@ class Service:
         return self.wait("image *" + ending, lambda: next(
             (e.path for e in os.scandir(self.images) if e.name.endswith(ending)), None), deadline)
 
+    def wait_images(self, count):
+        self.wait("%d images" % count, lambda: sum(
+            not e.name.startswith(".") for e in os.scandir(self.images)) >= count)
+
     def status(self, key):
         for line in open("/proc/%d/status" % self.process.pid):
             if line.startswith(key + ":"):

@@ -10,7 +10,6 @@
 #include "QUORSettingsReader.h"
 #include "QUORTerrainDir.h"
 #include "QUORThreadStart.h"
-#include "QUORVisualizationJobs.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -45,6 +44,32 @@ void logWhenNothingIsConfigured(const QUORGeneralSettings& settings) {
             QStringLiteral("] names one in ") +
             QUORSettingsReader::findUserFile(QCoreApplication::applicationName()));
     }
+}
+
+QString fileNameOf(const QString& path) {
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+/// What the tree knows of a file; one that it has not is an arrival all the same, never a live one. The
+/// series of a 3D file is its site and configuration, of a 2D file its site and product.
+QUORArrival describe(const QString& path, const QUORDirTop::CPtr& tree, bool is2D) {
+    QUORArrival arrival;
+    arrival.path = path;
+    if (const QUORFileLeaf::CPtr leaf = tree ? tree->findLeaf(fileNameOf(path)) : nullptr) {
+        arrival.key = leaf->getKey();
+        arrival.series =
+            leaf->getSite() + QLatin1Char('/') + (is2D ? leaf->getProduct() : leaf->getConfiguration());
+        arrival.time = leaf->getFile()->getDataTime();
+    }
+    return arrival;
+}
+
+QList<QUORArrival> describe(const QStringList& paths, const QUORDirTop::CPtr& tree, bool is2D) {
+    QList<QUORArrival> arrivals;
+    for (const QString& path : paths) {
+        arrivals.append(describe(path, tree, is2D));
+    }
+    return arrivals;
 }
 
 // A file that no step foresaw costs its image and nothing else.
@@ -98,7 +123,7 @@ void QUORLiveDataThread::init() {
                                _generalSettings->getGeoDir(), TERRAIN_CACHE);
     _visualizer = std::make_shared<QUOROffscreenVisualizer>();
     _jobs = std::make_unique<QUORVisualizationJobs>(_dataStore, _generalSettings, _backgroundSettings,
-                                                    _visualizer, _stopRequested);
+                                                    _visualizer);
     logDebug(QStringLiteral("Launching timer for monitoring path changes.."));
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &QUORLiveDataThread::updateDataDirectory);
@@ -144,32 +169,26 @@ void QUORLiveDataThread::updateDataDirectory() {
 void QUORLiveDataThread::dataStoreNewDataAvailable3d(QUORDataStore*, const QStringList& added,
                                                      const QStringList&) {
     const QUORLogScope scope("QUORLiveDataThread::dataStoreNewDataAvailable3d");
-    append(_queue3d, added);
+    append(_queue3d, describe(added, _dataStore->get3DTop(), false));
 }
 
 void QUORLiveDataThread::dataStoreNewDataAvailable2d(QUORDataStore*, const QStringList& added,
                                                      const QStringList&) {
     const QUORLogScope scope("QUORLiveDataThread::dataStoreNewDataAvailable2d");
-    append(_queue2d, added);
+    append(_queue2d, describe(added, _dataStore->get2DTop(), true));
 }
 
-void QUORLiveDataThread::visualize(const QString& file, bool required2D) {
-    _backgroundSettings->setActivated(true);
-    checkActive(_backgroundSettings);
-    _jobs->visualize(file, required2D);
-}
-
-void QUORLiveDataThread::visualize2D(const QString& file) {
-    _jobs->visualize2D(file);
-}
-
-void QUORLiveDataThread::append(QStringList& queue, const QStringList& files) {
-    for (const QString& file : files) {
-        QUORActivity::Instance().arrived(file);
+void QUORLiveDataThread::append(QUORArrivalQueue& queue, const QList<QUORArrival>& arrivals) {
+    for (const QUORArrival& arrival : arrivals) {
+        if (!arrival.without2D) {
+            QUORActivity::Instance().arrived(arrival.path);
+        }
     }
     const std::lock_guard lock(_mutex);
-    queue.append(files);
-    QUORActivity::Instance().setWaiting(_queue3d.size(), _queue2d.size());
+    for (const QUORArrival& arrival : arrivals) {
+        queue.append(arrival);
+    }
+    QUORActivity::Instance().setWaiting(_queue3d.getSize(), _queue2d.getSize());
     _wakeUp.notify_one();
 }
 
@@ -183,20 +202,44 @@ void QUORLiveDataThread::run() {
 // False when the thread has to end.
 bool QUORLiveDataThread::waitForWork() {
     std::unique_lock lock(_mutex);
-    const auto hasReason = [this] { return _stopRequested || !_queue3d.isEmpty() || !_queue2d.isEmpty(); };
-    if (!hasReason()) {
+    const auto hasReason = [this] {
+        return _stopRequested || !_completed.isEmpty() || !_queue3d.isEmpty() || !_queue2d.isEmpty();
+    };
+    const Clock::time_point next = getNextTime();
+    if (!hasReason() && next > Clock::now()) {
+        _is2DsTurn = false;
         logDebug(QStringLiteral("QUORLiveDataThread: --- GOING TO SLEEP ---"));
-        _wakeUp.wait(lock, hasReason);
+        if (next == Clock::time_point::max()) {
+            _wakeUp.wait(lock, hasReason);
+        } else {
+            _wakeUp.wait_until(lock, next, hasReason);
+        }
         logDebug(QStringLiteral("QUORLiveDataThread: --- WAKE UP ---"));
     }
     return !_stopRequested;
 }
 
-QString QUORLiveDataThread::takeFirst(QStringList& queue) {
+/// When there is something to do that nobody reports.
+QUORLiveDataThread::Clock::time_point QUORLiveDataThread::getNextTime() const {
+    const int wait = _backgroundSettings->getWait2D();
+    return std::min(_unwritten.getNextTime(),
+                    wait < 0 ? Clock::time_point::max() : _waiting.getNextTime(std::chrono::seconds(wait)));
+}
+
+std::optional<QUORArrival> QUORLiveDataThread::takeLive(QUORArrivalQueue& queue) {
+    return take(queue, &QUORArrivalQueue::takeLive);
+}
+
+std::optional<QUORArrival> QUORLiveDataThread::takeFirst(QUORArrivalQueue& queue) {
+    return take(queue, &QUORArrivalQueue::takeFirst);
+}
+
+std::optional<QUORArrival> QUORLiveDataThread::take(QUORArrivalQueue& queue,
+                                                    std::optional<QUORArrival> (QUORArrivalQueue::*next)()) {
     const std::lock_guard lock(_mutex);
-    const QString file = queue.isEmpty() || _stopRequested ? QString() : queue.takeFirst();
-    QUORActivity::Instance().setWaiting(_queue3d.size(), _queue2d.size());
-    return file;
+    std::optional<QUORArrival> arrival = _stopRequested ? std::nullopt : (queue.*next)();
+    QUORActivity::Instance().setWaiting(_queue3d.getSize(), _queue2d.getSize());
+    return arrival;
 }
 
 void QUORLiveDataThread::runPass() {
@@ -204,12 +247,130 @@ void QUORLiveDataThread::runPass() {
         _generalSettings->load();
         _backgroundSettings->load();
     });
-    if (const QString file = takeFirst(_queue3d); !file.isEmpty()) {
-        QUORLog::Instance().logNotice(QStringLiteral("QUORLiveDataThread: new 3D file arrived ") + file);
-        runGuarded(file, [&] { visualize(file, false); });
+    drawOverdue();
+    if (!runNext()) {
+        drawUnwritten();
     }
-    if (const QString file = takeFirst(_queue2d); !file.isEmpty()) {
-        QUORLog::Instance().logNotice(QStringLiteral("QUORLiveDataThread: new 2D file arrived ") + file);
-        runGuarded(file, [&] { visualize2D(file); });
+}
+
+// One image, or the look for what a 2D file completes. False when nothing waits.
+bool QUORLiveDataThread::runNext() {
+    if (const auto live = takeLive(_queue3d)) {
+        draw3D(*live);
+        return true;
+    }
+    if (const auto live = takeLive(_queue2d)) {
+        complete3D(*live);
+        return true;
+    }
+    if (!_completed.isEmpty()) {
+        draw(_completed.takeFirst(), QUORVisualizationJobs::Required);
+        return true;
+    }
+    // The others in turn.
+    const auto first2d = _is2DsTurn ? takeFirst(_queue2d) : std::nullopt;
+    const auto first3d = first2d ? std::nullopt : takeFirst(_queue3d);
+    const auto only2d = first2d || first3d ? first2d : takeFirst(_queue2d);
+    _is2DsTurn = bool(first3d);
+    if (first3d) {
+        draw3D(*first3d);
+    } else if (only2d) {
+        complete3D(*only2d);
+    }
+    return first3d || only2d;
+}
+
+void QUORLiveDataThread::draw3D(const QUORArrival& arrival) {
+    if (arrival.without2D) {
+        draw(arrival, QUORVisualizationJobs::Waived);
+        return;
+    }
+    QUORLog::Instance().logNotice(QStringLiteral("QUORLiveDataThread: new 3D file arrived ") + arrival.path);
+    draw(arrival, QUORVisualizationJobs::AsShown);
+}
+
+void QUORLiveDataThread::complete3D(const QUORArrival& arrival2d) {
+    QUORLog::Instance().logNotice(QStringLiteral("QUORLiveDataThread: new 2D file arrived ") +
+                                  arrival2d.path);
+    {
+        const std::lock_guard lock(_mutex);
+        _queue2d.noteDrawn(arrival2d.series, arrival2d.time);
+    }
+    runGuarded(arrival2d.path, [&] {
+        // Before what an earlier 2D file has left, which a live one has overtaken.
+        _completed =
+            describe(_jobs->findCompleted(arrival2d.path), _dataStore->get3DTop(), false) + _completed;
+    });
+}
+
+void QUORLiveDataThread::draw(const QUORArrival& arrival, QUORVisualizationJobs::Need2D need) {
+    QUORVisualizationJobs::Result result = QUORVisualizationJobs::Ignored;
+    runGuarded(arrival.path, [&] {
+        _backgroundSettings->setActivated(true);
+        checkActive(_backgroundSettings);
+        result = _jobs->visualize(arrival.path, need);
+    });
+    note(arrival, need, result);
+}
+
+void QUORLiveDataThread::note(const QUORArrival& arrival, QUORVisualizationJobs::Need2D need,
+                              QUORVisualizationJobs::Result result) {
+    if (arrival.key.isEmpty()) {
+        return;
+    }
+    if (result == QUORVisualizationJobs::NotWritten) {
+        QUORArrival image = arrival;
+        image.without2D = need == QUORVisualizationJobs::Waived;
+        _unwritten.add(image);
+    } else {
+        _unwritten.remove(arrival.key);
+    }
+    QUORActivity::Instance().setUnwritten(_unwritten.getCount());
+    if (result == QUORVisualizationJobs::Missing2D) {
+        _waiting.add(arrival);
+    } else if (result == QUORVisualizationJobs::Visualized) {
+        _waiting.remove(arrival.key);
+        const std::lock_guard lock(_mutex);
+        _queue3d.noteDrawn(arrival.series, arrival.time);
+    }
+}
+
+// The product may have gone, or another one may stand under its name.
+bool QUORLiveDataThread::isStill(const QUORArrival& product) const {
+    return describe(product.path, _dataStore->get3DTop(), false).key == product.key;
+}
+
+void QUORLiveDataThread::drawOverdue() {
+    const int wait = _backgroundSettings->getWait2D();
+    if (wait < 0) {
+        _waiting = {};
+        return;
+    }
+    QList<QUORArrival> due = _waiting.takeDue(std::chrono::seconds(wait));
+    due.removeIf([this](const QUORArrival& product) { return !isStill(product); });
+    for (QUORArrival& product : due) {
+        product.without2D = true;
+    }
+    append(_queue3d, due);
+}
+
+// One of them, so that an arrival waits for no more than that.
+void QUORLiveDataThread::drawUnwritten() {
+    const std::optional<QUORArrival> image = _unwritten.findDue();
+    if (!image) {
+        return;
+    }
+    const auto tree = _dataStore->get3DTop();
+    const QUORFileLeaf::CPtr leaf = tree ? tree->findLeaf(fileNameOf(image->path)) : nullptr;
+    if (!leaf || leaf->getKey() != image->key) {
+        _unwritten.remove(image->key);
+        QUORActivity::Instance().setUnwritten(_unwritten.getCount());
+    } else if (!_jobs->canWrite(*leaf)) {
+        _unwritten.postpone();
+    } else {
+        QUORLog::Instance().logNotice(QStringLiteral("QUORLiveDataThread: image not written before, of ") +
+                                      QString::number(_unwritten.getCount()) + QLatin1Char(' ') +
+                                      image->path);
+        draw(*image, image->without2D ? QUORVisualizationJobs::Waived : QUORVisualizationJobs::AsShown);
     }
 }

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORArrivalQueue.h"
 #include "QUORBackgroundSettings.h"
 #include "QUORDataStoreObserver.h"
 #include "QUORGeneralSettings.h"
+#include "QUORUnwrittenImages.h"
+#include "QUORVisualizationJobs.h"
+#include "QUORWaitingFor2D.h"
 
 #include <QStringList>
 #include <QThread>
@@ -15,10 +19,10 @@
 
 class QUORDataStore;
 class QUOROffscreenVisualizer;
-class QUORVisualizationJobs;
 
 /// The heart of the service: queues the product files that the data store reports and renders them one by
-/// one, in the order of their arrival, on a thread of its own.
+/// one, live ones first and all others in the order of their arrival, on a thread of its own. When nothing
+/// waits, images that could not be written are drawn again.
 ///
 /// Made, stopped and destroyed on the main thread, which has to run its event loop: images are drawn there.
 /// The settings records, the noted switch and the jobs belong to the live data thread once it runs. One
@@ -46,10 +50,6 @@ public:
     void dataStoreNewDataAvailable2d(QUORDataStore* store, const QStringList& added,
                                      const QStringList& removed) override;
 
-    /// The jobs, see QUORVisualizationJobs. On the live data thread only.
-    void visualize(const QString& file, bool required2D);
-    void visualize2D(const QString& file);
-
 public Q_SLOTS:
     /// Follows a change of the configured 3D or 2D directory; one that is not configured any more is kept.
     void updateDataDirectory();
@@ -59,18 +59,38 @@ protected:
 
 private:
     void init();
-    void append(QStringList& queue, const QStringList& files);
+    using Clock = QUORArrival::Clock;
+
+    void append(QUORArrivalQueue& queue, const QList<QUORArrival>& arrivals);
     bool waitForWork();
-    QString takeFirst(QStringList& queue);
+    Clock::time_point getNextTime() const;
     void runPass();
+    bool runNext();
+    std::optional<QUORArrival> takeLive(QUORArrivalQueue& queue);
+    std::optional<QUORArrival> takeFirst(QUORArrivalQueue& queue);
+    std::optional<QUORArrival> take(QUORArrivalQueue& queue,
+                                    std::optional<QUORArrival> (QUORArrivalQueue::*next)());
+    void draw3D(const QUORArrival& arrival);
+    void complete3D(const QUORArrival& arrival2d);
+    void draw(const QUORArrival& arrival, QUORVisualizationJobs::Need2D need);
+    void note(const QUORArrival& arrival, QUORVisualizationJobs::Need2D need,
+              QUORVisualizationJobs::Result result);
+    void drawOverdue();
+    void drawUnwritten();
+    bool isStill(const QUORArrival& product) const;
 
     std::atomic<bool> _stopRequested{false};
     std::mutex _mutex;
     std::condition_variable _wakeUp;
-    QStringList _queue3d;
-    QStringList _queue2d;
+    QUORArrivalQueue _queue3d;
+    QUORArrivalQueue _queue2d;
     /// The switch as it was last noted, not whether anything is rendered; read by `checkActive` only.
     bool _active = true;
+    // These belong to the live data thread.
+    QList<QUORArrival> _completed; ///< 3D files of 2D arrivals
+    bool _is2DsTurn = false;
+    QUORUnwrittenImages _unwritten;
+    QUORWaitingFor2D _waiting;
     std::shared_ptr<QUORDataStore> _dataStore;
     QUORGeneralSettings::Ptr _generalSettings;
     QUORBackgroundSettings::Ptr _backgroundSettings;

@@ -47,14 +47,15 @@ Finding findNearest(const QUORFileLeaf& leaf, const QUOR2DTop::Leaves& leaves, i
 
 Finding findCause(const QUORFileLeaf& leaf, const QString& product, int timeWindow, const QUOR2DTop* tree) {
     if (!QUORBackgroundSettings::getAllConfigurations().contains(leaf.getConfiguration())) {
-        return {NoConfiguration, QStringLiteral("its data type ") +
-                                     QString::number(leaf.getFile()->getRawType()) +
-                                     QStringLiteral(" has no configuration that a 2D product could be set for")};
+        return {NoConfiguration,
+                QStringLiteral("its data type ") + QString::number(leaf.getFile()->getRawType()) +
+                    QStringLiteral(" has no configuration that a 2D product could be set for")};
     }
     const QStringList known = QUORBackgroundSettings::getAll2DProducts();
     const bool isPattern = product.contains(QLatin1Char('*')) || product.contains(QLatin1Char('?'));
     if (!known.contains(product) && !isPattern) {
-        return {UnknownProduct, QLatin1Char('"') + product + QStringLiteral("\" is no 2D product, valid are ") +
+        return {UnknownProduct, QLatin1Char('"') + product +
+                                    QStringLiteral("\" is no 2D product, valid are ") +
                                     known.join(QStringLiteral(", "))};
     }
     if (tree == nullptr || tree->getPath().isEmpty()) {
@@ -76,7 +77,7 @@ Finding findCause(const QUORFileLeaf& leaf, const QString& product, int timeWind
 } // namespace
 
 void QUORMissing2D::report(const QUORFileLeaf::CPtr& leaf3d, const QString& product, int timeWindow,
-                           const QUOR2DTop* tree) {
+                           const QUOR2DTop* tree, int wait) {
     const QString images = nameImages(*leaf3d);
     if (!_waiting.contains(images) && _waiting.size() >= MAXIMUM_WAITING) {
         return;
@@ -84,13 +85,19 @@ void QUORMissing2D::report(const QUORFileLeaf::CPtr& leaf3d, const QString& prod
     Waiting& waiting = _waiting[images];
     const Finding finding = findCause(*leaf3d, product, timeWindow, tree);
     if (waiting.cause != finding.cause || waiting.product != product) {
+        const QString what =
+            wait < 0
+                ? QStringLiteral("No image of ") + images + QStringLiteral(" before its 2D product ") +
+                      product + QStringLiteral(" arrives: ")
+                : QStringLiteral("Image of ") + images + QStringLiteral(" drawn without its 2D product ") +
+                      product + QStringLiteral(", which has not come within ") + QString::number(wait) +
+                      QStringLiteral(" seconds: ");
         QUORLog::Instance().logError(
-            QStringLiteral("No image of ") + images + QStringLiteral(" before its 2D product ") + product +
-            QStringLiteral(" arrives: ") + finding.text +
-            QStringLiteral(". To do without, set the 2D product of ") + leaf3d->getConfiguration() +
+            what + finding.text + QStringLiteral(". To do without, set the 2D product of ") +
+            leaf3d->getConfiguration() +
             QStringLiteral(" to (none) or use a display state without the 2D layer: ") + leaf3d->getPath());
     }
-    waiting = {leaf3d, product, finding.cause};
+    waiting = {leaf3d, product, finding.cause, wait};
 }
 
 void QUORMissing2D::forget(const QUORFileLeaf& leaf3d) {
@@ -101,7 +108,7 @@ void QUORMissing2D::reportAgain(const QUORFileLeaf& leaf2d, int timeWindow, cons
     const QMap<QString, Waiting> waiting = _waiting;
     for (const Waiting& images : waiting) {
         if (images.product.compare(leaf2d.getProduct(), Qt::CaseInsensitive) == 0) {
-            report(images.leaf, images.product, timeWindow, tree);
+            report(images.leaf, images.product, timeWindow, tree, images.wait);
         }
     }
 }

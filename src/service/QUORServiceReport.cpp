@@ -118,6 +118,9 @@ QByteArray QUORServiceReport::toMetrics() const {
     text.describe("waiting_files", "gauge", "Files that arrived and wait for their turn.");
     text.add(double(activity.waiting3d), {{"kind", kind3d}});
     text.add(double(activity.waiting2d), {{"kind", kind2d}});
+    text.describe("unwritten_images", "gauge",
+                  "Images that could not be written and are drawn again when they can be.");
+    text.add(double(activity.unwritten));
     text.describe("images_written_total", "counter", "Images written.");
     text.add(double(activity.written));
     text.describe("images_failed_total", "counter", "Images that could not be made.");
@@ -165,6 +168,7 @@ QByteArray QUORServiceReport::toStatus() const {
         {QStringLiteral("ignored"), toObject(activity.ignored)},
         {QStringLiteral("waiting"), QJsonObject{{QStringLiteral("3d"), qint64(activity.waiting3d)},
                                                 {QStringLiteral("2d"), qint64(activity.waiting2d)}}},
+        {QStringLiteral("unwritten"), qint64(activity.unwritten)},
         {QStringLiteral("residentBytes"), residentBytes},
         {QStringLiteral("lastImage"), activity.last ? QJsonValue(toObject(*activity.last)) : QJsonValue()},
         {QStringLiteral("images"), images}};

@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -20,6 +21,8 @@ namespace {
 constexpr int RULE_LENGTH = 73;
 constexpr qint64 CLEANING_INTERVAL_MS = 24LL * 60 * 60 * 1000;
 constexpr double TERRAIN_FACTOR = 0.75;
+/// Less than most images: a disk that is nearly full costs an attempt.
+constexpr qint64 PROBED_SIZE = 256LL * 1024;
 
 void logRule() {
     QUORLog::Instance().logDebug(QString(RULE_LENGTH, QLatin1Char('=')));
@@ -62,17 +65,15 @@ QString fileNameOf(const QString& path) {
 QUORVisualizationJobs::QUORVisualizationJobs(std::shared_ptr<QUORDataStore> store,
                                              QUORGeneralSettings::CPtr generalSettings,
                                              QUORBackgroundSettings::CPtr backgroundSettings,
-                                             std::shared_ptr<QUOROffscreenVisualizer> visualizer,
-                                             const std::atomic<bool>& stopRequested)
+                                             std::shared_ptr<QUOROffscreenVisualizer> visualizer)
     : _dataStore(std::move(store)),
       _generalSettings(std::move(generalSettings)),
       _backgroundSettings(std::move(backgroundSettings)),
-      _visualizer(std::move(visualizer)),
-      _stopRequested(stopRequested) {}
+      _visualizer(std::move(visualizer)) {}
 
 QUORVisualizationJobs::~QUORVisualizationJobs() = default;
 
-void QUORVisualizationJobs::visualize(const QString& path, bool required2D) {
+QUORVisualizationJobs::Result QUORVisualizationJobs::visualize(const QString& path, Need2D need) {
     logRule();
     QUORLog& log = QUORLog::Instance();
     log.logDebug(QStringLiteral("Visualize:"));
@@ -80,21 +81,23 @@ void QUORVisualizationJobs::visualize(const QString& path, bool required2D) {
     logRule();
     const QUORStopwatch stopwatch;
     const Job job(path);
-    const bool visualized = render(path, required2D);
+    const Result result = render(path, need);
     const QString seconds = stopwatch.seconds();
     logRule();
-    log.logNotice(visualized ? QStringLiteral("File visualized in ") + seconds + QStringLiteral(" seconds.")
-                             : QStringLiteral("File visualization ignored."));
+    log.logNotice(result == Visualized
+                      ? QStringLiteral("File visualized in ") + seconds + QStringLiteral(" seconds.")
+                      : QStringLiteral("File visualization ignored."));
     logRule();
     log.logDebug({});
+    return result;
 }
 
-bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
+QUORVisualizationJobs::Result QUORVisualizationJobs::render(const QString& path, Need2D need) {
     const QUORDirTop::Ptr top = _dataStore->get3DTop();
     const QUORFileLeaf::CPtr leaf = top ? top->findLeaf(fileNameOf(path)) : nullptr;
     if (!leaf || !leaf->getFile() || !leaf->getFile()->isUnchanged()) {
         logGone(path);
-        return false;
+        return Ignored;
     }
     QUORActivity::Instance().describeJob(leaf->getSite(), leaf->getConfiguration(),
                                          leaf->getFile()->getDataTime());
@@ -104,14 +107,22 @@ bool QUORVisualizationJobs::render(const QString& path, bool required2D) {
     QUORActivity::Instance().addStage(QUORActivity::Data, dataWatch.elapsed());
     if (!frame) {
         logGone(path);
-        return false;
+        return Ignored;
     }
-    if (!isWanted(frame, leaf, product2d, required2D)) {
-        return false;
+    if (!isWanted(frame, leaf, product2d, need)) {
+        return need == AsShown ? Missing2D : Ignored;
     }
     cleanOutputDirectory(*_backgroundSettings);
     _visualizer->startVisualization(frame, getOutputFile(*leaf, *_backgroundSettings));
-    return _visualizer->waitUntilReady();
+    switch (_visualizer->waitUntilReady()) {
+    case QUOROffscreenVisualizer::Written:
+        return Visualized;
+    case QUOROffscreenVisualizer::NotWritten:
+        return NotWritten;
+    case QUOROffscreenVisualizer::NotDrawn:
+        break;
+    }
+    return Ignored;
 }
 
 // A service that was killed leaves the image that it was writing.
@@ -146,17 +157,19 @@ std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLe
 }
 
 bool QUORVisualizationJobs::isWanted(const std::shared_ptr<QUORDataFrame>& frame,
-                                     const QUORFileLeaf::CPtr& leaf, const QString& product2d,
-                                     bool required2D) {
-    if (_visualizer->canVisualize(frame, required2D) || QUORBackgroundSettings::isNoProduct(product2d)) {
+                                     const QUORFileLeaf::CPtr& leaf, const QString& product2d, Need2D need) {
+    if (_visualizer->canVisualize(frame, need == Required) ||
+        QUORBackgroundSettings::isNoProduct(product2d)) {
         _missing2D.forget(*leaf);
         return true;
     }
     QUORActivity::Instance().setOutcome(QUORActivity::Outcome::Waits2D);
-    if (!required2D) {
-        _missing2D.report(leaf, product2d, _generalSettings->getTimeWindow(), _dataStore->get2DTop().get());
+    const int wait = _backgroundSettings->getWait2D();
+    if (need == Waived || (need == AsShown && wait < 0)) {
+        _missing2D.report(leaf, product2d, _generalSettings->getTimeWindow(), _dataStore->get2DTop().get(),
+                          need == Waived ? std::max(wait, 0) : -1);
     }
-    return false;
+    return need == Waived;
 }
 
 QString QUORVisualizationJobs::getOutputFile(const QUORFileLeaf& leaf,
@@ -168,30 +181,34 @@ QString QUORVisualizationJobs::getOutputFile(const QUORFileLeaf& leaf,
            settings.getOutputFileExtension();
 }
 
-void QUORVisualizationJobs::visualize2D(const QString& path) {
+QStringList QUORVisualizationJobs::findCompleted(const QString& path) {
     const QUOR2DTop::Ptr top2d = _dataStore->get2DTop();
     const QUORFileLeaf::CPtr leaf2d = top2d ? top2d->findLeaf(fileNameOf(path)) : nullptr;
     if (!leaf2d) {
         logGone(path);
-        return;
+        return {};
     }
+    QStringList files;
     const int timeWindow = _generalSettings->getTimeWindow();
-    bool isUsed = false;
     for (const QString& configuration : QUORBackgroundSettings::getAllConfigurations()) {
         const auto top3d = _dataStore->get3DTop();
-        if (_stopRequested || !top3d ||
-            _backgroundSettings->get2DProduct(configuration) != leaf2d->getProduct()) {
+        if (!top3d || _backgroundSettings->get2DProduct(configuration) != leaf2d->getProduct()) {
             continue;
         }
         const QUORFileLeaf::CPtr leaf3d = top3d->find3DFileMatching2DFile(leaf2d, configuration, timeWindow);
         if (leaf3d && leaf3d->getFile()) {
             QUORLog::Instance().logNotice(QStringLiteral("Found ") + configuration +
                                           QStringLiteral(" file matching 2d product ") + path);
-            isUsed = true;
-            visualize(leaf3d->getPath(), true);
+            files.append(leaf3d->getPath());
         }
     }
-    if (!isUsed) {
+    if (files.isEmpty()) {
         _missing2D.reportAgain(*leaf2d, timeWindow, top2d.get());
     }
+    return files;
+}
+
+bool QUORVisualizationJobs::canWrite(const QUORFileLeaf& leaf) const {
+    QUORFilePublisher probe(getOutputFile(leaf, *_backgroundSettings));
+    return probe.isReady() && probe.reserve(PROBED_SIZE);
 }

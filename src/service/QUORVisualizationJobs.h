@@ -8,8 +8,8 @@
 
 #include <QElapsedTimer>
 #include <QString>
+#include <QStringList>
 
-#include <atomic>
 #include <memory>
 
 class QUORDataFrame;
@@ -21,27 +21,39 @@ class QUOROffscreenVisualizer;
 /// there is none is in the log.
 class QUORVisualizationJobs {
 public:
-    /// `stopRequested` outlives this object; it is looked at between two images.
     QUORVisualizationJobs(std::shared_ptr<QUORDataStore> store, QUORGeneralSettings::CPtr generalSettings,
                           QUORBackgroundSettings::CPtr backgroundSettings,
-                          std::shared_ptr<QUOROffscreenVisualizer> visualizer,
-                          const std::atomic<bool>& stopRequested);
+                          std::shared_ptr<QUOROffscreenVisualizer> visualizer);
     ~QUORVisualizationJobs();
 
-    /// Renders the 3D file at that path; with `required2D` only when there is 2D data to drape.
-    void visualize(const QString& path, bool required2D);
-    /// Renders again every 3D file that the 2D file at that path completes.
-    void visualize2D(const QString& path);
+    /// Whether an image needs 2D data to drape.
+    enum Need2D {
+        AsShown,  ///< where the display state shows it and a 2D product is wanted
+        Required, ///< always
+        Waived    ///< not any more: it has not come in time
+    };
+    enum Result {
+        Visualized,
+        NotWritten, ///< the output did not take the image
+        Missing2D,  ///< not drawn before its 2D product comes
+        Ignored     ///< for good
+    };
+    /// Renders the 3D file at that path.
+    Result visualize(const QString& path, Need2D need);
+    /// The 3D files that the 2D file at that path completes, to be rendered again.
+    QStringList findCompleted(const QString& path);
+    /// Whether the output takes a new file for this product's image, and has some room for it.
+    bool canWrite(const QUORFileLeaf& leaf) const;
 
     /// The absolute path of a product's image. Whatever the names hold, it lies in the output directory.
     static QString getOutputFile(const QUORFileLeaf& leaf, const QUORBackgroundSettings& settings);
 
 private:
-    bool render(const QString& path, bool required2D);
+    Result render(const QString& path, Need2D need);
     void cleanOutputDirectory(const QUORBackgroundSettings& settings);
     std::shared_ptr<QUORDataFrame> makeFrame(const QUORFileLeaf::CPtr& leaf, const QString& product2d) const;
     bool isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf::CPtr& leaf,
-                  const QString& product2d, bool required2D);
+                  const QString& product2d, Need2D need);
 
     std::shared_ptr<QUORDataStore> _dataStore;
     QString _cleanedDirectory;
@@ -50,5 +62,4 @@ private:
     QUORBackgroundSettings::CPtr _backgroundSettings;
     std::shared_ptr<QUOROffscreenVisualizer> _visualizer;
     QUORMissing2D _missing2D;
-    const std::atomic<bool>& _stopRequested;
 };

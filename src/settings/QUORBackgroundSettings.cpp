@@ -27,6 +27,7 @@ const QString QUORBackgroundSettings::VIEW_ANGLE = QStringLiteral("viewangle");
 const QString QUORBackgroundSettings::DISPLAY_STATE = QStringLiteral("displaystate");
 const QString QUORBackgroundSettings::HEIGHT = QStringLiteral("height");
 const QString QUORBackgroundSettings::WIDTH = QStringLiteral("width");
+const QString QUORBackgroundSettings::WAIT_2D = QStringLiteral("wait2d");
 const QString QUORBackgroundSettings::PRODUCT_ARRAY = QStringLiteral("products");
 const QString QUORBackgroundSettings::PRODUCT = QStringLiteral("product");
 
@@ -112,6 +113,7 @@ void QUORBackgroundSettings::reset() {
     _jobLimit = row("BACKGROUND", "joblimit").whole();
     _height = row("BACKGROUND", "height").whole();
     _width = row("BACKGROUND", "width").whole();
+    _wait2d = row("BACKGROUND", "wait2d").whole();
     _products.clear();
     for (const QString& configuration : getAllConfigurations()) {
         _products.insert(configuration, PRODUCT_2D.defaultText());
@@ -159,6 +161,7 @@ void QUORBackgroundSettings::read(QSettings& settings) {
     _jobLimit = readWhole(reader, row("BACKGROUND", "joblimit"));
     _height = readWhole(reader, row("BACKGROUND", "height"));
     _width = readWhole(reader, row("BACKGROUND", "width"));
+    _wait2d = readWhole(reader, row("BACKGROUND", "wait2d"));
     const QStringList configurations = getAllConfigurations();
     reader.beginReadArray(PRODUCT_ARRAY, int(configurations.size()));
     for (int i = 0; i < int(configurations.size()); ++i) {
@@ -198,6 +201,7 @@ void QUORBackgroundSettings::save() const {
     writer.write(DISPLAY_STATE, _displayStateName);
     writer.write(HEIGHT, _height);
     writer.write(WIDTH, _width);
+    writer.write(WAIT_2D, _wait2d);
     const QStringList configurations = getAllConfigurations();
     writer.beginWriteArray(PRODUCT_ARRAY, int(configurations.size()));
     for (int i = 0; i < int(configurations.size()); ++i) {

@@ -29,6 +29,7 @@ public:
     static const QString DISPLAY_STATE;
     static const QString HEIGHT;
     static const QString WIDTH;
+    static const QString WAIT_2D;
     static const QString PRODUCT_ARRAY;
     static const QString PRODUCT;
 
@@ -76,6 +77,8 @@ public:
     QString getMetricsFile() const { return QUORSystem::toPath(_metricsFile); }
     /// Seconds after which a job counts as stuck.
     int getJobLimit() const { return _jobLimit; }
+    /// Seconds after its arrival at which a 3D product is drawn without its 2D product; negative for never.
+    int getWait2D() const { return _wait2d; }
     /// Empty for a configuration that is not known.
     QString get2DProduct(const QString& configuration) const { return _products.value(configuration); }
     void set2DProduct(const QString& configuration, const QString& product);
@@ -101,6 +104,7 @@ private:
     int _jobLimit = 0;
     int _height = 0;
     int _width = 0;
+    int _wait2d = -1;
     QMap<QString, QString> _products;
     QString _fileName;
 };

@@ -83,6 +83,11 @@ void QUORActivity::setWaiting(qsizetype files3d, qsizetype files2d) {
     _state.waiting2d = files2d;
 }
 
+void QUORActivity::setUnwritten(qsizetype images) {
+    const QMutexLocker lock(&_mutex);
+    _state.unwritten = images;
+}
+
 void QUORActivity::beginJob(const QString& path) {
     const QMutexLocker lock(&_mutex);
     _state.job = path;

@@ -65,6 +65,7 @@ public:
         Histogram afterArrival;
         qsizetype waiting3d = 0;
         qsizetype waiting2d = 0;
+        qsizetype unwritten = 0;
         QString job; ///< the file of the running job, empty for none
         QDateTime jobStarted;
         std::optional<Image> last;
@@ -81,6 +82,8 @@ public:
     /// A product file was reported; the time counts until its image, for the last 10,000 at most.
     void arrived(const QString& path);
     void setWaiting(qsizetype files3d, qsizetype files2d);
+    /// How many images could not be written and are to be drawn again.
+    void setUnwritten(qsizetype images);
     void beginJob(const QString& path);
     /// The running job's product.
     void describeJob(const QString& site, const QString& configuration, const QDateTime& productTime);

@@ -54,6 +54,18 @@ QUORFilePublisher::~QUORFilePublisher() {
     }
 }
 
+bool QUORFilePublisher::reserve(qint64 bytes) {
+    const int fd = ::open(QFile::encodeName(_temporary).constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
+    const bool good = fd >= 0 && (::fallocate(fd, 0, 0, bytes) == 0 || errno == EOPNOTSUPP);
+    if (!good) {
+        _error = QUORSystem::errorText();
+    }
+    if (fd >= 0) {
+        ::close(fd);
+    }
+    return good;
+}
+
 bool QUORFilePublisher::copyFrom(int source) {
     const int fd = ::open(QFile::encodeName(_temporary).constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
     struct stat info = {};

@@ -17,6 +17,8 @@ public:
     bool isReady() const { return !_temporary.isEmpty(); }
     /// Where the writer writes; empty when not ready.
     QString getTemporaryPath() const { return _temporary; }
+    /// False when the disk has no room for so many bytes, where the file system can tell without a write.
+    bool reserve(qint64 bytes);
     /// Puts the content of an open file into the temporary. False when not all of it could be written.
     bool copyFrom(int source);
     /// Renames the temporary over the target. False, and nothing at the target changed, when it is empty,

@@ -6,6 +6,7 @@
 #include "ScratchHome.h"
 #include "ServiceFolders.h"
 #include "TestFiles.h"
+#include "WaitUntil.h"
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
@@ -129,6 +130,58 @@ TEST_F(QUORLiveDataThreadTest, AStopDuringAJobReturnsAfterItsImage) {
     }
     EXPECT_EQ(_log.count(QStringLiteral("N: File visualized in ")), 1);
     EXPECT_TRUE(QFile::exists(_folders.image(QStringLiteral("TEST_Z_240601120000.png"))));
+}
+
+TEST_F(QUORLiveDataThreadTest, AStopDuringA2DArrivalLeavesItsOtherImages) {
+    TestProduct width = ServiceFolders::storm();
+    width.type = 4;
+    for (const TestProduct& volume : {width, ServiceFolders::storm()}) {
+        _folders.drop(volume);
+    }
+    const QString rain = _folders.drop(ServiceFolders::rain(), QStringLiteral("2d"));
+    {
+        QUORLiveDataThread thread;
+        thread.dataStoreNewDataAvailable2d(nullptr, {rain}, {});
+        while (!_log.contains(QStringLiteral("D: QUOROffscreenVisualizer::startVisualization() finished."))) {
+            QThread::msleep(1);
+        }
+    }
+    EXPECT_EQ(_log.count(QStringLiteral(" file matching 2d product ")), 2);
+    EXPECT_EQ(_log.count(QStringLiteral("N: File visualized in ")), 1);
+}
+
+TEST_F(QUORLiveDataThreadTest, WhatIsLiveGoesBeforeAnArchiveAndBetweenTheImagesOfA2DArrival) {
+    writeSettings(_folders.mainSettings(), _folders.backgroundSettings("products\\size=4\n"
+                                                                       "products\\2\\product=(none)\n"));
+    TestProduct width = ServiceFolders::storm();
+    width.type = 4;
+    TestProduct live = ServiceFolders::storm(60);
+    live.type = 3;
+    QStringList archive;
+    for (const int minutes : {-20, -15, -10}) {
+        TestProduct old = ServiceFolders::storm(minutes);
+        old.type = 3;
+        archive.append(_folders.drop(old));
+    }
+    _folders.drop(width);
+    _folders.drop(ServiceFolders::storm());
+    const QString now = _folders.drop(live);
+    const QString rain = _folders.drop(ServiceFolders::rain(), QStringLiteral("2d"));
+    QUORLiveDataThread thread;
+    ASSERT_TRUE(_log.waitFor(SLEEP));
+    thread.dataStoreNewDataAvailable2d(nullptr, {rain}, {});
+    // No event is delivered, so that the first of its two images is not finished before the others come.
+    while (!_log.contains(QStringLiteral("D: QUOROffscreenVisualizer::startVisualization() finished."))) {
+        QThread::msleep(1);
+    }
+    thread.dataStoreNewDataAvailable3d(nullptr, archive + QStringList{now}, {});
+    ASSERT_TRUE(waitUntil([&] { return _log.count(QStringLiteral("N: File visualized in ")) == 6; }, 30000));
+    const QStringList order = _log.lines().filter(QRegularExpression(QStringLiteral("^D: /.*\\.cap$")));
+    const auto line = [](const QString& path) { return QStringLiteral("D: ") + path; };
+    EXPECT_EQ(order.filter(QStringLiteral("/3d/")),
+              (QStringList{line(_folders.path(QStringLiteral("3d/")) + width.fileName()), line(now),
+                           line(_folders.path(QStringLiteral("3d/")) + ServiceFolders::storm().fileName()),
+                           line(archive[0]), line(archive[1]), line(archive[2])}));
 }
 
 TEST_F(QUORLiveDataThreadTest, ChangedDirectoriesAreFollowedButNeverToNowhere) {

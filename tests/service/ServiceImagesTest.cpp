@@ -5,6 +5,7 @@
 #include "WaitUntil.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
@@ -120,6 +121,7 @@ TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
     QDir().mkpath(_folders.path(QStringLiteral("3d/folder")));
     _folders.drop(ServiceFolders::storm());
     ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    ASSERT_TRUE(waitForCount(IGNORED, 1)); // the newest goes first
     EXPECT_EQ(_service.terminate(), 0);
     static const QRegularExpression complaint(QStringLiteral(" [WE]: [^\\n]*"));
     QStringList complaints;
@@ -179,17 +181,58 @@ TEST_F(ServiceImagesTest, SiteNamesStayInsideTheOutputDirectory) {
     EXPECT_EQ(images().size(), std::ssize(rows));
 }
 
-TEST_F(ServiceImagesTest, AnImageThatCannotBeWrittenIsAnErrorAndNothingElse) {
+TEST_F(ServiceImagesTest, AnImageThatCannotBeWrittenIsDrawnWhenItCanBe) {
     start(WITHOUT_2D);
     const QString out = _folders.path(QStringLiteral("out"));
     ASSERT_TRUE(QDir().rmdir(out));
-    _folders.drop(ServiceFolders::storm(0));
-    ASSERT_TRUE(
-        _service.waitForLog(QStringLiteral("E: Writing output failed: ") + _folders.image(FIRST_IMAGE)));
+    for (const int minutes : {0, 5, 10}) {
+        _folders.drop(ServiceFolders::storm(minutes));
+    }
+    ASSERT_TRUE(waitForCount(QStringLiteral("E: Writing output failed: ") + out, 3));
+    EXPECT_TRUE(
+        _service.waitForLog(_folders.image(FIRST_IMAGE) + QStringLiteral(": No such file or directory\n")));
+    EXPECT_TRUE(waitForCount(IGNORED, 3));
+    EXPECT_EQ(count(VISUALIZED), 0);
+    // One goes meanwhile.
+    QFile::remove(_folders.path(QStringLiteral("3d/")) + ServiceFolders::storm(10).fileName());
+    ASSERT_TRUE(_service.waitForLog(QStringLiteral("- removed filename=")));
     ASSERT_TRUE(QDir().mkdir(out));
+    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    EXPECT_EQ(images(), (QStringList{FIRST_IMAGE, SECOND_IMAGE}));
+    EXPECT_EQ(_service.terminate(), 0);
+    const QString again = QStringLiteral("N: QUORLiveDataThread: image not written before, of ");
+    EXPECT_EQ(count(again), 2);
+    EXPECT_LT(_service.log().indexOf(again + QStringLiteral("2 ") +
+                                     _folders.path(QStringLiteral("3d/CAZ240601120500"))),
+              _service.log().indexOf(again + QStringLiteral("1 ") +
+                                     _folders.path(QStringLiteral("3d/CAZ240601120000"))));
+}
+
+TEST_F(ServiceImagesTest, AProductWhose2DProductDoesNotComeIsDrawnWithoutItWhenItHasWaited) {
+    _folders.drop(ServiceFolders::storm(-5));
+    start("wait2d=2\n");
+    QElapsedTimer timer;
+    timer.start();
+    _folders.drop(ServiceFolders::storm());
+    ASSERT_TRUE(waitForImage(FIRST_IMAGE));
+    EXPECT_GE(timer.elapsed(), 2000);
+    ASSERT_TRUE(waitForCount(VISUALIZED, 1));
+    const QByteArray without = _service.read(QStringLiteral("data/out/") + FIRST_IMAGE);
+    TestProduct rain = ServiceFolders::rain();
+    rain.points = {32, 32, 1};
+    rain.radar = {15500, 15500, 0};
+    _folders.drop(rain, QStringLiteral("2d"));
+    ASSERT_TRUE(waitForCount(VISUALIZED, 2));
+    EXPECT_NE(_service.read(QStringLiteral("data/out/") + FIRST_IMAGE), without);
+    // Its 2D product is there in time.
+    _folders.drop(ServiceFolders::rain(5), QStringLiteral("2d"));
     _folders.drop(ServiceFolders::storm(5));
-    EXPECT_TRUE(waitForImage(SECOND_IMAGE));
-    EXPECT_EQ(images(), QStringList{SECOND_IMAGE});
+    ASSERT_TRUE(waitForImage(SECOND_IMAGE));
+    EXPECT_EQ(_service.terminate(), 0);
+    EXPECT_EQ(images(), (QStringList{FIRST_IMAGE, SECOND_IMAGE}));
+    EXPECT_EQ(count(QStringLiteral("E: Image of TEST Z drawn without its 2D product SRI, which has not come "
+                                   "within 2 seconds: there is none at all")),
+              1);
 }
 
 TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceForEachCauseAtTheDefaultLevel) {

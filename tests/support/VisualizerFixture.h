@@ -42,7 +42,7 @@ protected:
             bool rendered = visualizer.canVisualize(frame, false);
             if (rendered) {
                 visualizer.startVisualization(frame, path);
-                rendered = visualizer.waitUntilReady();
+                rendered = visualizer.waitUntilReady() == QUOROffscreenVisualizer::Written;
             }
             result = rendered ? 1 : 0;
         });

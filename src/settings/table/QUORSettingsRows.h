@@ -163,6 +163,10 @@ inline constexpr auto ROWS = std::to_array<Key>({
     BACKGROUND.whole("height", 1200, 1.0, LARGEST_SIDE, "pixels"),
     BACKGROUND.text("displaystate", "Default", "name of a [display state](#display-states)"),
     BACKGROUND.text("viewangle", "Default", "name of a [view angle](#view-angles)"),
+    BACKGROUND.whole(
+        "wait2d", -1, -1.0, 86400.0,
+        "seconds after its arrival at which a 3D product is drawn without its 2D product when that "
+        "has not come, and again when it comes; -1 for never"),
     BACKGROUND.text("metrics", "",
                     "file of the [metrics](operating.md#watching-the-service); empty for none"),
     BACKGROUND.whole("joblimit", 120, 1.0, 86400.0,

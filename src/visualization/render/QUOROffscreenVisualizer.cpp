@@ -98,8 +98,8 @@ void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataF
     const QUORLogScope scope("QUOROffscreenVisualizer::startVisualization");
     closeGate();
     _outputFile = outputFile;
-    _rendered = false;
     _sceneWatch.restart();
+    _result = NotDrawn;
     try {
         _visualization->setSourceData(frame);
         _visualization->updateVisualization(true);
@@ -121,10 +121,10 @@ void QUOROffscreenVisualizer::openGate() {
     _gateOpened.notify_all();
 }
 
-bool QUOROffscreenVisualizer::waitUntilReady() {
+QUOROffscreenVisualizer::Result QUOROffscreenVisualizer::waitUntilReady() {
     std::unique_lock lock(_gateMutex);
     _gateOpened.wait(lock, [this] { return _gateOpen; });
-    return _rendered;
+    return _result;
 }
 
 QUORGeneralSettings::CPtr QUOROffscreenVisualizer::getVisualizationGeneralSettings() {
@@ -245,7 +245,6 @@ void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
         logDebug(QStringLiteral("Rendering visualization.."));
         _renderer->render();
     }
-    _rendered = true;
     const QUORActivityStage stage(QUORActivity::Write);
     writeImage();
 }
@@ -312,10 +311,12 @@ void QUOROffscreenVisualizer::writeImage() {
     QUORActivity::Instance().setOutcome(
         written ? QUORActivity::Outcome::Written : QUORActivity::Outcome::NotWritten, _outputFile);
     if (!written) {
-        QUORLog::Instance().logError(QStringLiteral("Writing output failed: ") + _outputFile);
-        QUORLog::Instance().logWarning(_outputFile + QStringLiteral(": ") + writer.getError());
+        _result = NotWritten;
+        QUORLog::Instance().logError(QStringLiteral("Writing output failed: ") + _outputFile +
+                                     QStringLiteral(": ") + writer.getError());
         return;
     }
+    _result = Written;
     logDebug(QStringLiteral("Wrote output file:"));
     logDebug(_outputFile);
 }

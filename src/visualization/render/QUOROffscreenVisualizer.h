@@ -50,9 +50,14 @@ public:
     /// Closes the gate and has the scene of the frame built; the image goes to `outputFile`, an absolute
     /// path.
     void startVisualization(const std::shared_ptr<QUORDataFrame>& frame, const QString& outputFile);
-    /// Returns when the image is on disk, or the reason why it is not is in the log; false when there was
-    /// nothing worth writing. The main thread must be delivering events meanwhile.
-    bool waitUntilReady();
+    enum Result {
+        Written,
+        NotWritten, ///< the output did not take the image
+        NotDrawn    ///< there was nothing worth writing
+    };
+    /// Returns when the image is on disk, or the reason why it is not is in the log. The main thread must be
+    /// delivering events meanwhile.
+    Result waitUntilReady();
 
     /// Renders and writes the image; opens the gate on every way out.
     void visualizationFinished(QUORVisualization* visualization) override;
@@ -85,7 +90,7 @@ private:
     QUORDisplayState::Ptr _displayState;
     QString _outputFile;
     QUORStopwatch _sceneWatch;
-    bool _rendered = false;
+    Result _result = NotDrawn;
 
     vtkSmartPointer<vtkOpenGLRenderWindow> _window;
     vtkSmartPointer<vtkGenericRenderWindowInteractor> _interactor;

@@ -154,8 +154,10 @@ TEST_F(QUOROffscreenVisualizerTest, FailuresAreSaidAndTheNextImageComes) {
     const QUORDataFrame::Ptr frame = _store.frame(ball());
     const LogCapture log;
     QUOROffscreenVisualizer visualizer;
-    EXPECT_TRUE(render(visualizer, frame, output("missing/a.png")));
-    EXPECT_EQ(log.count(QStringLiteral("E: Writing output failed: ") + output("missing/a.png")), 1);
+    EXPECT_FALSE(render(visualizer, frame, output("missing/a.png")));
+    EXPECT_EQ(log.count(QStringLiteral("E: Writing output failed: ") + output("missing/a.png") +
+                        QStringLiteral(": No such file or directory")),
+              1);
     EXPECT_FALSE(QFileInfo::exists(output("missing")));
     EXPECT_TRUE(render(visualizer, frame, output("a.png")));
     EXPECT_TRUE(QFileInfo::exists(output("a.png")));
