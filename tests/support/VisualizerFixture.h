@@ -17,12 +17,7 @@ protected:
     VisualizerFixture() {
         qputenv("QUOR3D_BG_SETTINGS", QFile::encodeName(ScratchHome::settingsDirectory() + "/bg.conf"));
     }
-    ~VisualizerFixture() override {
-        for (const char* name : {"bg.conf", "QUOR3D.conf", "QUOR3DVisStyles.conf", "QUOR3DColors.conf"}) {
-            ScratchHome::removeSettings(QLatin1String(name));
-        }
-        qunsetenv("QUOR3D_BG_SETTINGS");
-    }
+    ~VisualizerFixture() override { qunsetenv("QUOR3D_BG_SETTINGS"); }
 
     /// A small picture, and what else the background settings shall hold.
     static void writeBackground(const QString& more, int width = 480, int height = 360) {
@@ -52,4 +47,8 @@ protected:
     }
 
     TestStore _store;
+
+private:
+    /// Of its own, because what was read of a settings file that goes stays in force.
+    ScratchHome _home;
 };

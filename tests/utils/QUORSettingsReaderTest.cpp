@@ -204,6 +204,7 @@ TEST(QUORSettingsReaderTest, WaitsForASaveInPlace) {
 }
 
 TEST(QUORSettingsReaderTest, FallsBackToThePackagedFileAlone) {
+    const ScratchHome home;
     ScratchHome::writePackaged(QStringLiteral("Packaged.conf"), QStringLiteral("x=1\n"));
     const QString file = QUORSettingsReader::findUserFile(QStringLiteral("Packaged"));
     QDir().mkpath(ScratchHome::settingsDirectory());

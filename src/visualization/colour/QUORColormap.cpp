@@ -110,15 +110,23 @@ void addNode(vtkColorTransferFunction& function, double position, const std::arr
 
 /// Calls `read` with the reader standing on the data type's entry; the fallback when there is no entry.
 template <class Value, class Read>
-Value readMapping(int rawType, Value fallback, Read read) {
-    QUORSettingsReader reader(COLORS_FILE);
+Value readMapping(QUORSettingsReader& reader, int rawType, Value fallback, Read read) {
     reader.beginGroup(MAPPING_GROUP);
     const int count = reader.beginReadArray(MAPPING_ARRAY);
-    if (rawType < 0 || rawType >= count) {
-        return fallback;
+    Value value = std::move(fallback);
+    if (rawType >= 0 && rawType < count) {
+        reader.setArrayIndex(rawType);
+        value = read(reader);
     }
-    reader.setArrayIndex(rawType);
-    return read(reader);
+    reader.endArray();
+    reader.endGroup();
+    return value;
+}
+
+int readColorGroup(QUORSettingsReader& reader, int rawType) {
+    return readMapping(reader, rawType, 0, [](const QUORSettingsReader& entry) {
+        return QUORSettingsTable::readWhole(entry, mappingRow("data_index"));
+    });
 }
 
 } // namespace
@@ -138,11 +146,14 @@ QUORColormap::QUORColormap()
 
 QUORColormap::QUORColormap(const QString& name, const QUORDataType& dataType, ValueRange range)
     : _name(name) {
-    build(getColormapId(name, dataType.getRawType()), dataType, range);
+    QUORSettingsReader reader(COLORS_FILE);
+    const int rawType = dataType.getRawType();
+    build(reader, findScale(readScales(reader, rawType), name, rawType), dataType, range);
 }
 
 QUORColormap::QUORColormap(int scaleId, const QUORDataType& dataType, ValueRange range) {
-    build(scaleId, dataType, range);
+    QUORSettingsReader reader(COLORS_FILE);
+    build(reader, scaleId, dataType, range);
 }
 
 QUORColormap::QUORColormap(const QUORColormap& other) {
@@ -177,10 +188,11 @@ QUORColormap& QUORColormap::operator=(const QUORColormap& other) {
 
 QUORColormap::~QUORColormap() = default;
 
-void QUORColormap::build(int scaleId, const QUORDataType& dataType, ValueRange range) {
+void QUORColormap::build(QUORSettingsReader& reader, int scaleId, const QUORDataType& dataType,
+                         ValueRange range) {
     const QString wanted = (_name.isEmpty() ? QString::number(scaleId) : _name) +
                            QStringLiteral(" of data type ") + QString::number(dataType.getRawType());
-    load(scaleId);
+    load(reader, scaleId);
     const bool isUsable = !_colors.isEmpty() && !_scale.isEmpty();
     report(wanted, "has no colors or no seams, using a grey map", !isUsable);
     if (!isUsable) {
@@ -201,10 +213,14 @@ void QUORColormap::useGrey(const QUORDataType& dataType) {
 }
 
 void QUORColormap::load(int scaleId) {
+    QUORSettingsReader reader(COLORS_FILE);
+    load(reader, scaleId);
+}
+
+void QUORColormap::load(QUORSettingsReader& reader, int scaleId) {
     const QString id = QString::number(scaleId);
     QUORLog::Instance().logDebug(QStringLiteral("QUORColormap::load(scaleId==") + id +
                                  QStringLiteral(") begin"));
-    QUORSettingsReader reader(COLORS_FILE);
     loadColorSet(reader, loadScale(reader, scaleId));
     QUORLog::Instance().logDebug(QStringLiteral("QUORColormap::load(scaleId==") + id +
                                  QStringLiteral(") end"));
@@ -411,20 +427,24 @@ int QUORColormap::getNRenderedColors() const {
 }
 
 int QUORColormap::getColorGroupIdForDataType(int rawType) {
-    return readMapping(rawType, 0, [](const QUORSettingsReader& reader) {
-        return QUORSettingsTable::readWhole(reader, mappingRow("data_index"));
-    });
+    QUORSettingsReader reader(COLORS_FILE);
+    return readColorGroup(reader, rawType);
 }
 
 QString QUORColormap::getDataTypeLegendInfo(int rawType) {
-    return readMapping(rawType, QString(), [](const QUORSettingsReader& reader) {
-        return QUORSettingsTable::readText(reader, mappingRow("name"));
+    QUORSettingsReader reader(COLORS_FILE);
+    return readMapping(reader, rawType, QString(), [](const QUORSettingsReader& entry) {
+        return QUORSettingsTable::readText(entry, mappingRow("name"));
     });
 }
 
 QList<QUORColormap::ColorScaleListItem> QUORColormap::getScalesForDataType(int rawType) {
-    const int colorGroup = getColorGroupIdForDataType(rawType);
     QUORSettingsReader reader(COLORS_FILE);
+    return readScales(reader, rawType);
+}
+
+QList<QUORColormap::ColorScaleListItem> QUORColormap::readScales(QUORSettingsReader& reader, int rawType) {
+    const int colorGroup = readColorGroup(reader, rawType);
     QList<ColorScaleListItem> scales;
     const QStringList groups = reader.settings().childGroups();
     for (const QString& group : groups) {
@@ -442,7 +462,10 @@ QList<QUORColormap::ColorScaleListItem> QUORColormap::getScalesForDataType(int r
 }
 
 int QUORColormap::getColormapId(const QString& name, int rawType) {
-    const QList<ColorScaleListItem> scales = getScalesForDataType(rawType);
+    return findScale(getScalesForDataType(rawType), name, rawType);
+}
+
+int QUORColormap::findScale(const QList<ColorScaleListItem>& scales, const QString& name, int rawType) {
     const auto found = std::find_if(scales.cbegin(), scales.cend(),
                                     [&name](const ColorScaleListItem& item) { return item.name == name; });
     if (found != scales.cend()) {

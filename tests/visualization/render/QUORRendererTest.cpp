@@ -99,10 +99,6 @@ protected:
             window->SetSize(400, 300);
         }
     }
-    void TearDown() override {
-        OffscreenScene::TearDown();
-        ScratchHome::removeSettings(QStringLiteral("QUOR3DVisStyles.conf"));
-    }
 
     static void writeStyles() {
         ScratchHome::writeSettings(
@@ -123,6 +119,9 @@ protected:
         const std::array<int, 3> rgb = pixel(x, y);
         return QColor(rgb[0], rgb[1], rgb[2]);
     }
+
+private:
+    ScratchHome _home;
 };
 
 } // namespace
@@ -337,8 +336,6 @@ TEST_F(QUORRendererTest, TheColourBarShowsTheMapOfTheProduct) {
         EXPECT_EQ(blue > 0, isBlue) << map;
         EXPECT_EQ(red > 0, !isBlue) << map;
     }
-    ScratchHome::removeSettings(QStringLiteral("QUOR3D.conf"));
-    ScratchHome::removeSettings(QStringLiteral("QUOR3DColors.conf"));
 }
 
 TEST_F(QUORRendererTest, OnlyAnInteractiveViewHasAPointWidget) {
