@@ -113,6 +113,23 @@ TEST_F(SetupCommandsTest, SetsWhatTheTableAllowsAndKeepsTheRest) {
     EXPECT_FALSE(mainFile().contains("timewindow"));
 }
 
+/// An array comes from one file, so that one element alone would hide the others.
+TEST_F(SetupCommandsTest, AnElementBringsThePackagedOnesWithIt) {
+    ScratchHome::writePackaged(QStringLiteral("QUOR3D.conf"),
+                               QStringLiteral("[PRODUCT CAPPI Z]\nsurface\\size=2\nsurface\\1\\isovalue=20\n"
+                                              "surface\\1\\opacity=30\nsurface\\2\\isovalue=50\n"));
+    EXPECT_EQ(call({"set", "PRODUCT CAPPI Z/surface/1/isovalue", "25"}).status, 0);
+    const QJsonArray values = call({"show", "PRODUCT CAPPI Z", "--json"}).json().array();
+    QMap<QString, QString> surfaces;
+    for (const QJsonValue& value : values) {
+        surfaces.insert(value["key"].toString(), value["value"].toString());
+    }
+    EXPECT_EQ(surfaces["surface/size"], QStringLiteral("2"));
+    EXPECT_EQ(surfaces["surface/1/isovalue"], QStringLiteral("25"));
+    EXPECT_EQ(surfaces["surface/1/opacity"], QStringLiteral("30"));
+    EXPECT_EQ(surfaces["surface/2/isovalue"], QStringLiteral("50"));
+}
+
 TEST_F(SetupCommandsTest, ShowsWhereAValueComesFrom) {
     ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"),
                                QStringLiteral("[GENERAL]\nverticalscale=3\ntimewindow=abc\n"));

@@ -7,6 +7,9 @@
 void TextTable::print(const QString& indent) const {
     QList<qsizetype> widths;
     for (const QStringList& row : _rows) {
+        if (row.size() == 1) {
+            continue; // a line of its own
+        }
         widths.resize(std::max(widths.size(), row.size()));
         for (qsizetype i = 0; i < row.size(); ++i) {
             widths[i] = std::max(widths.at(i), row.at(i).size());

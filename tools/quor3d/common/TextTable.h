@@ -5,7 +5,8 @@
 #include <QString>
 #include <QStringList>
 
-/// Columns of text for a terminal: each as wide as its widest cell, the last as long as it is.
+/// Columns of text for a terminal: each as wide as its widest cell, the last as long as it is. A row of one
+/// cell is a line between the others.
 class TextTable {
 public:
     void add(const QStringList& row) { _rows.append(row); }

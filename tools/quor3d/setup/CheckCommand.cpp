@@ -159,6 +159,7 @@ void printJson(const QUORSetupCheck& check) {
 }
 
 QString findObstacle() {
+    qputenv("MESA_SHADER_CACHE_DISABLE", "true"); // a check leaves no files
     QString error;
     return QUORRenderWindowFactory::create(error) ? QString() : error;
 }

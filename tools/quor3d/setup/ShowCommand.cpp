@@ -9,6 +9,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <iostream>
 
@@ -44,9 +46,11 @@ QString meaningOf(const Value& value) {
     if (value.target.row == nullptr) {
         return QStringLiteral("number of elements");
     }
-    const std::string_view meaning = value.target.row->meaning;
+    static const QRegularExpression link(QStringLiteral("\\[([^\\]]*)\\]\\([^)]*\\)|`"));
+    const std::string_view text = value.target.row->meaning;
     const QString range = QUORSettingsValue::describeRange(*value.target.row);
-    return QString::fromUtf8(meaning.data(), qsizetype(meaning.size())) +
+    QString meaning = QString::fromUtf8(text.data(), qsizetype(text.size()));
+    return meaning.replace(link, QStringLiteral("\\1")) +
            (range.isEmpty() ? QString() : QStringLiteral("; ") + range);
 }
 
