@@ -84,6 +84,11 @@ void QUORDataFrame::setData3d(const QUORFileLeaf::CPtr& leaf) {
     setDataParams3d(leaf->getProduct(), leaf->getConfiguration());
 }
 
+void QUORDataFrame::setProductSettings(const QUORProductSettings::Ptr& settings) {
+    _productSettings = settings;
+    _isProductSettingsGiven = true;
+}
+
 void QUORDataFrame::setMoment(const QString& moment, int timeWindow) {
     _moment = moment;
     _timeWindow = timeWindow;
@@ -119,7 +124,7 @@ bool QUORDataFrame::updateData3d() {
 
 void QUORDataFrame::updateProductSettings() {
     const QUORLogScope scope("QUORDataFrame::updateProductSettings");
-    if (!QUOR_VERIFY(_activeData3d)) {
+    if (!QUOR_VERIFY(_activeData3d) || _isProductSettingsGiven) {
         return;
     }
     logDebug(QStringLiteral("Loading product settings.."));

@@ -40,6 +40,8 @@ public:
 
     /// Asks for this 3D product, which the caller has found: `updateData3d` does not look for it again.
     void setData3d(const QUORFileLeaf::CPtr& leaf);
+    /// These settings of the product in place of the stored ones, which are then neither read nor completed.
+    void setProductSettings(const QUORProductSettings::Ptr& settings);
     void setSite(const QString& site) { _site = site; }
     /// The 3D file's time key, and the seconds within half of which a 2D file matches.
     void setMoment(const QString& moment, int timeWindow);
@@ -105,4 +107,5 @@ private:
     QUORCoordinate _lowerBound;
     QUORCoordinate _upperBound;
     QUORProductSettings::Ptr _productSettings;
+    bool _isProductSettingsGiven = false;
 };

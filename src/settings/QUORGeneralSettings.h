@@ -73,6 +73,7 @@ public:
     void set2DDir(const QString& path) { _dir2d = path; }
     /// Factor by which heights are stretched; positive.
     double getVerticalScale() const { return _values.verticalScale; }
+    void setVerticalScale(double scale) { _values.verticalScale = scale; }
     /// Reduction factors of the 3D data, at least 1.
     int getHorizontalDataShrink() const { return _values.dataShrinkH; }
     int getVerticalDataShrink() const { return _values.dataShrinkV; }

@@ -13,8 +13,6 @@ const QString QUORProductSettings::COLOR_MAP = QStringLiteral("colormap");
 
 namespace {
 
-constexpr int MAXIMUM_SURFACES = 4;
-
 consteval const QUORSettingsKey& row(std::string_view name) {
     return QUORSettingsTable::row("PRODUCT * *", name);
 }

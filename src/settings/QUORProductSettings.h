@@ -28,6 +28,8 @@ public:
     enum Generated { Saved, NotSaved };
 
     static const QString COLOR_MAP;
+    /// More than these are not read.
+    static constexpr int MAXIMUM_SURFACES = 4;
 
     /// Holds nothing of use until `reset` or `load`.
     QUORProductSettings() = default;
@@ -56,6 +58,18 @@ public:
     double getVolumeOpacityLow() const { return _volumeOpacityLow; }
     double getVolumeValueHigh() const { return _volumeValueHigh; }
     double getVolumeOpacityHigh() const { return _volumeOpacityHigh; }
+
+    void setColorMapName(const QString& name) { _colorMapName = name; }
+    void setRenderingType(RenderingType type) { _renderingType = type; }
+    void setSurfaces(const SurfaceParContainer& surfaces) { _surfaces = surfaces; }
+    void setVolumeLow(double value, double opacity) {
+        _volumeValueLow = value;
+        _volumeOpacityLow = opacity;
+    }
+    void setVolumeHigh(double value, double opacity) {
+        _volumeValueHigh = value;
+        _volumeOpacityHigh = opacity;
+    }
 
 private:
     QString groupName() const;

@@ -28,6 +28,8 @@ constexpr double PITCH_LIMIT = 1.5690509957500003;
 constexpr double PITCH_LIMIT_SINE = 0.9999984769101585;
 constexpr double PITCH_LIMIT_COSINE = 0.0017453301587975797;
 constexpr double PAN_SCALE = 0.001;
+/// Of the distance to the target, for a step of the wheel.
+constexpr double WHEEL_SHARE = 0.1;
 
 constexpr QUORPoint3D VERTICAL{0.0, 0.0, 1.0};
 
@@ -308,18 +310,19 @@ void QUORCameraInteractor::OnMouseMove() {
     finishMovement();
 }
 
-void QUORCameraInteractor::OnMouseWheelForward() {
+void QUORCameraInteractor::approachTarget(double share) {
     if (this->State != VTKIS_DOLLY) {
-        zoomCamera(_zoomFactor);
+        zoomCamera(share * _targetDistance / _maxDistance);
         finishMovement();
     }
 }
 
+void QUORCameraInteractor::OnMouseWheelForward() {
+    approachTarget(WHEEL_SHARE);
+}
+
 void QUORCameraInteractor::OnMouseWheelBackward() {
-    if (this->State != VTKIS_DOLLY) {
-        zoomCamera(-_zoomFactor);
-        finishMovement();
-    }
+    approachTarget(-WHEEL_SHARE);
 }
 
 /// False when the key moves nothing. Steps multiply the factors in single precision.

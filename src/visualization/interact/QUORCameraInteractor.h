@@ -91,6 +91,7 @@ private:
     void updateTarget();
     bool isControlHeld() const;
     void finishMovement();
+    void approachTarget(double share);
     bool moveByKey(const char* name);
     bool isSwallowed() const;
 

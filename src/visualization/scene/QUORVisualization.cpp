@@ -3,6 +3,7 @@
 
 #include "QUORAssert.h"
 #include "QUORFileLeaf.h"
+#include "QUORGridPlacement.h"
 #include "QUORLog.h"
 #include "QUORProductSettings.h"
 #include "QUORUnits.h"
@@ -25,11 +26,6 @@ constexpr double GRID_FACTOR = 1.5;
 /// The data image's distance between levels.
 constexpr double LEVEL_SPACING = 5.0;
 
-/// Scene metres for one step of the grid.
-double stepOf(double extent, int points) {
-    return points > 1 ? extent / (points - 1) : 1.0;
-}
-
 /// The origin of rings, grid and map: what was measured lies around it.
 QUORPoint3D radarPosition(const QUORFile& file, double verticalScale) {
     return {0.0, 0.0, (file.getRadarElevation() + file.getZRadar() * 0.001) * verticalScale};
@@ -41,17 +37,8 @@ bool isDrawable(const QUORDataFrame& frame) {
     return frame.getData3d() && frame.getData3d()->getFile()->getGridError().isEmpty();
 }
 
-/// Along x and y; 1 along z.
-std::array<double, 3> gridScale(const QUORFile& file) {
-    return {stepOf(file.getWidthM(), file.getXPoints()), stepOf(file.getLengthM(), file.getYPoints()), 1.0};
-}
-
-/// Puts the radar at the origin.
-std::array<double, 3> gridPosition(const QUORFile& file, const std::array<double, 3>& scale,
-                                   double altitude) {
-    const QUORPoint3D middle = file.getMiddleM();
-    return {middle.x - 0.5 * file.getXPoints() * scale[0], middle.y - 0.5 * file.getYPoints() * scale[1],
-            altitude};
+std::array<double, 3> toArray(const QUORPoint3D& point) {
+    return {point.x, point.y, point.z};
 }
 
 void logGrid(const QString& kind, const QUORFile& file) {
@@ -372,10 +359,9 @@ void QUORVisualization::updateLayerTranformations() {
     const double altitude = file.getRadarElevation() * vertical;
 
     logGrid(QStringLiteral("3d"), file);
-    const Vector scale = gridScale(file);
-    place(QUORDisplayState::PRODUCT_3D_LAYER,
-          {scale[0], scale[1], stepOf(file.getHeightM() * vertical, file.getZPoints()) / LEVEL_SPACING},
-          gridPosition(file, scale, altitude));
+    const QUORGridPlacement grid = QUORGridPlacement::ofVolume(file, vertical);
+    place(QUORDisplayState::PRODUCT_3D_LAYER, {grid.step.x, grid.step.y, grid.step.z / LEVEL_SPACING},
+          toArray(grid.origin));
     const QUORPoint3D middle = file.getMiddleM();
     place(QUORDisplayState::OUTLINE_LAYER,
           {file.getWidthM(), file.getLengthM(), file.getHeightM() * vertical},
@@ -383,9 +369,8 @@ void QUORVisualization::updateLayerTranformations() {
     if (const QUORFileLeaf::CPtr leaf2d = frame->getData2d()) {
         const QUORFile& file2d = *leaf2d->getFile();
         logGrid(QStringLiteral("2d"), file2d);
-        const Vector scale2d = gridScale(file2d);
-        place(QUORDisplayState::PRODUCT_2D_LAYER, scale2d,
-              gridPosition(file2d, scale2d, file2d.getRadarElevation() * vertical));
+        const QUORGridPlacement flat = QUORGridPlacement::ofLayer(file2d, vertical);
+        place(QUORDisplayState::PRODUCT_2D_LAYER, toArray(flat.step), toArray(flat.origin));
     }
     place(QUORDisplayState::RANGE_RINGS_LAYER, {1.0, 1.0, 1.0}, Vector{0.0, 0.0, altitude});
     place(QUORDisplayState::LAT_LON_GRID_LAYER, {1.0, 1.0, 1.0}, Vector{0.0, 0.0, 0.0});

@@ -39,6 +39,11 @@ Step orbit(double dHeading, double dPitch) {
     return [=](auto& c) { c.rotateCameraTarget(dHeading, dPitch); };
 }
 
+/// By a share of the distance to the target.
+Step approach(double share) {
+    return [=](auto& c) { c.zoomCamera(share * c.getTargetDistance() / c.getMaxDistance()); };
+}
+
 Step zoom(double f) {
     return [=](auto& c) { c.zoomCamera(f); };
 }
@@ -260,8 +265,8 @@ TEST_F(QUORCameraInputTest, EventsMoveTheCamera) {
         {"shift and left", lookFromSouth, dragging(LEFT, false, true), pan(15.0, -10.0)},
         {"middle", lookFromSouth, dragging(vtkCommand::MiddleButtonPressEvent), zoom(0.1)},
         {"right", lookFromSouth, dragging(vtkCommand::RightButtonPressEvent), pan(15.0, -10.0)},
-        {"wheel forward", lookFromSouth, event(vtkCommand::MouseWheelForwardEvent), zoom(0.05)},
-        {"wheel backward", lookFromSouth, event(vtkCommand::MouseWheelBackwardEvent), zoom(-0.05)},
+        {"wheel forward", lookFromSouth, event(vtkCommand::MouseWheelForwardEvent), approach(0.1)},
+        {"wheel backward", lookFromSouth, event(vtkCommand::MouseWheelBackwardEvent), approach(-0.1)},
         {"arrow", aside, key("Left", 0), pan(-10.0, 0.0)},
         {"control and arrow", aside, key("Right", 0, true), turn(0.008, 0.0)},
         {"shift and arrow", aside, key("Up", 0, false, true), orbit(0.0, -0.008)},
