@@ -249,7 +249,7 @@ void checkViewAngle(QUORFindingCollector& findings, QUORGeneralSettings& general
         return;
     }
     const QUORPoint3D direction = (*found)->getCameraDirection();
-    if (direction.x == 0.0 && direction.y == 0.0 && direction.z == 0.0) {
+    if (!(*found)->getFit() && direction.x == 0.0 && direction.y == 0.0 && direction.z == 0.0) {
         findings.addAt(Cost::Wrong, "view-without-direction", File::Background, BACKGROUND, key,
                        QStringLiteral("the view angle ") + quoted(name) +
                            QStringLiteral(" looks in no direction"),

@@ -86,6 +86,12 @@ Shared& sharedFile() {
     return instance;
 }
 
+/// The row with another default: what a file before this one said.
+QUORSettingsKey over(QUORSettingsKey row, double value) {
+    row.number[0] = value;
+    return row;
+}
+
 QString toShownName(const QString& name) {
     return QUORConfig::isDefaultName(name) ? QUORConfig::defaultValueTranslated() : name;
 }
@@ -123,6 +129,8 @@ void QUORBackgroundSettings::reset() {
 void QUORBackgroundSettings::load() {
     Shared& shared = sharedFile();
     const QMutexLocker lock(&shared.mutex);
+    reset();
+    readPackaged();
     const auto open = [this]() -> std::unique_ptr<QSettings> {
         QString error;
         return QUORSettingsFile::read(_fileName, error)
@@ -139,41 +147,49 @@ void QUORBackgroundSettings::load() {
     shared.file.release();
 }
 
+void QUORBackgroundSettings::readPackaged() {
+    const QString path = getPackagedFileName();
+    QString error;
+    if (path != _fileName && QFile::exists(path) && QUORSettingsFile::read(path, error)) {
+        QSettings packaged(path, QSettings::NativeFormat);
+        read(packaged);
+    }
+}
+
 QString QUORBackgroundSettings::describeDefaults() const {
-    using QUORSettingsTable::row;
     return QStringLiteral("where it says nothing else, images go to ") + QDir::current().absolutePath() +
-           QStringLiteral(" as ") + row("BACKGROUND", "outputformat").defaultText() + QStringLiteral(" of ") +
-           QString::number(row("BACKGROUND", "width").whole()) + QStringLiteral(" x ") +
-           QString::number(row("BACKGROUND", "height").whole()) +
-           QStringLiteral(" pixels, each with its 2D product ") + PRODUCT_2D.defaultText();
+           QStringLiteral(" as ") + getOutputFormatString() + QStringLiteral(" of ") +
+           QString::number(_width) + QStringLiteral(" x ") + QString::number(_height) +
+           QStringLiteral(" pixels, each with its 2D product ") + _products.first();
 }
 
 void QUORBackgroundSettings::read(QSettings& settings) {
     using namespace QUORSettingsTable;
     QUORSettingsReader reader(settings);
     reader.beginGroup(GROUP);
-    _activated = readFlag(reader, row("BACKGROUND", "activated"));
-    _directory = readText(reader, row("BACKGROUND", "directory"));
+    _activated = readFlag(reader, over(row("BACKGROUND", "activated"), _activated));
+    _directory = reader.readText(DIRECTORY, _directory);
     readFormat(reader);
-    _viewAngleName = readText(reader, row("BACKGROUND", "viewangle"));
-    _displayStateName = readText(reader, row("BACKGROUND", "displaystate"));
-    _metricsFile = readText(reader, row("BACKGROUND", "metrics"));
-    _jobLimit = readWhole(reader, row("BACKGROUND", "joblimit"));
-    _height = readWhole(reader, row("BACKGROUND", "height"));
-    _width = readWhole(reader, row("BACKGROUND", "width"));
-    _wait2d = readWhole(reader, row("BACKGROUND", "wait2d"));
+    _viewAngleName = reader.readText(VIEW_ANGLE, _viewAngleName);
+    _displayStateName = reader.readText(DISPLAY_STATE, _displayStateName);
+    _metricsFile = reader.readText(row("BACKGROUND", "metrics").nameText(), _metricsFile);
+    _jobLimit = readWhole(reader, over(row("BACKGROUND", "joblimit"), _jobLimit));
+    _height = readWhole(reader, over(row("BACKGROUND", "height"), _height));
+    _width = readWhole(reader, over(row("BACKGROUND", "width"), _width));
+    _wait2d = readWhole(reader, over(row("BACKGROUND", "wait2d"), _wait2d));
     const QStringList configurations = getAllConfigurations();
     reader.beginReadArray(PRODUCT_ARRAY, int(configurations.size()));
     for (int i = 0; i < int(configurations.size()); ++i) {
         reader.setArrayIndex(i);
-        _products.insert(configurations.at(i), readText(reader, PRODUCT_2D));
+        QString& product = _products[configurations.at(i)];
+        product = reader.readText(PRODUCT, product);
     }
     reader.endArray();
 }
 
 void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
     const QString text =
-        QUORSettingsTable::readText(reader, QUORSettingsTable::row("BACKGROUND", "outputformat"));
+        reader.readText(OUTPUT_FORMAT, QUORExportSettings::getOutputFormatString(_outputFormat));
     _outputFormat = QUORExportSettings::getOutputFormatFromString(text);
     const QString subject = QStringLiteral("output format ") + _fileName;
     if (_outputFormat == QUORExportSettings::UnknownFormat) {
@@ -243,6 +259,12 @@ QString QUORBackgroundSettings::getBgHomeDirectory() {
 
 QString QUORBackgroundSettings::getBgSettingsDirectory() {
     return QUORSystem::getUserSettingsDirectory(getBgUsername());
+}
+
+QString QUORBackgroundSettings::getPackagedFileName() {
+    return QSettings(QSettings::NativeFormat, QSettings::SystemScope, QUORSystem::ORGANIZATION_NAME,
+                     QUORSystem::BG_SERVICE_NAME)
+        .fileName();
 }
 
 QString QUORBackgroundSettings::getBgSettingsFileName() {

@@ -12,7 +12,8 @@
 
 /// What the service renders: output directory, format and size of the images, the presets by name and the
 /// 2D product for each kind of 3D product. Kept in a settings file of its own that belongs to a designated
-/// background user, opened by name and without packaged defaults. Used by one thread.
+/// background user and is opened by name; what it leaves open a packaged file of its name says, key by key,
+/// among the packaged settings of the system. Used by one thread.
 class QUORBackgroundSettings {
 public:
     using Ptr = std::shared_ptr<QUORBackgroundSettings>;
@@ -55,6 +56,7 @@ public:
     static QString getBgSettingsDirectory();
     /// What FILE_VARIABLE names, or the service's file in the background user's settings directory.
     static QString getBgSettingsFileName();
+    static QString getPackagedFileName();
     static QStringList getAllConfigurations();
     static QStringList getAll2DProducts();
     /// Whether a 2D product's name means that none is wanted: the plain text or a translation.
@@ -91,6 +93,7 @@ public:
 
 private:
     void read(class QSettings& settings);
+    void readPackaged();
     QString describeDefaults() const;
     void readFormat(const class QUORSettingsReader& reader);
 

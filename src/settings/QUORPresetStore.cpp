@@ -30,6 +30,9 @@ constexpr QUORSettingsKey STATE_NAME = stateRow("displayStateName");
 constexpr QUORSettingsKey VISIBLE = stateRow("displayStateLayerVisible*");
 constexpr QUORSettingsKey OPACITY = stateRow("displayStateLayerOpacity*");
 constexpr QUORSettingsKey VIEW_NAME = viewRow("viewAngleName");
+constexpr QUORSettingsKey VIEW_HEADING = viewRow("viewAngleHeading");
+constexpr QUORSettingsKey VIEW_PITCH = viewRow("viewAnglePitch");
+constexpr QUORSettingsKey VIEW_FIT = viewRow("viewAngleFit");
 
 struct AxisRow {
     double QUORPoint3D::*axis;
@@ -84,6 +87,10 @@ struct ViewAngles {
         }
         angle.setCameraPosition(position);
         angle.setCameraDirection(direction);
+        if (QUORSettingsTable::readFlag(reader, VIEW_FIT)) {
+            angle.setFit(QUORViewAngle::Fit{QUORSettingsTable::readNumber(reader, VIEW_HEADING),
+                                            QUORSettingsTable::readNumber(reader, VIEW_PITCH)});
+        }
     }
     static void write(QUORSettingsWriter& writer, const QUORViewAngle& angle) {
         writer.write(QUORConfig::VIEW_ANGLE_NAME, angle.getName());
@@ -93,10 +100,16 @@ struct ViewAngles {
             writer.write(row.position.nameText(), position.*row.axis);
             writer.write(row.direction.nameText(), direction.*row.axis);
         }
+        // All three for every preset: what an element of the file held before must not stay behind.
+        const QUORViewAngle::Fit fit = angle.getFit().value_or(QUORViewAngle::Fit{});
+        writer.write(VIEW_HEADING.nameText(), fit.heading);
+        writer.write(VIEW_PITCH.nameText(), fit.pitch);
+        writer.write(VIEW_FIT.nameText(), angle.getFit().has_value());
     }
     static void copy(QUORViewAngle& to, const QUORViewAngle& from) {
         to.setCameraPosition(from.getCameraPosition());
         to.setCameraDirection(from.getCameraDirection());
+        to.setFit(from.getFit());
     }
 };
 

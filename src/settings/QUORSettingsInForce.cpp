@@ -123,7 +123,8 @@ namespace QUORSettingsInForce {
 
 QStringList getFiles(File file) {
     if (file == File::Background) {
-        return {QUORBackgroundSettings::getBgSettingsFileName()};
+        return {QUORBackgroundSettings::getBgSettingsFileName(),
+                QUORBackgroundSettings::getPackagedFileName()};
     }
     const QString name = QFileInfo(QUORSettingsSearch::fileName(file)).baseName();
     const QSettings packaged(QSettings::NativeFormat, QSettings::SystemScope, QUORSystem::ORGANIZATION_NAME,

@@ -16,4 +16,7 @@ void QUORViewAngle::printViewAngle() const {
     QUORLog::Instance().logDebug(QStringLiteral("ViewAngle: ") + _name);
     QUORLog::Instance().logDebug(QStringLiteral("campos=") + toText(_cameraPosition));
     QUORLog::Instance().logDebug(QStringLiteral("camdir=") + toText(_cameraDirection));
+    if (_fit) {
+        QUORLog::Instance().logDebug(QStringLiteral("fit=%1, %2").arg(_fit->heading).arg(_fit->pitch));
+    }
 }

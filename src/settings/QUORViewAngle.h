@@ -6,8 +6,10 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
-/// A named camera position and viewing direction, in scene coordinates (metres).
+/// A named camera position and viewing direction, in scene coordinates (metres), or a direction alone from
+/// which every product fits into the picture.
 class QUORViewAngle {
 public:
     using Ptr = std::shared_ptr<QUORViewAngle>;
@@ -20,6 +22,15 @@ public:
     QUORPoint3D getCameraDirection() const { return _cameraDirection; }
     void setCameraDirection(const QUORPoint3D& direction) { _cameraDirection = direction; }
 
+    /// A direction to see the whole product from, in place of position and direction.
+    struct Fit {
+        /// Degrees: the direction looked to, clockwise from north, and how far below the horizon.
+        double heading = 0.0;
+        double pitch = 40.0;
+    };
+    const std::optional<Fit>& getFit() const { return _fit; }
+    void setFit(const std::optional<Fit>& fit) { _fit = fit; }
+
     /// To the log, at debug level.
     void printViewAngle() const;
 
@@ -27,4 +38,5 @@ private:
     QString _name;
     QUORPoint3D _cameraPosition;
     QUORPoint3D _cameraDirection;
+    std::optional<Fit> _fit;
 };

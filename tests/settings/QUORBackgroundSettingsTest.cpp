@@ -238,4 +238,24 @@ TEST_F(QUORBackgroundSettingsTest, FallsBackToTheDefaultUser) {
     EXPECT_EQ(log.count(warning), 3) << "a record for every job must not flood the log";
 }
 
+TEST_F(QUORBackgroundSettingsTest, PackagedKeysCountUntilTheUserSaysOtherwise) {
+    ScratchHome::writePackaged(
+        QStringLiteral("quor3dd.conf"),
+        QStringLiteral("[BACKGROUND]\noutputformat=PNG\nviewangle=Packaged\nwait2d=120\n"
+                       "width=800\nproducts\\1\\product=PPI\nproducts\\size=1\n"));
+    QUORBackgroundSettings settings;
+    EXPECT_EQ(settings.getOutputFormat(), QUORExportSettings::Png);
+    EXPECT_EQ(settings.getViewAngleName(), QStringLiteral("Packaged"));
+    EXPECT_EQ(settings.getWait2D(), 120);
+    EXPECT_EQ(settings.get2DProduct(QStringLiteral("R")), QStringLiteral("PPI"));
+    EXPECT_EQ(settings.get2DProduct(QStringLiteral("Z")), QStringLiteral("SRI"));
+
+    put(QStringLiteral("viewangle=Mine\nwidth=broken\n"));
+    settings.load();
+    EXPECT_EQ(settings.getViewAngleName(), QStringLiteral("Mine"));
+    EXPECT_EQ(settings.getWidth(), 800) << "a value that cannot be read leaves what is packaged";
+    EXPECT_EQ(settings.getHeight(), 1200);
+    EXPECT_EQ(settings.getOutputFormat(), QUORExportSettings::Png);
+}
+
 } // namespace

@@ -47,6 +47,9 @@ TEST_F(QUORPresetStoreTest, BringsBackWhatItSaved) {
         settings.addDisplayStatePreset(makeState(QStringLiteral("No 2D, please"), 13));
         settings.addDisplayStatePreset(makeState(QStringLiteral("Bare"), 40));
         settings.addViewAnglePreset(makeAngle(QStringLiteral("South"), 20));
+        const auto fitting = makeAngle(QStringLiteral("Fits"), 0);
+        fitting->setFit(QUORViewAngle::Fit{270.0, 12.5});
+        settings.addViewAnglePreset(fitting);
         settings.saveDisplayStates(makeState(QStringLiteral("current"), 44));
         settings.saveViewAngles(makeAngle(QStringLiteral("current"), 30));
     }
@@ -72,7 +75,11 @@ TEST_F(QUORPresetStoreTest, BringsBackWhatItSaved) {
     ASSERT_EQ(settings.getDisplayStatePresets().size(), 2);
     EXPECT_FALSE(settings.getDisplayStatePresets().at(0)->has2DEnabled());
     EXPECT_FALSE(settings.getDisplayStatePresets().at(1)->getGroup(40)->isVisible());
-    ASSERT_EQ(settings.getViewAnglePresets().size(), 1);
+    ASSERT_EQ(settings.getViewAnglePresets().size(), 2);
+    EXPECT_FALSE(settings.getViewAnglePresets().at(0)->getFit());
+    ASSERT_TRUE(settings.getViewAnglePresets().at(1)->getFit());
+    EXPECT_EQ(settings.getViewAnglePresets().at(1)->getFit()->heading, 270.0);
+    EXPECT_EQ(settings.getViewAnglePresets().at(1)->getFit()->pitch, 12.5);
     EXPECT_EQ(settings.getViewAnglePresets().at(0)->getCameraPosition(), (QUORPoint3D{21, 22, 23.5}));
 
     settings.loadDisplayStates(state);

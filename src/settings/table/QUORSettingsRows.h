@@ -200,6 +200,13 @@ inline constexpr auto ROWS = std::to_array<Key>({
     VIEW_ANGLES.number("viewAngleCamDirX", 0.0, "viewing direction towards the east, of any length"),
     VIEW_ANGLES.number("viewAngleCamDirY", 0.0, "towards the north"),
     VIEW_ANGLES.number("viewAngleCamDirZ", 0.0, "upwards"),
+    VIEW_ANGLES.number("viewAngleHeading", 0.0, -360.0, 360.0,
+                       "with `viewAngleFit`: the direction looked to, degrees clockwise from north"),
+    VIEW_ANGLES.number("viewAnglePitch", 40.0, 0.0, 90.0, "with `viewAngleFit`: degrees below the horizon"),
+    VIEW_ANGLES.flag(
+        "viewAngleFit", false,
+        "the camera stands where the whole product is in the picture, as large as it can be, and "
+        "clear of bar, compass and legend; position and direction do not count then"),
 
     EXPORT.flag("colorbar", true, "colour bar in the image"),
     EXPORT.flag("legend", true, "legend in the image"),

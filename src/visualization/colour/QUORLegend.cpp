@@ -14,13 +14,14 @@
 namespace {
 
 constexpr double BOX_OPACITY = 0.6;
+constexpr QUORPictureArea AREA{0.01, 0.01, 0.35, 0.18};
 
 void place(vtkLegendBoxActor* legend) {
     legend->GetPositionCoordinate()->SetCoordinateSystemToNormalizedViewport();
-    legend->GetPositionCoordinate()->SetValue(0.01, 0.01);
-    // The second corner, (0.35, 0.18), relative to the first.
+    legend->GetPositionCoordinate()->SetValue(AREA.left, AREA.bottom);
+    // The second corner, relative to the first.
     legend->GetPosition2Coordinate()->SetCoordinateSystemToNormalizedViewport();
-    legend->GetPosition2Coordinate()->SetValue(0.34, 0.17);
+    legend->GetPosition2Coordinate()->SetValue(AREA.right - AREA.left, AREA.top - AREA.bottom);
 }
 
 bool isLight(const QUORStyleGroup::Color& color) {
@@ -55,6 +56,10 @@ vtkSmartPointer<vtkLegendBoxActor> QUORLegend::make(const QStringList& lines) {
     }
     legend->VisibilityOn();
     return legend;
+}
+
+QUORPictureArea QUORLegend::getArea() {
+    return AREA;
 }
 
 void QUORLegend::setColors(vtkLegendBoxActor* legend, const QUORStyleGroup::Color& text,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORPictureArea.h"
 #include "QUORStyleGroup.h"
 
 #include <vtkSmartPointer.h>
@@ -14,6 +15,9 @@ namespace QUORLegend {
 
 /// Lines in order from the top. Each is also logged, as "Legend " with its index and the text.
 vtkSmartPointer<vtkLegendBoxActor> make(const QStringList& lines);
+
+/// Where the box lies.
+QUORPictureArea getArea();
 
 /// Text colour, and what lies under the text so that it can be read on any scene: light text stands on the
 /// legend's black box, dark text on a light veil.

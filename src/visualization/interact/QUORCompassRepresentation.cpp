@@ -9,14 +9,20 @@
 
 #include <vtkActor2D.h>
 #include <vtkCenteredSliderRepresentation.h>
+#include <vtkCoordinate.h>
 #include <vtkObjectFactory.h>
 #include <vtkProperty2D.h>
+#include <vtkRenderer.h>
 #include <vtkTextActor.h>
 #include <vtkTextProperty.h>
+
+#include <array>
 
 namespace {
 
 constexpr double UNKNOWN_DISTANCE = 9999.9;
+/// Of the arrows and the "N", in radii.
+constexpr double REACH = 1.1;
 
 /// Holds a highlight state for the length of a call to the base class.
 class ForcedHighlight {
@@ -109,6 +115,16 @@ void QUORCompassRepresentation::updateForegroundColor(const QUORPoint3D& color, 
     paint(this->StatusProperty, color, opacity);
     paint(this->TiltRepresentation.Get(), color, opacity);
     paint(this->DistanceRepresentation.Get(), color, opacity);
+}
+
+QUORPictureArea QUORCompassRepresentation::getArea() {
+    std::array<int, 2> middle{};
+    double radius = 0.0;
+    this->GetCenterAndUnitRadius(middle.data(), radius);
+    const int* size = this->Renderer->GetSize();
+    const double reach = radius * REACH;
+    return {(middle[0] - reach) / size[0], (middle[1] - reach) / size[1], (middle[0] + reach) / size[0],
+            (middle[1] + reach) / size[1]};
 }
 
 void QUORCompassRepresentation::BuildRepresentation() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "QUORCameraInteractorObserver.h"
+#include "QUORPictureArea.h"
 #include "QUORPoint3D.h"
 #include "QUORStyleGroup.h"
 
@@ -24,6 +25,9 @@ public:
     void updateColors();
     /// Gives every part of the compass the colour (red, green and blue as x, y and z) and the opacity.
     void updateForegroundColor(const QUORPoint3D& color, double opacity);
+
+    /// Where the dial lies in its renderer.
+    QUORPictureArea getArea();
 
     void BuildRepresentation() override;
     int RenderOpaqueGeometry(vtkViewport* viewport) override;

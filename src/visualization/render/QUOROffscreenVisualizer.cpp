@@ -14,6 +14,7 @@
 #include "QUORRenderWindowFactory.h"
 #include "QUORRenderer.h"
 #include "QUORStopwatch.h"
+#include "QUORViewFit.h"
 #include "QUORVisualization.h"
 
 #include <vtkGenericRenderWindowInteractor.h>
@@ -168,11 +169,29 @@ void QUOROffscreenVisualizer::applyPresetViewAngle(const QUORViewAngle::Ptr& vie
     } else {
         viewAngle->setCameraPosition(presets[index - 1]->getCameraPosition());
         viewAngle->setCameraDirection(presets[index - 1]->getCameraDirection());
+        if (const auto& fit = presets[index - 1]->getFit()) {
+            const QUORViewGeometry::View view = findFit(fit->heading, fit->pitch);
+            viewAngle->setCameraPosition(view.position);
+            viewAngle->setCameraDirection(view.direction);
+        }
     }
     logDebug(QStringLiteral("Applied view angle:"));
     logDebug(QStringLiteral("---"));
     viewAngle->printViewAngle();
     logDebug(QStringLiteral("---"));
+}
+
+QUORViewGeometry::View QUOROffscreenVisualizer::findFit(double heading, double pitch) const {
+    const QUORFile& file = *_visualization->getDataFrame()->getData3d()->getFile();
+    const QUORPoint3D middle = file.getMiddleM();
+    const double halfWidth = 0.5 * file.getWidthM();
+    const double halfLength = 0.5 * file.getLengthM();
+    const double top = (file.getRadarElevation() + file.getHeightM()) * _generalSettings->getVerticalScale();
+    const QUORViewFit fit({middle.x - halfWidth, middle.y - halfLength, 0.0},
+                          {middle.x + halfWidth, middle.y + halfLength, top});
+    return fit.find(heading, pitch,
+                    {double(_backgroundSettings->getWidth()), double(_backgroundSettings->getHeight()),
+                     _renderer ? _renderer->getTakenAreas() : std::vector<QUORPictureArea>()});
 }
 
 vtkSmartPointer<vtkImageWriter> QUOROffscreenVisualizer::createWriter(int outputFormat) {

@@ -6,6 +6,7 @@
 #include "QUORGeneralSettings.h"
 #include "QUORStopwatch.h"
 #include "QUORViewAngle.h"
+#include "QUORViewGeometry.h"
 #include "QUORVisualizationObserver.h"
 
 #include <QString>
@@ -74,6 +75,8 @@ private:
     void openGate();
     bool provideWindow(QString& error);
     void renderImage(QUORVisualization& visualization);
+    /// The camera that looks so and has the whole product of the frame in the picture.
+    QUORViewGeometry::View findFit(double heading, double pitch) const;
     bool lacks3DData(const QUORVisualization& visualization) const;
     void prepareWindow();
     void prepareRenderer(QUORVisualization& visualization);

@@ -333,6 +333,21 @@ void QUORRenderer::setShown(vtkProp* prop, bool shown) {
     }
 }
 
+std::vector<QUORPictureArea> QUORRenderer::getTakenAreas() const {
+    std::vector<QUORPictureArea> areas;
+    if (_colorBarOn && _colorBar != nullptr) {
+        const double* place = _colorScaleRenderer->GetViewport();
+        areas.push_back({place[0], place[1], place[2], place[3]});
+    }
+    if (_legendOn && _legend != nullptr) {
+        areas.push_back(QUORLegend::getArea());
+    }
+    if (_compassOn) {
+        areas.push_back(_compass->getArea());
+    }
+    return areas;
+}
+
 void QUORRenderer::toggleCompass(bool on) {
     _compassOn = on;
     logToggle("Compass", on);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORPictureArea.h"
 #include "QUORStyleGroup.h"
 #include "QUORVisualizationPipelineItem.h"
 
@@ -75,6 +76,9 @@ public:
     void toggleColorScale(bool on);
     void toggleLegend(bool on);
     void togglePointWidget(bool on, bool force);
+
+    /// Where colour bar, compass and legend lie over the scene, as far as they are switched on.
+    std::vector<QUORPictureArea> getTakenAreas() const;
 
     void resetCamera();
     /// Draws once.

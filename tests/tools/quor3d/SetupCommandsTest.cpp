@@ -167,7 +167,7 @@ TEST_F(SetupCommandsTest, KeepsListsOfViewsAndStates) {
         {{"views", "add", "South", "--heading", "0", "--pitch", "40", "--distance", "400"}, 0, "400.0 km"},
         {{"views", "add", "Fits", "--extent", "300", "300", "12"}, 0, "Fits"},
         {{"views", "add", "South", "--distance", "1"}, 1, "already"},
-        {{"views", "add", "Nothing to fit"}, 1, "no volume"},
+        {{"views", "add", "Any size", "--heading", "90", "--fit"}, 0, "fits every product"},
         {{"views", "add", "Steep", "--pitch", "91"}, 2, "91"},
         {{"views", "rename", "Suoth", "East"}, 1, "South"},
         {{"views", "rename", "South", "From the south"}, 0, ""},
@@ -186,7 +186,9 @@ TEST_F(SetupCommandsTest, KeepsListsOfViewsAndStates) {
             << result.out << result.error;
     }
     const QJsonArray views = call({"views", "--json"}).json().array();
-    ASSERT_EQ(views.size(), 1);
+    ASSERT_EQ(views.size(), 2);
+    EXPECT_TRUE(views.at(1)["fit"].toBool());
+    EXPECT_EQ(views.at(1)["heading_deg"].toDouble(), 90.0);
     EXPECT_NEAR(views.at(0)["pitch_deg"].toDouble(), 40.0, 1e-9);
     EXPECT_NEAR(views.at(0)["position_m"].toArray().at(1).toDouble(), -306417.8, 1.0);
     const QJsonArray states = call({"states", "--json"}).json().array();

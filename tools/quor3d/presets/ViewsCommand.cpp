@@ -3,7 +3,6 @@
 
 #include "PresetNames.h"
 #include "QUORBackgroundSettings.h"
-#include "QUORDataStore.h"
 #include "QUORGeneralSettings.h"
 #include "QUORLog.h"
 #include "QUORPresetStore.h"
@@ -29,6 +28,9 @@ struct Stored {
 };
 
 QUORViewPlan planOf(const QUORViewAngle& view) {
+    if (const auto& fit = view.getFit()) {
+        return {fit->heading, fit->pitch, 0.0};
+    }
     return QUORViewPlan::of({view.getCameraPosition(), view.getCameraDirection()});
 }
 
@@ -40,28 +42,18 @@ QJsonArray toJson(const QUORPoint3D& point) {
     return {point.x, point.y, point.z};
 }
 
-/// The extents of the newest volume, drawn; nothing when there is none.
-bool findNewestSize(const QUORGeneralSettings& settings, QUORPoint3D& size) {
-    const QUOR3DTop top(settings.get3DDir());
-    QUORFile::CPtr newest;
-    const QString any = QStringLiteral("*");
-    for (const QUORFileLeaf::Ptr& leaf : top.findLeaves(any, any, any, any)) {
-        const QUORFile::CPtr file = leaf->getFile();
-        if (file->getGridError().isEmpty() && (!newest || file->getDataTime() > newest->getDataTime())) {
-            newest = file;
-        }
-    }
-    if (newest) {
-        size = {newest->getWidthM(), newest->getLengthM(), newest->getHeightM()};
-    }
-    return newest != nullptr;
+/// How far from the site a camera stands, in words.
+QString describeDistance(const QUORViewAngle& view) {
+    return view.getFit() ? QStringLiteral("fits every product")
+                         : QStringLiteral("distance ") + rounded(planOf(view).distance / 1000.0) +
+                               QStringLiteral(" km");
 }
 
 } // namespace
 
 std::string ViewsCommand::examples() const {
     return "  quor3d views                                                    the list\n"
-           "  quor3d views add 'From the south' --heading 0 --pitch 40 --fit  so that the data fits\n"
+           "  quor3d views add 'From the south' --heading 0 --pitch 40        every product fits\n"
            "  quor3d views add East --heading 270 --pitch 25 --distance 400   from the east, 400 km away\n"
            "  quor3d views rename East 'From the east'\n"
            "  quor3d views remove East\n"
@@ -89,11 +81,11 @@ void ViewsCommand::addOptions(CLI::App& app) {
         ->capture_default_str();
     CLI::Option* const distance =
         add->add_option("--distance", _distance, "Kilometres from the site")->check(CLI::Range(0.1, 20000.0));
-    add->add_flag("--fit", _fits, "As far as the data needs to fit into the picture (the default)")
+    add->add_flag("--fit", _fits, "As far away as each product needs to fit into the picture (the default)")
         ->excludes(distance);
     add->add_option("--extent", _extent,
-                    "Width, length and height of the data in kilometres for --fit (default: those of the "
-                    "newest volume)")
+                    "One distance for all products: as far as data of this width, length and height in "
+                    "kilometres needs")
         ->expected(3)
         ->excludes(distance);
     CLI::App* const rename = nested("rename", "Rename a view", Action::Rename);
@@ -131,13 +123,17 @@ ExitStatus ViewsCommand::list() {
         QJsonArray array;
         for (const QUORViewAngle::Ptr& view : stored.views) {
             const QUORViewPlan plan = planOf(*view);
-            array.append(QJsonObject{{"name", view->getName()},
-                                     {"used", view->getName() == used},
-                                     {"position_m", toJson(view->getCameraPosition())},
-                                     {"direction", toJson(view->getCameraDirection())},
-                                     {"heading_deg", plan.heading},
-                                     {"pitch_deg", plan.pitch},
-                                     {"distance_km", plan.distance / 1000.0}});
+            QJsonObject object{{"name", view->getName()},
+                               {"used", view->getName() == used},
+                               {"heading_deg", plan.heading},
+                               {"pitch_deg", plan.pitch},
+                               {"fit", view->getFit().has_value()}};
+            if (!view->getFit()) {
+                object["position_m"] = toJson(view->getCameraPosition());
+                object["direction"] = toJson(view->getCameraDirection());
+                object["distance_km"] = plan.distance / 1000.0;
+            }
+            array.append(object);
         }
         JsonOutput::print(array);
         return ExitStatus::Success;
@@ -151,49 +147,43 @@ ExitStatus ViewsCommand::list() {
     for (const QUORViewAngle::Ptr& view : stored.views) {
         const QUORViewPlan plan = planOf(*view);
         table.add({view->getName(), QStringLiteral("heading ") + rounded(plan.heading),
-                   QStringLiteral("pitch ") + rounded(plan.pitch),
-                   QStringLiteral("distance ") + rounded(plan.distance / 1000.0) + QStringLiteral(" km"),
+                   QStringLiteral("pitch ") + rounded(plan.pitch), describeDistance(*view),
                    view->getName() == used ? QStringLiteral("in use") : QString()});
     }
     table.print();
     return ExitStatus::Success;
 }
 
-bool ViewsCommand::findDistance(QUORViewPlan& plan) const {
-    if (_distance > 0.0) {
-        plan.distance = _distance * 1000.0;
-        return true;
-    }
-    const QUORGeneralSettings general;
-    const QUORBackgroundSettings background;
-    QUORPoint3D size;
+QUORViewPlan ViewsCommand::makePlan() const {
+    QUORViewPlan plan{_heading, _pitch, _distance * 1000.0};
     if (!_extent.empty()) {
-        size = {_extent.at(0) * 1000.0, _extent.at(1) * 1000.0, _extent.at(2) * 1000.0};
-    } else if (!findNewestSize(general, size)) {
-        std::cerr << "quor3d: there is no volume in \"" << general.get3DDir().toStdString()
-                  << "\" to fit, say --extent or --distance\n";
-        return false;
+        const QUORBackgroundSettings background;
+        const QUORPoint3D size{_extent.at(0) * 1000.0, _extent.at(1) * 1000.0,
+                               _extent.at(2) * 1000.0 * QUORGeneralSettings().getVerticalScale()};
+        plan.distance = plan.findFit(size, background.getWidth(), background.getHeight());
     }
-    size.z *= general.getVerticalScale();
-    plan.distance = plan.findFit(size, background.getWidth(), background.getHeight());
-    return true;
+    return plan;
 }
 
 ExitStatus ViewsCommand::add() {
     Stored stored;
     const QString name = QString::fromStdString(_name);
-    QUORViewPlan plan{_heading, _pitch, 0.0};
-    if (!PresetNames::isFree(stored.views, name) || !findDistance(plan)) {
+    if (!PresetNames::isFree(stored.views, name)) {
         return ExitStatus::Found;
     }
-    const QUORViewGeometry::View camera = plan.toView();
     const auto view = std::make_shared<QUORViewAngle>();
     view->setName(name);
-    view->setCameraPosition(camera.position);
-    view->setCameraDirection(camera.direction);
+    const QUORViewPlan plan = makePlan();
+    if (plan.distance > 0.0) {
+        const QUORViewGeometry::View camera = plan.toView();
+        view->setCameraPosition(camera.position);
+        view->setCameraDirection(camera.direction);
+    } else {
+        view->setFit(QUORViewAngle::Fit{_heading, _pitch});
+    }
     stored.views.append(view);
-    std::cout << _name << ": heading " << _heading << ", pitch " << _pitch << ", distance "
-              << rounded(plan.distance / 1000.0).toStdString() << " km\n";
+    std::cout << _name << ": heading " << _heading << ", pitch " << _pitch << ", "
+              << describeDistance(*view).toStdString() << '\n';
     return stored.save();
 }
 

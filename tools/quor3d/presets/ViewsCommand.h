@@ -25,8 +25,8 @@ private:
     ExitStatus add();
     ExitStatus rename();
     ExitStatus remove();
-    /// Metres; nothing, after a message, when the distance cannot be found.
-    bool findDistance(QUORViewPlan& plan) const;
+    /// Of the options; distance 0 where each product is to fit.
+    QUORViewPlan makePlan() const;
 
     ServiceUser _user;
     JsonOutput _json;
