@@ -66,6 +66,18 @@ void QUORSetupCheck::run() {
     _findings = findings.takeSorted();
 }
 
+void QUORSetupCheck::runSettings() {
+    QUORFindingCollector findings;
+    auditFiles(findings);
+    QUORGeneralSettings general;
+    const QUORBackgroundSettings background;
+    QUORPresetChecks::checkDisplayState(findings, general, background);
+    QUORPresetChecks::checkViewAngle(findings, general, background);
+    QUORPresetChecks::checkProducts(findings, nullptr, _drawing.scaleNames);
+    QUORPresetChecks::checkColors(findings);
+    _findings = findings.takeSorted();
+}
+
 bool QUORSetupCheck::costsImages() const {
     return std::ranges::any_of(_findings,
                                [](const QUORFinding& finding) { return finding.cost > Cost::Remark; });

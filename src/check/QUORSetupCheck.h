@@ -30,6 +30,8 @@ public:
     QUORSetupCheck& operator=(const QUORSetupCheck&) = delete;
 
     void run();
+    /// Only what the settings files say by themselves: no directory is looked at.
+    void runSettings();
 
     /// The most costly first.
     const QUORFindings& getFindings() const { return _findings; }

@@ -76,6 +76,7 @@ QUORServiceMonitor::QUORServiceMonitor(std::shared_ptr<const QUORDataStore> stor
         QStringLiteral("; writing images to ") + report.output + QStringLiteral(" as ") + report.imageFormat +
         QStringLiteral(" of ") + QString::number(report.width) + QStringLiteral(" x ") +
         QString::number(report.height) + QStringLiteral(" pixels"));
+    _settingsWatch.look();
     write();
     startWatchdog();
     notifySupervisor(QStringLiteral("READY=1"));
@@ -116,6 +117,7 @@ void QUORServiceMonitor::feedWatchdog() {
 
 void QUORServiceMonitor::update() {
     _settings.load();
+    _settingsWatch.look();
     write();
 }
 

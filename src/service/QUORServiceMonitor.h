@@ -3,6 +3,7 @@
 
 #include "QUORBackgroundSettings.h"
 #include "QUORServiceReport.h"
+#include "QUORSettingsWatch.h"
 
 #include <QObject>
 #include <QString>
@@ -14,7 +15,8 @@ class QUORDataStore;
 /// Tells a supervisor and a monitoring system how the service does: a metrics file and a status file, each
 /// replaced whole after every image and every minute, and under systemd that it is ready, a status line and
 /// the watchdog. The watchdog is fed by the event loop, and only while no job runs longer than the job limit
-/// of the background settings.
+/// of the background settings. What is wrong with the settings files is said at the start and within a minute
+/// of a change.
 ///
 /// Made on the main thread when the service has started, and destroyed before it stops.
 class QUORServiceMonitor : public QObject {
@@ -44,5 +46,6 @@ private:
     QString _version;
     Files _files;
     QUORBackgroundSettings _settings; ///< as of the last minute
+    QUORSettingsWatch _settingsWatch;
     bool _isStuck = false;
 };

@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QMutexLocker>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -98,6 +99,11 @@ QSettings* QUORConfig::get() {
                                [&application] { return QUORSettingsReader::open(application); });
     }
     return _open;
+}
+
+bool QUORConfig::isDamaged() {
+    const QMutexLocker lock(&_mutex);
+    return _settings.isDamaged();
 }
 
 void QUORConfig::release() {

@@ -66,6 +66,8 @@ public:
     /// the same object again: records loaded under one hold come from one reading of the file. Every `get` is
     /// followed by one `release`, see Access.
     QSettings* get();
+    /// Whether the file was damaged at the last `get`.
+    bool isDamaged();
     /// The last one deletes the object, which writes its pending changes, and unlocks.
     void release();
 

@@ -111,6 +111,14 @@ std::optional<QByteArray> QUORSettingsFile::read(const QString& fileName, QStrin
     return error.isEmpty() ? std::optional(content) : std::nullopt;
 }
 
+QString QUORSettingsFile::Stamp::toText() const {
+    QString text;
+    for (const qint64 number : {qint64(device), qint64(inode), size, modified, changed}) {
+        text += QString::number(number) + QLatin1Char(' ');
+    }
+    return text;
+}
+
 QUORSettingsFile::Stamp QUORSettingsFile::stampOf(const QString& fileName) {
     struct stat info {};
     if (::stat(QFile::encodeName(fileName).constData(), &info) != 0) {

@@ -26,6 +26,7 @@ struct Stamp {
     qint64 changed = 0;
 
     bool operator==(const Stamp&) const = default;
+    QString toText() const;
 };
 Stamp stampOf(const QString& fileName);
 

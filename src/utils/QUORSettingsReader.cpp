@@ -117,12 +117,7 @@ QString QUORSettingsReader::makeStamp(const QString& applicationName) {
     QString text;
     const QStringList files = findFiles(applicationName);
     for (const QString& file : files) {
-        const QUORSettingsFile::Stamp stamp = QUORSettingsFile::stampOf(file);
-        for (const qint64 number : {qint64(stamp.device), qint64(stamp.inode), stamp.size, stamp.modified,
-                                    stamp.changed}) {
-            text += QString::number(number) + QLatin1Char(' ');
-        }
-        text += file + QLatin1Char('\n');
+        text += QUORSettingsFile::stampOf(file).toText() + file + QLatin1Char('\n');
     }
     return text;
 }

@@ -266,6 +266,54 @@ TEST_F(ServiceImagesTest, Missing2DDataIsExplainedOnceForEachCauseAtTheDefaultLe
     EXPECT_EQ(images(), QStringList{SECOND_IMAGE});
 }
 
+TEST_F(ServiceImagesTest, AWrongSetupIsNamedAtTheDefaultLevelWhenTheServiceStarts) {
+    const struct {
+        const char* main;
+        const char* background;
+        const char* line; ///< begins behind the file
+    } rows[] = {
+        {"verticalscle=3\n", "",
+         ", line 5: GENERAL/verticalscle: is not known and does not count; write verticalscale"},
+        {"[GENRAL]\ntimewindow=60\n", "", ", line 5: GENRAL: is no group of this file"},
+        {"[PRODUCT CAPPI Z]\nrendering=Surface\n", "", ", line 6: PRODUCT CAPPI Z/rendering: \"Surface\""},
+        {"", "outdir=/images\n", ", line 7: BACKGROUND/outdir: is not known"},
+        {"", "width=1600px\n", ", line 7: BACKGROUND/width: \"1600px\" is not a whole number"},
+        {"", "outputformat=png\n", ", line 7: BACKGROUND/outputformat: \"png\""},
+        {"", "displaystate=Echo\n", ", line 7: BACKGROUND/displaystate: "},
+        {"", "viewangle=South\n", ", line 7: BACKGROUND/viewangle: "}};
+    for (const auto& row : rows) {
+        _service.write(QStringLiteral(".config/QUOR/QUOR3D.conf"), _folders.mainSettings(row.main));
+        configure(row.background);
+        ASSERT_TRUE(_service.startDaemon({QStringLiteral("--loglevel=0")}));
+        const QString file = _service.path(*row.main != '\0' ? QStringLiteral(".config/QUOR/QUOR3D.conf")
+                                                             : QStringLiteral("bg.conf"));
+        EXPECT_EQ(count(QStringLiteral(" E: ") + file + QString::fromLatin1(row.line)), 1)
+            << row.line << '\n'
+            << qPrintable(_service.log());
+        EXPECT_EQ(_service.terminate(), 0);
+        QFile::remove(_service.path(QStringLiteral("log")));
+    }
+}
+
+TEST_F(ServiceImagesTest, SwappedDirectoriesAreOneErrorForEach) {
+    _folders.drop(ServiceFolders::storm(0), QStringLiteral("2d"));
+    _folders.drop(ServiceFolders::storm(5), QStringLiteral("2d"));
+    start({}, 0);
+    const QString beginning = QStringLiteral(" E: The first file of this directory that gives no image: ");
+    const QString reason = QStringLiteral(" but one of the other kind: are data3d and data2d swapped?\n");
+    EXPECT_EQ(count(beginning + _folders.path(QStringLiteral("2d/")) + ServiceFolders::storm(0).fileName() +
+                    QStringLiteral(" is no 2D product") + reason),
+              1)
+        << qPrintable(_service.log());
+    _folders.drop(ServiceFolders::rain(0));
+    const QString rain =
+        beginning + _folders.path(QStringLiteral("3d/")) + ServiceFolders::rain(0).fileName();
+    EXPECT_TRUE(_service.waitForLog(rain + QStringLiteral(" is no 3D product") + reason));
+    _folders.drop(ServiceFolders::rain(5));
+    waitUntil([] { return false; }, 300);
+    EXPECT_EQ(count(beginning), 2);
+}
+
 TEST_F(ServiceImagesTest, A2DFileRendersTheFilesItCompletes) {
     start("products\\size=4\nproducts\\1\\product=VIL\n");
     TestProduct width = ServiceFolders::storm();

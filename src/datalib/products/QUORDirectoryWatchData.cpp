@@ -106,6 +106,7 @@ void QUORDirectoryWatchData::scan() {
     for (const QString& name : std::as_const(leftOut.wrongType)) {
         discard(name, stamps.value(name), false);
     }
+    explainFirst(leftOut.discarded + leftOut.wrongType);
     logDiscarded(leftOut.discarded);
     for (auto entry = leftOut.duplicates.cbegin(); entry != leftOut.duplicates.cend(); ++entry) {
         _duplicates.insert(entry.key(), {entry.value(), stamps.value(entry.key())});
@@ -369,11 +370,31 @@ QStringList QUORDirectoryWatchData::addAll(const QStringList& names) {
             discarded.append(name);
         }
     }
+    explainFirst(discarded);
     logDiscarded(discarded);
     for (const QString& name : std::as_const(unfinished)) {
         wait(name);
     }
     return added;
+}
+
+/// The level that operators see tells of one file of a directory, and what is the likely reason.
+void QUORDirectoryWatchData::explainFirst(const QStringList& discarded) {
+    if (discarded.isEmpty() || std::exchange(_explained, true)) {
+        return;
+    }
+    const QString& name = discarded.constFirst();
+    const QUORFile file(pathOf(name));
+    const bool wants3d = _type == Directory3d;
+    QString reason = QStringLiteral("no product, or not to be read");
+    if (file.isValid()) {
+        reason = (wants3d ? QStringLiteral("no 3D product") : QStringLiteral("no 2D product")) +
+                 (file.getDimensions() == (wants3d ? 2 : 3)
+                      ? QStringLiteral(" but one of the other kind: are data3d and data2d swapped?")
+                      : QString());
+    }
+    QUORLog::Instance().logError(QStringLiteral("The first file of this directory that gives no image: ") +
+                                 pathOf(name) + QStringLiteral(" is ") + reason);
 }
 
 void QUORDirectoryWatchData::removeFilesFromDir() {

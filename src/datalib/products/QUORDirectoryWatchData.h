@@ -137,6 +137,7 @@ private:
     void fillPlacesOf(const QStringList& removed);
     QMap<QString, Duplicate> takeDuplicatesOf(const QStringList& names);
     void discard(const QString& name, const Stamp& stamp, bool unreadable);
+    void explainFirst(const QStringList& discarded);
     bool isReadableAgain(const QString& name, const Discarded& entry) const;
     bool reconsiderDiscarded();
 
@@ -156,6 +157,7 @@ private:
     /// Files of the tree that hold another product, or none, by now.
     QStringList _lostNames;
     QList<QUORDirWatchRetryItem::Ptr> _retryItems;
+    bool _explained = false;
     CappedLines _exhausted;
     CappedLines _discardedRetries;
     std::atomic<int> _waiting{0};

@@ -7,6 +7,9 @@
 #include "QUORSettingsReader.h"
 #include "QUORSettingsTable.h"
 
+#include <QHash>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QRegularExpression>
 
 #include <vtkColorTransferFunction.h>
@@ -108,6 +111,26 @@ void addNode(vtkColorTransferFunction& function, double position, const std::arr
     }
 }
 
+/// The maps as the colours files define them, until one of these changes: an image asks for several, and the
+/// settings layer reads a large file anew each time. Any thread may call.
+template <class Read>
+QUORColormap recall(const QString& key, Read read) {
+    constexpr qsizetype MAXIMUM = 100;
+    static QMutex mutex;
+    static QString known;
+    static QHash<QString, QUORColormap> maps;
+    const QString stamp = QUORSettingsReader::makeStamp(COLORS_FILE);
+    const QMutexLocker lock(&mutex);
+    if (stamp != known || maps.size() >= MAXIMUM) {
+        known = stamp;
+        maps.clear();
+    }
+    if (!maps.contains(key)) {
+        maps.insert(key, read());
+    }
+    return maps.value(key);
+}
+
 /// Calls `read` with the reader standing on the data type's entry; the fallback when there is no entry.
 template <class Value, class Read>
 Value readMapping(QUORSettingsReader& reader, int rawType, Value fallback, Read read) {
@@ -144,16 +167,20 @@ QUORColormap::QUORColormap()
     }
 }
 
-QUORColormap::QUORColormap(const QString& name, const QUORDataType& dataType, ValueRange range)
-    : _name(name) {
-    QUORSettingsReader reader(COLORS_FILE);
+QUORColormap::QUORColormap(const QString& name, const QUORDataType& dataType, ValueRange range) {
     const int rawType = dataType.getRawType();
-    build(reader, findScale(readScales(reader, rawType), name, rawType), dataType, range);
+    *this = recall(QString::number(rawType) + QLatin1Char(' ') + name, [&] {
+        QUORSettingsReader reader(COLORS_FILE);
+        QUORColormap map;
+        map.load(reader, findScale(readScales(reader, rawType), name, rawType));
+        return map;
+    });
+    build(name, dataType, range);
 }
 
 QUORColormap::QUORColormap(int scaleId, const QUORDataType& dataType, ValueRange range) {
-    QUORSettingsReader reader(COLORS_FILE);
-    build(reader, scaleId, dataType, range);
+    load(scaleId);
+    build(QString::number(scaleId), dataType, range);
 }
 
 QUORColormap::QUORColormap(const QUORColormap& other) {
@@ -188,13 +215,10 @@ QUORColormap& QUORColormap::operator=(const QUORColormap& other) {
 
 QUORColormap::~QUORColormap() = default;
 
-void QUORColormap::build(QUORSettingsReader& reader, int scaleId, const QUORDataType& dataType,
-                         ValueRange range) {
-    const QString wanted = (_name.isEmpty() ? QString::number(scaleId) : _name) +
-                           QStringLiteral(" of data type ") + QString::number(dataType.getRawType());
-    load(reader, scaleId);
+void QUORColormap::build(const QString& wanted, const QUORDataType& dataType, ValueRange range) {
     const bool isUsable = !_colors.isEmpty() && !_scale.isEmpty();
-    report(wanted, "has no colors or no seams, using a grey map", !isUsable);
+    report(wanted + QStringLiteral(" of data type ") + QString::number(dataType.getRawType()),
+           "has no colors or no seams, using a grey map", !isUsable);
     if (!isUsable) {
         useGrey(dataType);
     }
@@ -470,6 +494,13 @@ int QUORColormap::findScale(const QList<ColorScaleListItem>& scales, const QStri
                                     [&name](const ColorScaleListItem& item) { return item.name == name; });
     if (found != scales.cend()) {
         return found->id;
+    }
+    if (name != QLatin1String("Default")) {
+        const QString subject = QStringLiteral("scale ") + name + QString::number(rawType);
+        QUORLogOnce::logError(subject, QStringLiteral("There is no colour scale \"") + name +
+                                           QStringLiteral("\" for data type ") + QString::number(rawType) +
+                                           QStringLiteral(", scale 1 is used: ") +
+                                           QUORSettingsReader::findUserFile(COLORS_FILE));
     }
     QUORLog::Instance().logWarning(QStringLiteral("COLORMAP NOT FOUND: mapname ") + name +
                                    QStringLiteral(", type ") + QString::number(rawType));

@@ -113,7 +113,7 @@ private:
 
     static QList<ColorScaleListItem> readScales(QUORSettingsReader& reader, int rawType);
     static int findScale(const QList<ColorScaleListItem>& scales, const QString& name, int rawType);
-    void build(QUORSettingsReader& reader, int scaleId, const QUORDataType& dataType, ValueRange range);
+    void build(const QString& wanted, const QUORDataType& dataType, ValueRange range);
     void load(QUORSettingsReader& reader, int scaleId);
     int loadScale(QUORSettingsReader& reader, int scaleId);
     void loadColorSet(QUORSettingsReader& reader, int setId);
