@@ -128,6 +128,10 @@ TEST_F(ServiceImagesTest, ABadFileIsOneLineAndTheNextGoodOneAnImage) {
     for (const QRegularExpressionMatch& match : complaint.globalMatch(_service.log())) {
         complaints.append(match.captured());
     }
+    // the line that says once what a directory's first bad file may mean stands beside the file's own
+    const QStringList hints = complaints.filter(QStringLiteral("The first file of this directory"));
+    EXPECT_EQ(hints.size(), 1) << qPrintable(hints.join('\n'));
+    complaints.removeAll(hints.value(0));
     for (const QString& name :
          {QStringLiteral("CAZ240601110000.cap"), QFileInfo(wrongKind).fileName(), empty.fileName()}) {
         EXPECT_EQ(complaints.filter(name).size(), 1) << qPrintable(name) << '\n'
