@@ -60,6 +60,9 @@ void confine(const QUORReaderProcess::Limits& limits, pid_t parent) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGXCPU}) {
         ::signal(signal, SIG_DFL);
     }
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int standard : {0, 1, 2}) {
         ::dup2(null, standard);

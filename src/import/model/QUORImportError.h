@@ -13,3 +13,9 @@ public:
 
     QString getReason() const { return QString::fromUtf8(what()); }
 };
+
+/// The data are good, but a product could not be written: it may succeed later.
+class QUORWriteError : public QUORImportError {
+public:
+    using QUORImportError::QUORImportError;
+};

@@ -153,8 +153,8 @@ QByteArray QUORProductWriter::toBytes(const QUORProductContent& content, std::sp
 }
 
 void QUORProductWriter::publish(const QByteArray& bytes, const QString& path) {
-    const auto fail = [&path](const QString& reason) -> QUORImportError {
-        return QUORImportError(QStringLiteral("cannot write ") + path + QStringLiteral(": ") + reason);
+    const auto fail = [&path](const QString& reason) -> QUORWriteError {
+        return QUORWriteError(QStringLiteral("cannot write ") + path + QStringLiteral(": ") + reason);
     };
     if (!QDir().mkpath(QFileInfo(path).path())) {
         throw fail(QStringLiteral("the folder cannot be made"));

@@ -40,7 +40,7 @@ public:
     static QString fileName(const QUORProductContent& content);
     /// `values` as many as the shape has points, x fastest, then y, then z.
     static QByteArray toBytes(const QUORProductContent& content, std::span<const float> values);
-    /// The file appears whole under its name or not at all; the folder is made. Throws a QUORImportError that
+    /// The file appears whole under its name or not at all; the folder is made. Throws a QUORWriteError that
     /// names the file.
     static void publish(const QByteArray& bytes, const QString& path);
 };

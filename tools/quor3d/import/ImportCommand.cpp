@@ -2,7 +2,9 @@
 #include "ImportCommand.h"
 
 #include "ImportReport.h"
+#include "QUORFolderEvents.h"
 #include "QUORImportError.h"
+#include "QUORImportWatch.h"
 #include "QUORReaderProcess.h"
 #include "QUORVolumeJoiner.h"
 
@@ -13,6 +15,10 @@
 #include <algorithm>
 
 namespace {
+
+/// While something is being waited for, and otherwise, whatever the system says of the folder.
+constexpr std::chrono::milliseconds SOON{1000};
+constexpr std::chrono::milliseconds CHECK{60000};
 
 QString toText(const std::string& text) {
     return QString::fromLocal8Bit(text.c_str());
@@ -65,7 +71,8 @@ std::string ImportCommand::examples() const {
            "  quor3d import --dry-run *.h5 -o /data/products       what is in them, and what would be "
            "written\n"
            "  quor3d import volume.h5 -o out --grid 240x240x24 --spacing 2000,2000,500\n"
-           "  quor3d import sweep_*.nc -o out --range 60 --height 10 --quantity Z,V";
+           "  quor3d import sweep_*.nc -o out --range 60 --height 10 --quantity Z,V\n"
+           "  quor3d import --watch /data/incoming -o /data/products";
 }
 
 void ImportCommand::addOptions(CLI::App& app) {
@@ -81,6 +88,21 @@ void ImportCommand::addOptions(CLI::App& app) {
                    "Sweeps of one radar in files of their own are one volume within so many seconds")
         ->check(CLI::Range(0, 7200))
         ->capture_default_str();
+    auto* const watch =
+        app.add_option("--watch", _watched, "Follow this folder and import what arrives, until ended")
+            ->type_name("DIR")
+            ->excludes("FILE");
+    app.add_option("--quiet", _quiet,
+                   "With --watch: a volume of single sweeps is complete after so many seconds")
+        ->check(CLI::Range(0, 7200))
+        ->needs(watch)
+        ->capture_default_str();
+    app.add_option("--record", _record,
+                   "With --watch: what has been imported; DIR/.quor3d-import of -o unless set")
+        ->needs(watch)
+        ->type_name("FILE");
+    app.add_flag("--existing", _existing, "With --watch: also import what is there at the very first start")
+        ->needs(watch);
     app.add_flag("--dry-run", _dryRun, "Say what the files hold and what would be written; write nothing");
     app.add_flag("--json", _json, "One JSON object a line for each volume and each file that failed");
 }
@@ -170,14 +192,44 @@ void ImportCommand::addProductOptions(CLI::App& app) {
 }
 
 ExitStatus ImportCommand::run() {
-    if (_output.empty() && (_output3d.empty() || _output2d.empty()) && !_dryRun) {
+    const bool hasPlace = !_output.empty() || (!_output3d.empty() && !_output2d.empty());
+    if (!hasPlace && (!_dryRun || !_watched.empty())) {
         std::cerr << "quor3d import: -o DIR, or --out3d DIR and --out2d DIR, say where the products go\n";
+        return ExitStatus::WrongUse;
+    }
+    if (_files.empty() && _watched.empty()) {
+        std::cerr << "quor3d import: no FILE, and no --watch DIR\n";
         return ExitStatus::WrongUse;
     }
     const QString output = toText(_output.empty() ? "." : _output);
     _options.folder3d = _output3d.empty() ? output + QStringLiteral("/3d") : toText(_output3d);
     _options.folder2d = _output2d.empty() ? output + QStringLiteral("/2d") : toText(_output2d);
-    return importFiles();
+    if (!_watched.empty() && _record.empty()) {
+        _record = (_output.empty() ? _output3d : _output) + "/.quor3d-import";
+    }
+    return _watched.empty() ? importFiles() : watchFolder();
+}
+
+ExitStatus ImportCommand::watchFolder() {
+    ImportReport report(_json, _dryRun);
+    const QUORImporter importer(_options);
+    const QString folder = QDir(toText(_watched)).absolutePath();
+    QUORFolderEvents events(folder);
+    QUORImportWatch watch(
+        folder, toText(_record), _join, {.quiet = std::chrono::seconds(_quiet)},
+        [&](const QUORRadarData& data, const QStringList& files) {
+            report.volume(files, data, _dryRun ? importer.plan(data) : importer.import(data));
+        },
+        [&](const QStringList& files, const QString& reason) { report.failure(files, reason); });
+    if (_existing) {
+        watch.takeExisting();
+    }
+    QSet<QString> closed;
+    while (!events.isStopped()) {
+        watch.look(closed);
+        closed = events.wait(watch.isWaiting() ? SOON : CHECK);
+    }
+    return ExitStatus::Success;
 }
 
 ExitStatus ImportCommand::importFiles() {

@@ -22,13 +22,18 @@ private:
     void addGridOptions(CLI::App& app);
     void addProductOptions(CLI::App& app);
     ExitStatus importFiles();
+    ExitStatus watchFolder();
 
     QUORImportOptions _options;
     std::vector<std::string> _files;
     std::string _output;
     std::string _output3d;
     std::string _output2d;
+    std::string _watched;
+    std::string _record;
+    bool _existing = false;
     int _join = 600;
+    int _quiet = 60;
     bool _dryRun = false;
     bool _json = false;
 };

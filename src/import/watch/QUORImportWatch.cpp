@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+#include "QUORImportWatch.h"
+
+#include "QUORDirectoryListing.h"
+#include "QUORImportError.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr int MOST_ATTEMPTS = 10;
+
+} // namespace
+
+QUORImportWatch::QUORImportWatch(const QString& folder, const QString& recordPath, int joinSeconds,
+                                 Timing timing, Import import, Report report)
+    : _folder(folder),
+      _record(recordPath),
+      _joiner(joinSeconds),
+      _timing(timing),
+      _import(std::move(import)),
+      _report(std::move(report)),
+      _isFirst(_record.isNew()) {}
+
+void QUORImportWatch::look(const QSet<QString>& closed) {
+    const QUORDirectoryListing listing(_folder);
+    if (!listing.isComplete()) {
+        if (!_listingFailed) {
+            _report({_folder}, QString::fromLocal8Bit(std::strerror(listing.getError())));
+        }
+        _listingFailed = true;
+        return;
+    }
+    _listingFailed = false;
+    takeList(listing.getNames());
+    _waiting = 0;
+    const auto now = Clock::now();
+    for (const QString& name : listing.getNames()) {
+        File& file = _files[name];
+        if (file.state == State::Growing && (now - file.since >= _timing.settle || closed.contains(name))) {
+            attempt(name, file);
+        }
+        _waiting += file.state == State::Growing ? 1 : 0;
+    }
+    importComplete();
+}
+
+/// Brings the files that are known up to date with a listing.
+void QUORImportWatch::takeList(const QStringList& names) {
+    QHash<QString, File> files;
+    for (const QString& name : names) {
+        const QUORImportRecord::Stamp stamp = QUORImportRecord::stampOf(pathOf(name));
+        const auto known = _files.constFind(name);
+        files[name] = known != _files.constEnd() && known->stamp == stamp ? *known : enter(name, stamp);
+    }
+    _files = std::move(files);
+    _isFirst = false;
+}
+
+/// A name that is new, or whose file has changed.
+QUORImportWatch::File QUORImportWatch::enter(const QString& name, const QUORImportRecord::Stamp& stamp) {
+    for (const File& other : std::as_const(_files)) {
+        if (other.stamp == stamp && other.state != State::Growing) {
+            if (other.state == State::Taken && !_pending.contains(other.digest)) {
+                _record.add(name, stamp, other.digest);
+            }
+            return other; // renamed
+        }
+    }
+    File file{stamp, State::Growing, Clock::now(), 0, {}};
+    if (_isFirst) {
+        if (const QString error = _record.add(name, stamp, {}); !error.isEmpty()) {
+            _report({name}, error);
+        }
+        file.state = State::Taken;
+    } else if (_record.hasFile(name, stamp)) {
+        file.state = State::Taken;
+    }
+    return file;
+}
+
+void QUORImportWatch::attempt(const QString& name, File& file) {
+    file.digest = QUORImportRecord::digestOf(pathOf(name));
+    if (_record.hasContent(file.digest) || _pending.contains(file.digest)) {
+        file.state = State::Taken;
+        _report({name}, QStringLiteral("not imported again: its content has been imported already"));
+        _record.add(name, file.stamp, file.digest);
+        return;
+    }
+    try {
+        QUORRadarData data = _reader.read(pathOf(name));
+        if (QUORImportRecord::stampOf(pathOf(name)) != file.stamp) {
+            return; // it has changed meanwhile, which the next listing shows
+        }
+        _pending.insert(file.digest);
+        file.state = State::Taken;
+        _joiner.add(std::move(data), name);
+    } catch (const QUORImportError& error) {
+        fail(name, file, error.getReason());
+    }
+}
+
+void QUORImportWatch::fail(const QString& name, File& file, const QString& reason) {
+    file.since = Clock::now();
+    if (++file.attempts > MOST_ATTEMPTS) {
+        file.state = State::Bad;
+        _report({name}, reason);
+    }
+}
+
+void QUORImportWatch::importComplete() {
+    const auto now = Clock::now();
+    for (auto entry = _unwritten.begin(); entry != _unwritten.end();) {
+        if (now - entry->since < _timing.again) {
+            ++entry;
+        } else if (importVolume(entry->volume, false)) {
+            entry = _unwritten.erase(entry);
+        } else {
+            entry->since = now;
+            ++entry;
+        }
+    }
+    for (QUORVolumeJoiner::Volume& volume : _joiner.takeComplete(_timing.quiet)) {
+        if (!importVolume(volume, true)) {
+            _unwritten.push_back({std::move(volume), now});
+        }
+    }
+}
+
+/// False when it could not be written and shall be tried again.
+bool QUORImportWatch::importVolume(const QUORVolumeJoiner::Volume& volume, bool isFirst) {
+    try {
+        _import(volume.data, volume.files);
+    } catch (const QUORWriteError& error) {
+        if (isFirst) {
+            _report(volume.files, error.getReason());
+        }
+        return false;
+    } catch (const QUORImportError& error) {
+        _report(volume.files, error.getReason());
+    }
+    remember(volume.files);
+    return true;
+}
+
+void QUORImportWatch::remember(const QStringList& names) {
+    for (const QString& name : names) {
+        const auto file = _files.constFind(name);
+        if (file == _files.constEnd()) {
+            continue; // deleted or renamed while it waited
+        }
+        _pending.remove(file->digest);
+        if (const QString error = _record.add(name, file->stamp, file->digest); !error.isEmpty()) {
+            _report({name}, error);
+        }
+    }
+}

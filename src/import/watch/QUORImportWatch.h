@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "QUORImportRecord.h"
+#include "QUORReaderProcess.h"
+#include "QUORVolumeJoiner.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <chrono>
+#include <functional>
+#include <list>
+
+/// Follows a folder of radar data as the service follows its product folders: hidden names and links are not
+/// looked at, a file that grows is waited for, one that is renamed or copied is not taken twice, one that
+/// comes again with other content is, a bad one costs one line.
+///
+/// `look` makes one pass; who calls it decides when. Used by one thread, in a process without others.
+class QUORImportWatch {
+public:
+    struct Timing {
+        /// A file that nobody told to be complete is tried when it has been the same for so long.
+        std::chrono::milliseconds settle{1000};
+        /// A volume of single sweeps is complete when no sweep came for so long.
+        std::chrono::milliseconds quiet{60000};
+        /// What could not be written is tried again.
+        std::chrono::milliseconds again{60000};
+    };
+    /// Makes products; throws a QUORImportError.
+    using Import = std::function<void(const QUORRadarData& data, const QStringList& files)>;
+    /// One line about files, for the log.
+    using Report = std::function<void(const QStringList& files, const QString& reason)>;
+
+    /// The record lies in `recordPath`. Without one, what is in the folder at the first look is known and not
+    /// imported, unless `takeExisting`.
+    QUORImportWatch(const QString& folder, const QString& recordPath, int joinSeconds, Timing timing,
+                    Import import, Report report);
+
+    void takeExisting() { _isFirst = false; }
+    /// One pass. `closed` are names that a writer has just closed or renamed into place.
+    void look(const QSet<QString>& closed);
+    /// Something is to be looked at again soon.
+    bool isWaiting() const { return _waiting > 0 || !_joiner.isEmpty() || !_unwritten.empty(); }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    enum class State { Growing, Taken, Bad };
+    struct File {
+        QUORImportRecord::Stamp stamp;
+        State state = State::Growing;
+        Clock::time_point since; ///< of the stamp, or of the last attempt
+        int attempts = 0;        ///< that failed since it last changed
+        QByteArray digest;
+    };
+    struct Unwritten {
+        QUORVolumeJoiner::Volume volume;
+        Clock::time_point since;
+    };
+
+    void takeList(const QStringList& names);
+    File enter(const QString& name, const QUORImportRecord::Stamp& stamp);
+    void attempt(const QString& name, File& file);
+    void fail(const QString& name, File& file, const QString& reason);
+    void importComplete();
+    bool importVolume(const QUORVolumeJoiner::Volume& volume, bool isFirst);
+    void remember(const QStringList& names);
+    QString pathOf(const QString& name) const { return _folder + QLatin1Char('/') + name; }
+
+    QString _folder;
+    QUORImportRecord _record;
+    QUORVolumeJoiner _joiner;
+    Timing _timing;
+    Import _import;
+    Report _report;
+    QUORReaderProcess _reader;
+    QHash<QString, File> _files;
+    QSet<QByteArray> _pending; ///< contents that wait for the rest of their volume
+    std::list<Unwritten> _unwritten;
+    bool _isFirst;
+    bool _listingFailed = false;
+    int _waiting = 0;
+};

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <string>
+#include <vector>
+
+/// Writes a netCDF-4 file, which is an HDF5 file too, piece by piece; a test failure when that goes wrong.
+/// Groups are paths such as "dataset1/what", made where they are not there.
+class NetcdfMaker {
+public:
+    explicit NetcdfMaker(const QString& path);
+    ~NetcdfMaker();
+    NetcdfMaker(const NetcdfMaker&) = delete;
+    NetcdfMaker& operator=(const NetcdfMaker&) = delete;
+
+    NetcdfMaker& text(const std::string& group, const char* name, const std::string& value);
+    NetcdfMaker& number(const std::string& group, const char* name, double value);
+    NetcdfMaker& numbers(const std::string& group, const char* name, const std::vector<double>& values);
+    /// Dimensions in the root, by name; their lengths may not change.
+    struct Dimension {
+        std::string name;
+        std::size_t length;
+    };
+    using Dimensions = std::vector<Dimension>;
+    NetcdfMaker& bytes(const std::string& group, const char* name, const Dimensions& dimensions,
+                       const std::vector<unsigned char>& values);
+    NetcdfMaker& doubles(const std::string& group, const char* name, const Dimensions& dimensions,
+                         const std::vector<double>& values);
+    NetcdfMaker& shorts(const std::string& group, const char* name, const Dimensions& dimensions,
+                        const std::vector<short>& values);
+    NetcdfMaker& characters(const std::string& group, const char* name, const Dimensions& dimensions,
+                            const std::string& values);
+    /// An attribute of the variable made last.
+    NetcdfMaker& of(const char* name, double value);
+    NetcdfMaker& of(const char* name, const char* value);
+
+private:
+    int group(const std::string& path);
+    int define(const std::string& group, const char* name, int type, const Dimensions& dimensions);
+
+    int _id = -1;
+    int _group = -1;
+    int _variable = -1;
+};
