@@ -1,27 +1,45 @@
 // SPDX-License-Identifier: MIT
 #include "NetcdfMaker.h"
 
-#include <gtest/gtest.h>
-
 #include <netcdf.h>
 
 #include <QFile>
 #include <QStringList>
 
+#include <stdexcept>
+#include <utility>
+
 namespace {
 
 void check(int status) {
-    EXPECT_EQ(status, NC_NOERR) << nc_strerror(status);
+    if (status != NC_NOERR) {
+        throw std::runtime_error(nc_strerror(status));
+    }
 }
 
 } // namespace
 
-NetcdfMaker::NetcdfMaker(const QString& path) {
-    check(nc_create(QFile::encodeName(path).constData(), NC_NETCDF4 | NC_CLOBBER, &_id));
+NetcdfMaker::NetcdfMaker(const QString& path, bool classic) {
+    check(nc_create(QFile::encodeName(path).constData(), (classic ? 0 : NC_NETCDF4) | NC_CLOBBER, &_id));
+}
+
+/// Values follow the attributes of their variable: the fill value has to come first.
+void NetcdfMaker::flush() {
+    if (_write) {
+        nc_enddef(_id); // a classic file is either described or written; the other kind does not mind
+        check(std::exchange(_write, nullptr)());
+        nc_redef(_id);
+    }
 }
 
 NetcdfMaker::~NetcdfMaker() {
-    check(nc_close(_id));
+    try {
+        flush();
+    } catch (const std::runtime_error&) {
+        nc_close(_id);
+        return;
+    }
+    nc_close(_id);
 }
 
 int NetcdfMaker::group(const std::string& path) {
@@ -37,6 +55,7 @@ int NetcdfMaker::group(const std::string& path) {
 }
 
 NetcdfMaker& NetcdfMaker::text(const std::string& path, const char* name, const std::string& value) {
+    flush();
     check(nc_put_att_text(group(path), NC_GLOBAL, name, value.size(), value.data()));
     return *this;
 }
@@ -47,11 +66,13 @@ NetcdfMaker& NetcdfMaker::number(const std::string& path, const char* name, doub
 
 NetcdfMaker& NetcdfMaker::numbers(const std::string& path, const char* name,
                                   const std::vector<double>& values) {
+    flush();
     check(nc_put_att_double(group(path), NC_GLOBAL, name, NC_DOUBLE, values.size(), values.data()));
     return *this;
 }
 
-int NetcdfMaker::define(const std::string& path, const char* name, int type, const Dimensions& dimensions) {
+void NetcdfMaker::define(const std::string& path, const char* name, int type, const Dimensions& dimensions) {
+    flush();
     std::vector<int> ids;
     for (const Dimension& dimension : dimensions) {
         int id = 0;
@@ -62,30 +83,33 @@ int NetcdfMaker::define(const std::string& path, const char* name, int type, con
     }
     _group = group(path);
     check(nc_def_var(_group, name, type, int(ids.size()), ids.data(), &_variable));
-    return _group;
 }
 
 NetcdfMaker& NetcdfMaker::bytes(const std::string& path, const char* name, const Dimensions& dimensions,
                                 const std::vector<unsigned char>& values) {
-    check(nc_put_var_uchar(define(path, name, NC_UBYTE, dimensions), _variable, values.data()));
+    define(path, name, NC_UBYTE, dimensions);
+    _write = [this, values] { return nc_put_var_uchar(_group, _variable, values.data()); };
     return *this;
 }
 
 NetcdfMaker& NetcdfMaker::doubles(const std::string& path, const char* name, const Dimensions& dimensions,
                                   const std::vector<double>& values) {
-    check(nc_put_var_double(define(path, name, NC_DOUBLE, dimensions), _variable, values.data()));
+    define(path, name, NC_DOUBLE, dimensions);
+    _write = [this, values] { return nc_put_var_double(_group, _variable, values.data()); };
     return *this;
 }
 
 NetcdfMaker& NetcdfMaker::shorts(const std::string& path, const char* name, const Dimensions& dimensions,
                                  const std::vector<short>& values) {
-    check(nc_put_var_short(define(path, name, NC_SHORT, dimensions), _variable, values.data()));
+    define(path, name, NC_SHORT, dimensions);
+    _write = [this, values] { return nc_put_var_short(_group, _variable, values.data()); };
     return *this;
 }
 
 NetcdfMaker& NetcdfMaker::characters(const std::string& path, const char* name, const Dimensions& dimensions,
                                      const std::string& values) {
-    check(nc_put_var_text(define(path, name, NC_CHAR, dimensions), _variable, values.data()));
+    define(path, name, NC_CHAR, dimensions);
+    _write = [this, values] { return nc_put_var_text(_group, _variable, values.data()); };
     return *this;
 }
 

@@ -4,14 +4,16 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <string>
 #include <vector>
 
-/// Writes a netCDF-4 file, which is an HDF5 file too, piece by piece; a test failure when that goes wrong.
+/// Writes a netCDF-4 file, which is an HDF5 file too, piece by piece; throws when the library refuses.
 /// Groups are paths such as "dataset1/what", made where they are not there.
 class NetcdfMaker {
 public:
-    explicit NetcdfMaker(const QString& path);
+    /// `classic` makes a file of the old kind, without groups.
+    explicit NetcdfMaker(const QString& path, bool classic = false);
     ~NetcdfMaker();
     NetcdfMaker(const NetcdfMaker&) = delete;
     NetcdfMaker& operator=(const NetcdfMaker&) = delete;
@@ -39,9 +41,11 @@ public:
 
 private:
     int group(const std::string& path);
-    int define(const std::string& group, const char* name, int type, const Dimensions& dimensions);
+    void flush();
+    void define(const std::string& group, const char* name, int type, const Dimensions& dimensions);
 
     int _id = -1;
     int _group = -1;
     int _variable = -1;
+    std::function<int()> _write;
 };

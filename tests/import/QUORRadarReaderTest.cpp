@@ -192,9 +192,13 @@ TEST_F(QUORRadarReaderTest, RefusesFilesThatAreCutOffAnywhere) {
     const QByteArray level2 = RadarFiles::makeLevel2().toBytes();
     RadarFiles::writeOdim(path("whole"));
     const QByteArray odim = readFile(path("whole"));
+    RadarFiles::writeClassicCfRadial1(path("classic"));
+    EXPECT_EQ(reasonOf(path("classic")), "was read");
+    const QByteArray classic = readFile(path("classic"));
     for (int part = 0; part < 24; ++part) {
         EXPECT_NE(reasonOf(write(level2.left(level2.size() * part / 24))), "was read") << part;
         EXPECT_NE(reasonOf(write(odim.left(odim.size() * part / 24))), "was read") << part;
+        EXPECT_NE(reasonOf(write(classic.left(classic.size() * part / 24))), "was read") << part;
     }
     EXPECT_NE(reasonOf(write(level2.chopped(1))), "was read");
     EXPECT_NE(reasonOf(write(odim.chopped(1))), "was read");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "RadarFiles.h"
 
+#include <cmath>
+
 namespace {
 
 constexpr std::size_t RAYS = 12;
@@ -70,6 +72,33 @@ std::vector<short> rampShorts(std::size_t rays) {
     return values;
 }
 
+void addCfRadial1(NetcdfMaker& file) {
+    constexpr std::size_t all = 2 * RAYS + 1;
+    addCfRadialRoot(file);
+    const NetcdfMaker::Dimension time{"time", all};
+    const NetcdfMaker::Dimension sweep{"sweep", 2};
+    std::vector<double> azimuths = sequence(all, 10.0, 30.0);
+    for (double& azimuth : azimuths) {
+        azimuth = azimuth >= 360.0 ? azimuth - 360.0 * int(azimuth / 360.0) : azimuth;
+    }
+    std::vector<double> elevations(all, 0.8);
+    std::fill(elevations.begin() + RAYS + 1, elevations.end(), 2.1);
+    elevations[RAYS] = 1.5;
+    file.doubles("", "azimuth", {time}, azimuths).doubles("", "elevation", {time}, elevations);
+    file.doubles("", "nyquist_velocity", {time}, std::vector<double>(all, 8.0));
+    file.doubles("", "prt", {time}, std::vector<double>(all, 0.001));
+    file.doubles("", "range", {{"range", GATES}}, sequence(GATES, 2500.0, 1000.0)).of("units", "meters");
+    file.doubles("", "sweep_start_ray_index", {sweep}, {0.0, RAYS + 1.0});
+    file.doubles("", "sweep_end_ray_index", {sweep}, {RAYS - 1.0, 2.0 * RAYS});
+    file.doubles("", "fixed_angle", {sweep}, {0.75, 2.0});
+    file.shorts("", "measured_z", {time, {"range", GATES}}, rampShorts(all)).of("scale_factor", 0.2);
+    file.of("add_offset", -10.0).of("_FillValue", -9999.0).of("_Undetect", -9998.0).of("units", "dBZ");
+    file.of("standard_name", "equivalent_reflectivity_factor");
+    file.shorts("", "inbound", {time, {"range", GATES}}, rampShorts(all)).of("scale_factor", 0.01);
+    file.of("standard_name", "radial_velocity_of_scatterers_toward_instrument").of("units", "m/s");
+    file.shorts("", "ncp", {time, {"range", GATES}}, rampShorts(all));
+}
+
 Level2Writer::Moment moment(const char* name, int gates, unsigned int seed) {
     return {name, gates, 2125, 250, 8, 2.0F, name[0] == 'R' ? 66.0F : 129.0F, [seed](int gate) {
                 return gate < 2 ? unsigned(gate) : 70U + (seed + unsigned(gate)) % 100U;
@@ -108,34 +137,16 @@ void RadarFiles::writeOdimScan(const QString& path, double elevation, const char
 }
 
 void RadarFiles::writeCfRadial1(const QString& path, const Spoil& spoil) {
-    constexpr std::size_t all = 2 * RAYS + 1;
     NetcdfMaker file(path);
-    addCfRadialRoot(file);
-    const NetcdfMaker::Dimension time{"time", all};
-    const NetcdfMaker::Dimension sweep{"sweep", 2};
-    std::vector<double> azimuths = sequence(all, 10.0, 30.0);
-    for (double& azimuth : azimuths) {
-        azimuth = azimuth >= 360.0 ? azimuth - 360.0 * int(azimuth / 360.0) : azimuth;
-    }
-    std::vector<double> elevations(all, 0.8);
-    std::fill(elevations.begin() + RAYS + 1, elevations.end(), 2.1);
-    elevations[RAYS] = 1.5;
-    file.doubles("", "azimuth", {time}, azimuths).doubles("", "elevation", {time}, elevations);
-    file.doubles("", "nyquist_velocity", {time}, std::vector<double>(all, 8.0));
-    file.doubles("", "prt", {time}, std::vector<double>(all, 0.001));
-    file.doubles("", "range", {{"range", GATES}}, sequence(GATES, 2500.0, 1000.0)).of("units", "meters");
-    file.doubles("", "sweep_start_ray_index", {sweep}, {0.0, RAYS + 1.0});
-    file.doubles("", "sweep_end_ray_index", {sweep}, {RAYS - 1.0, 2.0 * RAYS});
-    file.doubles("", "fixed_angle", {sweep}, {0.75, 2.0});
-    file.shorts("", "measured_z", {time, {"range", GATES}}, rampShorts(all)).of("scale_factor", 0.2);
-    file.of("add_offset", -10.0).of("_FillValue", -9999.0).of("_Undetect", -9998.0).of("units", "dBZ");
-    file.of("standard_name", "equivalent_reflectivity_factor");
-    file.shorts("", "inbound", {time, {"range", GATES}}, rampShorts(all)).of("scale_factor", 0.01);
-    file.of("standard_name", "radial_velocity_of_scatterers_toward_instrument").of("units", "m/s");
-    file.shorts("", "ncp", {time, {"range", GATES}}, rampShorts(all));
+    addCfRadial1(file);
     if (spoil) {
         spoil(file);
     }
+}
+
+void RadarFiles::writeClassicCfRadial1(const QString& path) {
+    NetcdfMaker file(path, true);
+    addCfRadial1(file);
 }
 
 void RadarFiles::writeCfRadial2(const QString& path, const Spoil& spoil) {

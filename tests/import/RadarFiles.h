@@ -18,6 +18,8 @@ void writeOdim(const QString& path, const Spoil& spoil = {}, const char* object 
 void writeOdimScan(const QString& path, double elevation, const char* quantity, int seconds);
 /// CfRadial 1: two sweeps with a ray between them that belongs to none.
 void writeCfRadial1(const QString& path, const Spoil& spoil = {});
+/// The same as a classic netCDF file.
+void writeClassicCfRadial1(const QString& path);
 /// CfRadial 2: a group for each of two sweeps.
 void writeCfRadial2(const QString& path, const Spoil& spoil = {});
 /// 4 x 3 x 2 points, kilometres, north to south; the origin at x = 1, y = -1.

@@ -23,7 +23,8 @@ float QUORRainRelation::rate(float reflectivity) const {
         return reflectivity;
     }
     const double factor = std::pow(10.0, std::min(double(reflectivity), HAIL_CAP) / 10.0);
-    return float(std::pow(factor / a, 1.0 / b));
+    const double rain = std::pow(factor / a, 1.0 / b);
+    return rain < LEAST ? QUORRadarValue::NO_ECHO : float(rain);
 }
 
 std::span<const QUORRainRelation> QUORRainRelation::getAll() {

@@ -16,6 +16,9 @@ struct QUORRainRelation {
     /// What is reflected more strongly is hail, which would count as absurd rain.
     static constexpr double HAIL_CAP = 53.0;
 
+    /// Less is no rain, mm/h.
+    static constexpr double LEAST = 0.1;
+
     /// mm/h from dBZ; what is above the cap counts as the cap. No data and no echo stay what they are.
     float rate(float reflectivity) const;
 

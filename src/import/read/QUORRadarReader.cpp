@@ -3,6 +3,7 @@
 
 #include "QUORCfGridReader.h"
 #include "QUORCfRadialReader.h"
+#include "QUORClassicNetcdf.h"
 #include "QUORImportError.h"
 #include "QUORLevel2Reader.h"
 #include "QUORNetcdfFile.h"
@@ -34,31 +35,49 @@ QUORRadarData readNetcdf(const QUORNetcdfGroup& root) {
 enum class Container { Level2, Netcdf };
 
 /// HDF5 may stand behind a block of the user's own.
-bool isHdf5(const QByteArray& content) {
-    for (qsizetype offset = 0; offset + 8 <= content.size(); offset = offset == 0 ? 512 : 2 * offset) {
-        if (content.mid(offset, 8) == "\x89HDF\r\n\x1a\n") {
+bool isHdf5(QByteArrayView content) {
+    constexpr qsizetype FARTHEST = 65536;
+    for (qsizetype offset = 0; offset <= FARTHEST && offset + 8 <= content.size();
+         offset = offset == 0 ? 512 : 2 * offset) {
+        if (content.sliced(offset, 8) == "\x89HDF\r\n\x1a\n") {
             return true;
         }
     }
     return false;
 }
 
-/// From the first bytes of the content.
-Container containerOf(const QByteArray& content) {
+Container containerOf(QByteArrayView content) {
     if (content.isEmpty()) {
         throw QUORImportError(QStringLiteral("empty"));
     }
     if (content.startsWith("AR2V") || content.startsWith("ARCHIVE2")) {
         return Container::Level2;
     }
-    if (isHdf5(content) || (content.startsWith("CDF") && content.size() > 3 &&
-                            (content[3] == 1 || content[3] == 2 || content[3] == 5))) {
+    if (QUORClassicNetcdf::recognises(content)) {
+        QUORClassicNetcdf::demandWhole(content);
+        return Container::Netcdf;
+    }
+    if (isHdf5(content)) {
         return Container::Netcdf;
     }
     if (content.startsWith("\x1f\x8b") || content.startsWith("BZh") || content.startsWith("PK\x03\x04")) {
         throw QUORImportError(QStringLiteral("packed as a whole; unpack it first"));
     }
     throw QUORImportError(QStringLiteral("none of ODIM_H5, CfRadial, gridded netCDF and NEXRAD Level II"));
+}
+
+/// `source` is what the netCDF library opens.
+template <class Source>
+QUORRadarData readContent(QByteArrayView content, const Source& source) {
+    QUORRadarData data;
+    if (containerOf(content) == Container::Netcdf) {
+        const QUORNetcdfFile netcdf(source);
+        data = readNetcdf(netcdf.getRoot());
+    } else {
+        data = QUORLevel2Reader::read(content);
+    }
+    QUORRadarChecks::verify(data);
+    return data;
 }
 
 } // namespace
@@ -71,30 +90,13 @@ QUORRadarData QUORRadarReader::read(int descriptor) {
     if (file.size() > LARGEST_FILE) {
         throw QUORImportError(QStringLiteral("larger than 2 GiB"));
     }
-    QUORRadarData data;
-    file.seek(0);
-    if (containerOf(file.read(65536)) == Container::Netcdf) {
-        const QUORNetcdfFile netcdf(descriptor);
-        data = readNetcdf(netcdf.getRoot());
-    } else {
-        const uchar* const content = file.map(0, file.size());
-        if (content == nullptr) {
-            throw QUORImportError(file.errorString());
-        }
-        data = QUORLevel2Reader::read(QByteArrayView(content, file.size()));
+    const uchar* const content = file.size() > 0 ? file.map(0, file.size()) : nullptr;
+    if (content == nullptr && file.size() > 0) {
+        throw QUORImportError(file.errorString());
     }
-    QUORRadarChecks::verify(data);
-    return data;
+    return readContent(QByteArrayView(content, file.size()), descriptor);
 }
 
 QUORRadarData QUORRadarReader::read(const QByteArray& content) {
-    QUORRadarData data;
-    if (containerOf(content) == Container::Netcdf) {
-        const QUORNetcdfFile netcdf(content);
-        data = readNetcdf(netcdf.getRoot());
-    } else {
-        data = QUORLevel2Reader::read(content);
-    }
-    QUORRadarChecks::verify(data);
-    return data;
+    return readContent(content, content);
 }

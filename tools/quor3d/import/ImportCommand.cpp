@@ -2,6 +2,7 @@
 #include "ImportCommand.h"
 
 #include "ImportReport.h"
+#include "QUORFilePublisher.h"
 #include "QUORFolderEvents.h"
 #include "QUORImportError.h"
 #include "QUORImportWatch.h"
@@ -103,7 +104,8 @@ void ImportCommand::addOptions(CLI::App& app) {
         ->type_name("FILE");
     app.add_flag("--existing", _existing, "With --watch: also import what is there at the very first start")
         ->needs(watch);
-    app.add_flag("--dry-run", _dryRun, "Say what the files hold and what would be written; write nothing");
+    app.add_flag("--dry-run", _dryRun, "Say what the files hold and what would be written; write nothing")
+        ->excludes(watch);
     app.add_flag("--json", _json, "One JSON object a line for each volume and each file that failed");
 }
 
@@ -214,6 +216,9 @@ ExitStatus ImportCommand::watchFolder() {
     ImportReport report(_json, _dryRun);
     const QUORImporter importer(_options);
     const QString folder = QDir(toText(_watched)).absolutePath();
+    for (const QString& products : {_options.folder2d, _options.folder3d}) {
+        QUORFilePublisher::removeLeftovers(products);
+    }
     QUORFolderEvents events(folder);
     QUORImportWatch watch(
         folder, toText(_record), _join, {.quiet = std::chrono::seconds(_quiet)},
