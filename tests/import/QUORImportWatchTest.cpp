@@ -15,7 +15,10 @@ namespace {
 
 class QUORImportWatchTest : public testing::Test {
 protected:
-    QUORImportWatchTest() { start(); }
+    QUORImportWatchTest() {
+        QDir().mkpath(in());
+        start();
+    }
 
     void start() {
         watch = std::make_unique<QUORImportWatch>(
@@ -74,7 +77,7 @@ TEST_F(QUORImportWatchTest, ImportsEachContentOnceThroughRenamesCopiesAndRestart
     RadarFiles::writeOdim(path("b"));
     RadarFiles::writeCfRadial1(path("a"));
     start();
-    EXPECT_EQ(look(), QStringList({"b", "a"}));
+    EXPECT_EQ(look(), QStringList({"a", "b"}));
 }
 
 TEST_F(QUORImportWatchTest, WaitsForFilesThatGrowAndNamesBadOnesOnce) {
@@ -113,7 +116,6 @@ TEST_F(QUORImportWatchTest, JoinsSweepsAndTriesAgainWhatCouldNotBeWritten) {
 }
 
 TEST_F(QUORImportWatchTest, HearsOfFilesThatAreComplete) {
-    QDir().mkpath(in());
     QUORFolderEvents events(in());
     EXPECT_TRUE(events.wait(std::chrono::milliseconds(1)).isEmpty());
     writeFile(path("closed"), "x");

@@ -20,7 +20,7 @@ namespace {
 
 using Quantity = QUORRadarQuantity;
 
-/// Z 30, V 7 and W 2 everywhere in reach, clear air beyond 60 km.
+/// Z 45, V 7 and W 2 everywhere in reach, clear air beyond 60 km.
 TestVolume simpleVolume() {
     TestVolume volume;
     const auto within = [](float value) {
@@ -28,7 +28,7 @@ TestVolume simpleVolume() {
     };
     for (const double elevation : {0.5, 2.0, 5.0}) {
         QUORRadarSweep& sweep = volume.addSweep(elevation, 20.0);
-        TestVolume::addMoment(sweep, Quantity::Reflectivity, within(30.0F));
+        TestVolume::addMoment(sweep, Quantity::Reflectivity, within(45.0F));
         TestVolume::addMoment(sweep, Quantity::Velocity, within(7.0F));
         TestVolume::addMoment(sweep, Quantity::Width, within(2.0F));
     }
@@ -81,9 +81,9 @@ TEST_F(QUORImporterTest, WritesProductsThatTheServiceReads) {
             const char* configuration;
             double value;    ///< 20 km east of the radar, 500 m up
             double accuracy; ///< of one byte
-        } rows[] = {{"CAPPI", "Z", 30.0, 0.25}, {"CAPPI", "V", 7.0, 0.1}, {"CAPPI", "W", 2.0, 0.05},
-                    {"CAPPI", "R", 2.73, 0.01}, {"MAX", "Z", 30.0, 0.25}, {"SRI", "R", 2.73, 0.01},
-                    {"VIL", "", 1.0, 0.0},      {"PPI", "Z", 30.0, 0.25}};
+        } rows[] = {{"CAPPI", "Z", 45.0, 0.25},  {"CAPPI", "V", 7.0, 0.1}, {"CAPPI", "W", 2.0, 0.05},
+                    {"CAPPI", "R", 23.68, 0.02}, {"MAX", "Z", 45.0, 0.25}, {"SRI", "R", 23.68, 0.02},
+                    {"VIL", "", 1.0, 0.0},       {"PPI", "Z", 45.0, 0.25}};
         for (const auto& row : rows) {
             const QString path = pathOf(result, row.product, row.configuration);
             const QUORFile file(path);
@@ -136,7 +136,7 @@ TEST_F(QUORImporterTest, PutsTheNyquistVelocityIntoTheHeader) {
         const QString path = pathOf(QUORImporter(options).import(volume), "CAPPI", "V");
         const QUORFile file(path);
         EXPECT_GE(file.getDataType().getMaxDisplayValue(), std::max(row.nyquist * 0.99, row.speed * 0.99));
-        EXPECT_NEAR(valueAt(path, 50, 30, 0), double(row.speed), row.nyquist / 60.0);
+        EXPECT_NEAR(valueAt(path, 50, 30, 1), double(row.speed), row.nyquist / 60.0);
         EXPECT_EQ(file.getHeader()[462], char(row.mode)) << row.nyquist;
     }
     TestVolume unknown = simpleVolume();
@@ -148,19 +148,16 @@ TEST_F(QUORImporterTest, PutsTheNyquistVelocityIntoTheHeader) {
 
 TEST_F(QUORImporterTest, ChoosesAGridFromTheDataOrTheRequest) {
     const TestVolume volume = simpleVolume(); // 100 km, 5 degrees: 9.3 km high
+    constexpr std::nullopt_t none = std::nullopt;
     const struct {
         QUORGridRequest request;
         std::array<int, 3> points;
         std::array<double, 3> steps;
     } rows[] = {
-        {{}, {250, 250, 32}, {800.0, 800.0, 300.0}},
-        {{.range = 50000.0, .height = 12000.0}, {250, 250, 31}, {400.0, 400.0, 400.0}},
-        {{.points = {{100, 100, 25}}, .range = 100000.0, .height = 12000.0},
-         {100, 100, 25},
-         {2000.0, 2000.0, 500.0}},
-        {{.steps = {{1000.0, 2000.0, 250.0}}, .range = 50000.0, .height = 5000.0},
-         {100, 50, 21},
-         {1000.0, 2000.0, 250.0}},
+        {{none, none, none, none}, {250, 250, 32}, {800.0, 800.0, 300.0}},
+        {{none, none, 50000.0, 12000.0}, {250, 250, 31}, {400.0, 400.0, 400.0}},
+        {{{{100, 100, 25}}, none, 100000.0, 12000.0}, {100, 100, 25}, {2000.0, 2000.0, 500.0}},
+        {{none, {{1000.0, 2000.0, 250.0}}, 50000.0, 5000.0}, {100, 50, 21}, {1000.0, 2000.0, 250.0}},
     };
     for (const auto& row : rows) {
         const QUORGridShape shape = row.request.choose(volume);
@@ -168,8 +165,8 @@ TEST_F(QUORImporterTest, ChoosesAGridFromTheDataOrTheRequest) {
         EXPECT_EQ(shape.steps, row.steps);
         EXPECT_EQ(shape.radar[0], shape.points[0] / 2.0);
     }
-    EXPECT_THROW((QUORGridRequest{.points = {{100000, 100, 25}}}.choose(volume)), QUORImportError);
-    EXPECT_THROW((QUORGridRequest{.points = {{4000, 4000, 400}}}.choose(volume)), QUORImportError);
+    EXPECT_THROW((QUORGridRequest{{{100000, 100, 25}}, none, none, none}.choose(volume)), QUORImportError);
+    EXPECT_THROW((QUORGridRequest{{{4000, 4000, 400}}, none, none, none}.choose(volume)), QUORImportError);
 }
 
 TEST_F(QUORImporterTest, KeepsEvenGridsAndResamplesOthers) {

@@ -11,6 +11,8 @@
 
 #include <QTemporaryDir>
 
+#include <QtEndian>
+
 #include <bzlib.h>
 #include <cmath>
 
@@ -56,7 +58,7 @@ TEST_F(QUORRadarReaderTest, ReadsOdimVolumes) {
     EXPECT_NEAR(data.wavelength, 0.0533, 1e-9);
     EXPECT_NEAR(data.beamWidth, 1.1, 1e-9);
     EXPECT_FALSE(data.isPiece);
-    EXPECT_EQ(data.leftOut, QStringList({"TH", "ZDR"}));
+    EXPECT_EQ(data.leftOut, QStringList({"ZDR", "TH"}));
     ASSERT_EQ(data.sweeps.size(), 2U);
     const QUORRadarSweep& even = data.sweeps[0];
     const QUORRadarSweep& read = data.sweeps[1];
@@ -253,8 +255,8 @@ TEST_F(QUORRadarReaderTest, ReadsFilesOfRealRadars) {
         const char* name;
         std::size_t sweeps;
         double highest; ///< dBZ, as other programs read them
-    } rows[] = {{"open/KLBB20160601_150025_V06", 11, 0.0},
-                {"open/T_PAGZ35_C_ENMI_20170421090837.hdf", 6, 0.0},
+    } rows[] = {{"open/KLBB20160601_150025_V06", 11, 71.5},
+                {"open/T_PAGZ35_C_ENMI_20170421090837.hdf", 6, 51.0},
                 {"open/example_plot_ppi_single_sweep.nc", 4, 51.492},
                 {"open/cpol_200601200050_grid.nc", 0, 55.337}};
     for (const auto& row : rows) {
@@ -264,5 +266,18 @@ TEST_F(QUORRadarReaderTest, ReadsFilesOfRealRadars) {
         }
         const QUORRadarData data = read(file);
         EXPECT_EQ(data.sweeps.size(), row.sweeps) << row.name;
+        float highest = -100.0F;
+        for (const QUORRadarSweep& sweep : data.sweeps) {
+            const QUORRadarMoment& moment = *sweep.find(Quantity::Reflectivity);
+            for (const quint16 code : moment.codes) {
+                highest = std::fmax(highest, moment.value(code));
+            }
+        }
+        if (data.grid) {
+            for (const float value : data.grid->fields.front().values) {
+                highest = std::fmax(highest, value);
+            }
+        }
+        EXPECT_NEAR(highest, row.highest, 0.002) << row.name;
     }
 }

@@ -15,7 +15,7 @@ QUORRadarData piece(double elevation, Quantity quantity, int seconds, const char
     volume.time = volume.time.addSecs(seconds);
     volume.isPiece = true;
     TestVolume::addMoment(volume.addSweep(elevation), quantity, [](double, double) { return 1.0F; });
-    return std::move(volume);
+    return volume;
 }
 
 } // namespace

@@ -89,8 +89,7 @@ std::vector<QUORLevel2Radial> radialsOf(QByteArrayView bytes) {
 QUORLevel2Records::QUORLevel2Records(QByteArrayView content) {
     const QUORByteCursor file(content);
     qsizetype start = HEADER_SIZE;
-    if (file.bytes(start, std::min<qsizetype>(7, file.size() - start)).sliced(0).endsWith("BZh") == false &&
-        file.size() > start + 7) {
+    if (file.size() >= start + 7 && file.bytes(start + 4, 3) != "BZh") {
         _records.push_back({content.sliced(start), false});
         return;
     }
@@ -106,7 +105,7 @@ QUORLevel2Records::QUORLevel2Records(QByteArrayView content) {
         _records.push_back({content.sliced(start, length), true});
         start += length;
     }
-    if (_records.empty() || (start < file.size() && start + 4 > file.size())) {
+    if (_records.empty()) {
         throw QUORImportError(QStringLiteral("cut off in record %1").arg(_records.size() + 1));
     }
 }

@@ -67,6 +67,11 @@ QSet<QString> QUORFolderEvents::readEvents() {
         }
         for (ssize_t at = 0; at + ssize_t(sizeof(inotify_event)) <= count;) {
             const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
+            if ((event->mask & IN_IGNORED) != 0 && event->wd == _watch) {
+                // Deleted. What takes its place may have the same identity.
+                _watch = -1;
+                _identity = {0, 0};
+            }
             if ((event->mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) != 0 && event->len > 0) {
                 closed.insert(QString::fromUtf8(static_cast<const char*>(event->name)));
             }

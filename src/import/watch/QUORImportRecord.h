@@ -25,6 +25,8 @@ public:
     explicit QUORImportRecord(const QString& path);
 
     bool isNew() const { return _isNew; }
+    /// Makes the file, so that the next start is not the first. An empty text, or why it cannot be made.
+    QString begin() { return append({}); }
     bool hasFile(const QString& name, const Stamp& stamp) const;
     bool hasContent(const QByteArray& digest) const { return _digests.contains(digest); }
     /// Remembers a file, at once also on the disk; without a digest it is known by its stamp alone. An empty

@@ -54,6 +54,17 @@ void QUORImportWatch::takeList(const QStringList& names) {
         files[name] = known != _files.constEnd() && known->stamp == stamp ? *known : enter(name, stamp);
     }
     _files = std::move(files);
+    begin();
+}
+
+/// From now on what comes is to be imported, also after a restart.
+void QUORImportWatch::begin() {
+    if (!_hasBegun) {
+        if (const QString error = _record.begin(); !error.isEmpty()) {
+            _report({_folder}, error);
+        }
+    }
+    _hasBegun = true;
     _isFirst = false;
 }
 

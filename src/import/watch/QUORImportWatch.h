@@ -59,6 +59,7 @@ private:
     };
 
     void takeList(const QStringList& names);
+    void begin();
     File enter(const QString& name, const QUORImportRecord::Stamp& stamp);
     void attempt(const QString& name, File& file);
     void fail(const QString& name, File& file, const QString& reason);
@@ -78,6 +79,7 @@ private:
     QSet<QByteArray> _pending; ///< contents that wait for the rest of their volume
     std::list<Unwritten> _unwritten;
     bool _isFirst;
+    bool _hasBegun = false;
     bool _listingFailed = false;
     int _waiting = 0;
 };
