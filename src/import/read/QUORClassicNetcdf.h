@@ -9,7 +9,7 @@ namespace QUORClassicNetcdf {
 
 bool recognises(QByteArrayView content);
 /// Throws a QUORImportError when the content ends before the data that its header announces. After the file
-/// format specifications of the netCDF user's guide.
+/// format descriptions of the netCDF user's guide.
 void demandWhole(QByteArrayView content);
 
 } // namespace QUORClassicNetcdf
