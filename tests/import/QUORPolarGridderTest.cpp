@@ -2,11 +2,14 @@
 #include "QUORPolarGridder.h"
 
 #include "QUORFlatProducts.h"
+#include "QUORReaderProcess.h"
 #include "ReferenceGridder.h"
+#include "TestFiles.h"
 #include "TestVolume.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -83,6 +86,37 @@ float valueAt(const QUORRadarData& data, Quantity quantity, double x, double y, 
     return QUORPolarGridder(data, quantity).gridLevel(shape, z).front();
 }
 
+struct Gate {
+    float value;
+    double x;
+    double y;
+    double height; ///< over the antenna
+};
+
+/// The strongest gates of a sweep, placed by the textbook's 4/3 earth (Doviak and Zrnic, 2.28).
+std::vector<Gate> strongest(const QUORRadarSweep& sweep, std::size_t count) {
+    std::vector<Gate> gates;
+    const QUORRadarMoment& moment = *sweep.find(Quantity::Reflectivity);
+    for (std::size_t i = 0; i < moment.codes.size(); ++i) {
+        const float value = moment.value(moment.codes[i]);
+        if (!std::isfinite(value)) {
+            continue;
+        }
+        const std::size_t ray = i / std::size_t(moment.gates);
+        const double range = moment.firstGate + moment.gateSpacing * double(i % std::size_t(moment.gates));
+        const double elevation = sweep.elevations[ray] * M_PI / 180.0;
+        const double azimuth = sweep.azimuths[ray] * M_PI / 180.0;
+        const double earth = 6371000.0 * 4.0 / 3.0;
+        const double height =
+            std::sqrt(range * range + earth * earth + 2.0 * range * earth * std::sin(elevation)) - earth;
+        const double ground = earth * std::asin(range * std::cos(elevation) / (earth + height));
+        gates.push_back({value, ground * std::sin(azimuth), ground * std::cos(azimuth), height});
+    }
+    std::sort(gates.begin(), gates.end(), [](const Gate& a, const Gate& b) { return a.value > b.value; });
+    gates.resize(std::min(gates.size(), count));
+    return gates;
+}
+
 } // namespace
 
 TEST(QUORPolarGridder, AgreesWithASlowSecondOpinionInEveryCell) {
@@ -128,6 +162,29 @@ TEST(QUORPolarGridder, PutsAnEchoWhereItsBeamIs) {
     EXPECT_EQ(valueAt(volume, Quantity::Reflectivity, 99680.0, y, 2320.0 + 840.0), 50.0F);
     EXPECT_TRUE(std::isnan(valueAt(volume, Quantity::Reflectivity, 99680.0, y, 2320.0 + 900.0)));
     EXPECT_TRUE(std::isnan(valueAt(volume, Quantity::Reflectivity, 99680.0, y, 2320.0 - 900.0)));
+}
+
+TEST(QUORPolarGridder, PutsTheCoresOfRealVolumesWhereTheirBeamsAre) {
+    for (const char* name : {"open/KLBB20160601_150025_V06", "open/T_PAGZ35_C_ENMI_20170421090837.hdf",
+                             "open/example_plot_ppi_single_sweep.nc"}) {
+        const QString file = sampleDataPath(QLatin1String(name));
+        if (file.isEmpty()) {
+            GTEST_SKIP() << "no sample data";
+        }
+        const QUORRadarData data = QUORReaderProcess().read(file);
+        int cores = 0;
+        int found = 0;
+        for (const QUORRadarSweep* sweep : QUORPolarGridder(data, Quantity::Reflectivity).getSweeps()) {
+            const std::vector<Gate> gates = strongest(*sweep, 20);
+            cores += int(gates.size());
+            for (const Gate& gate : gates) {
+                const float value = valueAt(data, Quantity::Reflectivity, gate.x, gate.y, gate.height);
+                found += std::abs(value - gate.value) < 1.0F ? 1 : 0;
+            }
+        }
+        EXPECT_GE(cores, 60) << name;
+        EXPECT_GE(found, cores - cores / 20) << name;
+    }
 }
 
 TEST(QUORPolarGridder, NeverAveragesAcrossTheNyquistFold) {
