@@ -46,7 +46,7 @@ constexpr std::array FATAL_SIGNALS{
     FatalSignal{SIGFPE, "The service ends by signal 8: an arithmetic fault"},
 };
 
-void sayLastWords(int signal) {
+[[maybe_unused]] void sayLastWords(int signal) {
     for (const FatalSignal& row : FATAL_SIGNALS) {
         if (row.number == signal) {
             QUORLog::writeLastWords(row.text);
