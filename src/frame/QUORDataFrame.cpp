@@ -30,6 +30,7 @@ QUORDataFrame::QUORDataFrame(const QUORDataFrame::CPtr& other)
     : _store(other->_store),
       _activeData3d(other->_activeData3d),
       _data2d(other->_data2d),
+      _isData2dGiven(other->_isData2dGiven),
       _terrainSet(other->_terrainSet),
       _landmarkSet(other->_landmarkSet),
       _site(other->_site),
@@ -89,6 +90,11 @@ void QUORDataFrame::setProductSettings(const QUORProductSettings::Ptr& settings)
     _isProductSettingsGiven = true;
 }
 
+void QUORDataFrame::setData2d(const QUORFileLeaf::CPtr& leaf) {
+    _data2d = leaf;
+    _isData2dGiven = true;
+}
+
 void QUORDataFrame::setMoment(const QString& moment, int timeWindow) {
     _moment = moment;
     _timeWindow = timeWindow;
@@ -141,7 +147,7 @@ void QUORDataFrame::updateDataRest() {
     if (!QUOR_VERIFY(_activeData3d)) {
         return;
     }
-    if (!isData2dCurrent()) {
+    if (!_isData2dGiven && !isData2dCurrent()) {
         logDebug(QStringLiteral("2D data not available or parameters changed -> load new data."));
         updateData2d();
     }
@@ -212,6 +218,7 @@ void QUORDataFrame::logRequest() const {
 void QUORDataFrame::resetFrame() {
     _activeData3d.reset();
     _data2d.reset();
+    _isData2dGiven = false;
     _terrainSet.reset();
     _landmarkSet.reset();
     _geoProjection.reset();

@@ -42,6 +42,9 @@ public:
     void setData3d(const QUORFileLeaf::CPtr& leaf);
     /// These settings of the product in place of the stored ones, which are then neither read nor completed.
     void setProductSettings(const QUORProductSettings::Ptr& settings);
+    /// Takes this 2D product, or none for a null pointer, whatever its time: `updateDataRest` does not look
+    /// for another one.
+    void setData2d(const QUORFileLeaf::CPtr& leaf);
     void setSite(const QString& site) { _site = site; }
     /// The 3D file's time key, and the seconds within half of which a 2D file matches.
     void setMoment(const QString& moment, int timeWindow);
@@ -94,6 +97,7 @@ private:
     QUORDataStore::Ptr _store;
     QUORFileLeaf::CPtr _activeData3d;
     QUORFileLeaf::CPtr _data2d;
+    bool _isData2dGiven = false;
     std::shared_ptr<QUORTerrainSet> _terrainSet;
     std::shared_ptr<QUORLandmarkSet> _landmarkSet;
     QString _site;

@@ -6,6 +6,7 @@
 #include "QUORDataFrame.h"
 #include "QUORDataStore.h"
 #include "QUORFilePublisher.h"
+#include "QUORImageName.h"
 #include "QUORLog.h"
 #include "QUOROffscreenVisualizer.h"
 #include "QUORStopwatch.h"
@@ -31,20 +32,6 @@ void logRule() {
 void logGone(const QString& path) {
     QUORActivity::Instance().setOutcome(QUORActivity::Outcome::Gone);
     QUORLog::Instance().logWarning(QStringLiteral("Data not available anymore: ") + path);
-}
-
-// A name of one file, neither hidden nor a way out of its directory.
-QString toFileName(QString name) {
-    for (QChar& c : name) {
-        if (c == QLatin1Char('/') || c.category() == QChar::Other_Control) {
-            c = QLatin1Char('_');
-        }
-    }
-    name.replace(QStringLiteral(".."), QStringLiteral("__"));
-    if (name.startsWith(QLatin1Char('.'))) {
-        name[0] = QLatin1Char('_');
-    }
-    return name;
 }
 
 /// One turn of a file, whatever way it ends.
@@ -99,6 +86,11 @@ QUORVisualizationJobs::Result QUORVisualizationJobs::render(const QString& path,
         logGone(path);
         return Ignored;
     }
+    if (!_backgroundSettings->isSiteDrawn(leaf->getSite())) {
+        logDebug(QStringLiteral("The settings leave this site to another service: ") + leaf->getSite());
+        QUORActivity::Instance().setOutcome(QUORActivity::Outcome::OtherSite);
+        return Ignored;
+    }
     QUORActivity::Instance().describeJob(leaf->getSite(), leaf->getConfiguration(),
                                          leaf->getFile()->getDataTime());
     const QUORStopwatch dataWatch;
@@ -135,15 +127,22 @@ void QUORVisualizationJobs::cleanOutputDirectory(const QUORBackgroundSettings& s
     }
 }
 
-std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf::CPtr& leaf,
-                                                                const QString& product2d) const {
-    auto frame = std::make_shared<QUORDataFrame>(_dataStore);
+std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::prepareFrame(std::shared_ptr<QUORDataStore> store,
+                                                                   const QUORFileLeaf::CPtr& leaf,
+                                                                   const QUORGeneralSettings& settings) {
+    auto frame = std::make_shared<QUORDataFrame>(std::move(store));
     frame->setData3d(leaf);
-    frame->setMoment(leaf->getTime(), _generalSettings->getTimeWindow());
-    frame->setDataParams2d(product2d);
+    frame->setMoment(leaf->getTime(), settings.getTimeWindow());
     const QUORFile::CPtr file = leaf->getFile();
     frame->setDataParamsTerrain(TERRAIN_FACTOR *
                                 std::hypot(file->getLengthAroundRadarM(), file->getWidthAroundRadarM()));
+    return frame;
+}
+
+std::shared_ptr<QUORDataFrame> QUORVisualizationJobs::makeFrame(const QUORFileLeaf::CPtr& leaf,
+                                                                const QString& product2d) const {
+    auto frame = prepareFrame(_dataStore, leaf, *_generalSettings);
+    frame->setDataParams2d(product2d);
     {
         // Presets and product settings from one reading of the file.
         const QUORConfig::Access held;
@@ -177,7 +176,7 @@ QString QUORVisualizationJobs::getOutputFile(const QUORFileLeaf& leaf,
     const QString name =
         leaf.getSite() + QLatin1Char('_') + leaf.getConfiguration() + QLatin1Char('_') + leaf.getTime();
     // A name that begins with ":" is no path of its own.
-    return QDir(settings.getDirectory()).absolutePath() + QLatin1Char('/') + toFileName(name) +
+    return QDir(settings.getDirectory()).absolutePath() + QLatin1Char('/') + QUORImageName::clean(name) +
            settings.getOutputFileExtension();
 }
 

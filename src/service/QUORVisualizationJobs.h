@@ -48,6 +48,12 @@ public:
     /// The absolute path of a product's image. Whatever the names hold, it lies in the output directory.
     static QString getOutputFile(const QUORFileLeaf& leaf, const QUORBackgroundSettings& settings);
 
+    /// A frame that asks for that 3D product and what lies around it, not loaded yet and without a 2D
+    /// product.
+    static std::shared_ptr<QUORDataFrame> prepareFrame(std::shared_ptr<QUORDataStore> store,
+                                                       const QUORFileLeaf::CPtr& leaf,
+                                                       const QUORGeneralSettings& settings);
+
 private:
     Result render(const QString& path, Need2D need);
     void cleanOutputDirectory(const QUORBackgroundSettings& settings);

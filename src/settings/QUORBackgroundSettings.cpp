@@ -10,6 +10,7 @@
 #include "QUORSettingsTable.h"
 #include "QUORSettingsWriter.h"
 #include "QUORSystem.h"
+#include "QUORWildcard.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -18,6 +19,8 @@
 #include <QMutexLocker>
 #include <QRegularExpression>
 #include <QSettings>
+
+#include <algorithm>
 
 const QString QUORBackgroundSettings::GROUP = QStringLiteral("BACKGROUND");
 const QString QUORBackgroundSettings::ACTIVATED = QStringLiteral("activated");
@@ -30,6 +33,7 @@ const QString QUORBackgroundSettings::WIDTH = QStringLiteral("width");
 const QString QUORBackgroundSettings::WAIT_2D = QStringLiteral("wait2d");
 const QString QUORBackgroundSettings::PRODUCT_ARRAY = QStringLiteral("products");
 const QString QUORBackgroundSettings::PRODUCT = QStringLiteral("product");
+const QString QUORBackgroundSettings::SITES = QStringLiteral("sites");
 
 namespace {
 
@@ -117,6 +121,7 @@ void QUORBackgroundSettings::reset() {
     _displayStateName = row("BACKGROUND", "displaystate").defaultText();
     _metricsFile = row("BACKGROUND", "metrics").defaultText();
     _jobLimit = row("BACKGROUND", "joblimit").whole();
+    _sites = row("BACKGROUND", "sites").defaultText();
     _height = row("BACKGROUND", "height").whole();
     _width = row("BACKGROUND", "width").whole();
     _wait2d = row("BACKGROUND", "wait2d").whole();
@@ -174,6 +179,7 @@ void QUORBackgroundSettings::read(QSettings& settings) {
     _displayStateName = reader.readText(DISPLAY_STATE, _displayStateName);
     _metricsFile = reader.readText(row("BACKGROUND", "metrics").nameText(), _metricsFile);
     _jobLimit = readWhole(reader, over(row("BACKGROUND", "joblimit"), _jobLimit));
+    _sites = reader.readText(SITES, _sites);
     _height = readWhole(reader, over(row("BACKGROUND", "height"), _height));
     _width = readWhole(reader, over(row("BACKGROUND", "width"), _width));
     _wait2d = readWhole(reader, over(row("BACKGROUND", "wait2d"), _wait2d));
@@ -215,6 +221,7 @@ void QUORBackgroundSettings::save() const {
     writer.write(OUTPUT_FORMAT, QUORExportSettings::getOutputFormatString(_outputFormat));
     writer.write(VIEW_ANGLE, _viewAngleName);
     writer.write(DISPLAY_STATE, _displayStateName);
+    writer.write(SITES, _sites);
     writer.write(HEIGHT, _height);
     writer.write(WIDTH, _width);
     writer.write(WAIT_2D, _wait2d);
@@ -297,6 +304,14 @@ QString QUORBackgroundSettings::getOutputFileExtension() const {
 
 void QUORBackgroundSettings::set2DProduct(const QString& configuration, const QString& product) {
     _products.insert(configuration, product);
+}
+
+bool QUORBackgroundSettings::isSiteDrawn(const QString& site) const {
+    static const QRegularExpression separator(QStringLiteral("[\\s,]+"));
+    const QStringList patterns = _sites.split(separator, Qt::SkipEmptyParts);
+    return patterns.isEmpty() || std::ranges::any_of(patterns, [&site](const QString& pattern) {
+               return QUORWildcard(pattern).matches(site);
+           });
 }
 
 QString QUORBackgroundSettings::getDisplayStateName() const {

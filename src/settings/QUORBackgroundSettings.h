@@ -33,6 +33,7 @@ public:
     static const QString WAIT_2D;
     static const QString PRODUCT_ARRAY;
     static const QString PRODUCT;
+    static const QString SITES;
 
     /// Finds the file and loads it.
     QUORBackgroundSettings();
@@ -89,6 +90,8 @@ public:
     void setDisplayStateName(const QString& name);
     QString getViewAngleName() const;
     void setViewAngleName(const QString& name);
+    /// Whether products of that site are drawn here; others are left to another service over the same files.
+    bool isSiteDrawn(const QString& site) const;
     QString getSettingsFileName() const { return _fileName; }
 
 private:
@@ -105,6 +108,7 @@ private:
     QString _displayStateName;
     QString _metricsFile;
     int _jobLimit = 0;
+    QString _sites;
     int _height = 0;
     int _width = 0;
     int _wait2d = -1;

@@ -20,6 +20,7 @@ struct OutcomeRow {
 constexpr std::array OUTCOMES{
     OutcomeRow{QUORActivity::Outcome::Gone, false, "gone"},
     OutcomeRow{QUORActivity::Outcome::Waits2D, false, "no_2d_product"},
+    OutcomeRow{QUORActivity::Outcome::OtherSite, false, "other_site"},
     OutcomeRow{QUORActivity::Outcome::NotBuilt, true, "not_built"},
     OutcomeRow{QUORActivity::Outcome::NotDrawn, true, "not_drawn"},
     OutcomeRow{QUORActivity::Outcome::NotWritten, true, "not_written"},

@@ -27,6 +27,7 @@ public:
         Written,
         Gone,      ///< the product is not what it was, or not there
         Waits2D,   ///< no image without the 2D product
+        OtherSite, ///< the settings leave its site to another service
         NotBuilt,  ///< no scene, or none with its product
         NotDrawn,  ///< no OpenGL, or it failed
         NotWritten ///< the output did not take it

@@ -56,6 +56,27 @@ TEST_F(QUORBackgroundSettingsTest, HasDefaults) {
                           QStringLiteral(" as TIFF of 1600 x 1200 pixels, each with its 2D product SRI")});
 }
 
+TEST_F(QUORBackgroundSettingsTest, NamesTheSitesThatAreDrawn) {
+    const struct {
+        const char* line;
+        const char* drawn;
+        const char* left;
+    } rows[] = {{"", "KLOT ALPHA", ""},
+                {"sites=KLOT", "KLOT klot", "KLOT2 ALPHA"},
+                {"sites=KLOT KD* BR?VO", "KLOT KDVN BRAVO", "KL BRVO"},
+                {"sites=\"KLOT, KDVN\"", "KLOT KDVN", "ALPHA"}};
+    for (const auto& row : rows) {
+        put(QString::fromLatin1(row.line));
+        const QUORBackgroundSettings settings;
+        for (const QString& site : QString::fromLatin1(row.drawn).split(' ', Qt::SkipEmptyParts)) {
+            EXPECT_TRUE(settings.isSiteDrawn(site)) << row.line << qPrintable(site);
+        }
+        for (const QString& site : QString::fromLatin1(row.left).split(' ', Qt::SkipEmptyParts)) {
+            EXPECT_FALSE(settings.isSiteDrawn(site)) << row.line << qPrintable(site);
+        }
+    }
+}
+
 TEST_F(QUORBackgroundSettingsTest, WhatWasReadLastStaysWhileTheFileIsDamaged) {
     const QByteArray whole = "[BACKGROUND]\ndirectory=/images\nwidth=640\nviewangle=From the south\n";
     const struct {

@@ -4,6 +4,8 @@
 #include "GalleryCommand.h"
 #include "ImportCommand.h"
 #include "InfoCommand.h"
+#include "LoopCommand.h"
+#include "RenderCommand.h"
 #include "ScalesCommand.h"
 #include "SetCommand.h"
 #include "ShowCommand.h"
@@ -17,6 +19,8 @@
 int main(int argc, char** argv) {
     QUORSystem::useConfiguredSystemScope();
     CommandLineTool tool;
+    tool.add(std::make_unique<RenderCommand>());
+    tool.add(std::make_unique<LoopCommand>());
     tool.add(std::make_unique<CheckCommand>());
     tool.add(std::make_unique<ShowCommand>());
     tool.add(std::make_unique<SetCommand>());

@@ -37,6 +37,8 @@ public:
     /// Replaces what differs from the paths last set, and leaves the rest alone.
     void setDirectories(const QString& path3d, const QString& path2d, const QString& geoPath,
                         const QString& geoCachePath);
+    /// The terrain alone: a store without product directories serves who has files at hand.
+    void setTerrain(const QString& geoPath, const QString& geoCachePath);
     /// Has the terrain directory scanned again when tiles have come or changed, by a thread of its own; one
     /// that has none any more, as under a mount that was lost, leaves those known in use. Returns at once.
     void refreshTerrain();
@@ -67,7 +69,6 @@ private:
 
     void setWatcher(Watcher& watcher, QString& path, const QString& newPath,
                     QUORDirectoryWatchData::DirectoryType type);
-    void setTerrain(const QString& geoPath, const QString& geoCachePath);
     static std::shared_ptr<QUORTerrainDir> findNewTerrain(QUORTerrainDir& known);
     void takeTerrain(const std::shared_ptr<QUORTerrainDir>& known,
                      const std::shared_ptr<QUORTerrainDir>& terrain);

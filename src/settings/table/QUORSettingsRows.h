@@ -171,6 +171,9 @@ inline constexpr auto ROWS = std::to_array<Key>({
                     "file of the [metrics](operating.md#watching-the-service); empty for none"),
     BACKGROUND.whole("joblimit", 120, 1.0, 86400.0,
                      "seconds after which a job counts as stuck and a watchdog is no longer fed"),
+    BACKGROUND.text("sites", "",
+                    "the sites that are drawn, separated by blanks or commas, with `*` and `?` for any "
+                    "characters; all without it"),
     PRODUCTS.choice("product", "SRI", "SRI|PPI|VIL|MAX|(none)",
                     "2D product for one kind of 3D product, `(none)` to draw without"),
 

@@ -15,6 +15,7 @@
 #include "QUORRenderer.h"
 #include "QUORStopwatch.h"
 #include "QUORViewFit.h"
+#include "QUORViewPlan.h"
 #include "QUORVisualization.h"
 
 #include <vtkGenericRenderWindowInteractor.h>
@@ -96,11 +97,22 @@ bool QUOROffscreenVisualizer::canVisualize(const std::shared_ptr<QUORDataFrame>&
 
 void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataFrame>& frame,
                                                  const QString& outputFile) {
+    QUORPictureOrder order;
+    order.path = outputFile;
+    order.viewAngle = _backgroundSettings->getViewAngleName();
+    order.width = _backgroundSettings->getWidth();
+    order.height = _backgroundSettings->getHeight();
+    order.format = _backgroundSettings->getOutputFormat();
+    startVisualization(frame, std::vector{order});
+}
+
+void QUOROffscreenVisualizer::startVisualization(const std::shared_ptr<QUORDataFrame>& frame,
+                                                 std::vector<QUORPictureOrder> orders) {
     const QUORLogScope scope("QUOROffscreenVisualizer::startVisualization");
     closeGate();
-    _outputFile = outputFile;
+    _orders = std::move(orders);
+    _rendered = false;
     _sceneWatch.restart();
-    _result = NotDrawn;
     try {
         _visualization->setSourceData(frame);
         _visualization->updateVisualization(true);
@@ -125,7 +137,10 @@ void QUOROffscreenVisualizer::openGate() {
 QUOROffscreenVisualizer::Result QUOROffscreenVisualizer::waitUntilReady() {
     std::unique_lock lock(_gateMutex);
     _gateOpened.wait(lock, [this] { return _gateOpen; });
-    return _result;
+    if (!_rendered) {
+        return NotDrawn;
+    }
+    return std::ranges::all_of(_orders, &QUORPictureOrder::isWritten) ? Written : NotWritten;
 }
 
 QUORGeneralSettings::CPtr QUOROffscreenVisualizer::getVisualizationGeneralSettings() {
@@ -154,13 +169,18 @@ void QUOROffscreenVisualizer::applyPresetDisplayState() {
 }
 
 void QUOROffscreenVisualizer::applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle) {
+    applyPresetViewAngle(viewAngle, _backgroundSettings->getViewAngleName());
+}
+
+void QUOROffscreenVisualizer::applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle,
+                                                   const QString& preset) {
     const QUORLogScope scope("QUOROffscreenVisualizer::applyPresetViewAngle");
     QUOR_ASSERT(_visualization.get() && _visualization->getDataFrame().get());
     const auto& presets = _generalSettings->getViewAnglePresets();
     logDebug(QStringLiteral("Loaded ") + QString::number(presets.size()) +
              QStringLiteral(" view angle presets"));
-    const int index = findPreset(QStringLiteral("view angle preset"), _generalSettings->getViewAngleNames(),
-                                 _backgroundSettings->getViewAngleName());
+    const int index =
+        findPreset(QStringLiteral("view angle preset"), _generalSettings->getViewAngleNames(), preset);
     if (index == 0) {
         const QUORFile& file = *_visualization->getDataFrame()->getData3d()->getFile();
         const double side = std::max(file.getLengthAroundRadarM(), file.getWidthAroundRadarM());
@@ -189,8 +209,9 @@ QUORViewGeometry::View QUOROffscreenVisualizer::findFit(double heading, double p
     const double top = (file.getRadarElevation() + file.getHeightM()) * _generalSettings->getVerticalScale();
     const QUORViewFit fit({middle.x - halfWidth, middle.y - halfLength, 0.0},
                           {middle.x + halfWidth, middle.y + halfLength, top});
+    const int* size = _window->GetSize();
     return fit.find(heading, pitch,
-                    {double(_backgroundSettings->getWidth()), double(_backgroundSettings->getHeight()),
+                    {double(size[0]), double(size[1]),
                      _renderer ? _renderer->getTakenAreas() : std::vector<QUORPictureArea>()});
 }
 
@@ -253,19 +274,32 @@ void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
         return;
     }
     if (lacks3DData(visualization)) {
-        logDebug(QStringLiteral("Not rendered without its 3D data: ") + _outputFile);
+        for (QUORPictureOrder& order : _orders) {
+            logDebug(QStringLiteral("Not rendered without its 3D data: ") + order.path);
+            order.error = QStringLiteral("its 3D data cannot be drawn");
+        }
         return;
     }
     QUORActivity::Instance().setOutcome(QUORActivity::Outcome::NotDrawn);
-    {
-        const QUORActivityStage stage(QUORActivity::Render);
-        prepareWindow();
-        prepareRenderer(visualization);
-        logDebug(QStringLiteral("Rendering visualization.."));
-        _renderer->render();
+    for (QUORPictureOrder& order : _orders) {
+        {
+            const QUORActivityStage stage(QUORActivity::Render);
+            prepareWindow(order);
+            if (!_rendered) {
+                prepareRenderer(visualization);
+            }
+            placeCamera(order);
+            logDebug(QStringLiteral("Rendering visualization.."));
+            _renderer->render();
+            _rendered = true;
+        }
+        const QUORActivityStage stage(QUORActivity::Write);
+        writeImage(order);
     }
-    const QUORActivityStage stage(QUORActivity::Write);
-    writeImage();
+    const auto unwritten = std::ranges::find(_orders, false, &QUORPictureOrder::isWritten);
+    QUORActivity::Instance().setOutcome(unwritten == _orders.end() ? QUORActivity::Outcome::Written
+                                                                   : QUORActivity::Outcome::NotWritten,
+                                        _orders.front().path);
 }
 
 /// Without the echoes of its product an image would say that there are none; why they are missing, the
@@ -276,17 +310,20 @@ bool QUOROffscreenVisualizer::lacks3DData(const QUORVisualization& visualization
            !visualization.getVTKDataSet();
 }
 
-void QUOROffscreenVisualizer::logFailure(const QString& reason) const {
-    QUORLog::Instance().logError(QStringLiteral("Not rendered: ") + _outputFile + QStringLiteral(": ") +
-                                 reason);
+void QUOROffscreenVisualizer::logFailure(const QString& reason) {
+    for (QUORPictureOrder& order : _orders) {
+        if (!order.isWritten && order.error.isEmpty()) {
+            order.error = reason;
+            QUORLog::Instance().logError(QStringLiteral("Not rendered: ") + order.path +
+                                         QStringLiteral(": ") + reason);
+        }
+    }
 }
 
-void QUOROffscreenVisualizer::prepareWindow() {
-    const int width = _backgroundSettings->getWidth();
-    const int height = _backgroundSettings->getHeight();
-    if (_window->GetSize()[0] != width || _window->GetSize()[1] != height) {
-        _window->SetSize(width, height);
-        _interactor->SetSize(width, height);
+void QUOROffscreenVisualizer::prepareWindow(const QUORPictureOrder& order) {
+    if (_window->GetSize()[0] != order.width || _window->GetSize()[1] != order.height) {
+        _window->SetSize(order.width, order.height);
+        _interactor->SetSize(order.width, order.height);
     }
     logDebug(QStringLiteral("Hardware acceleration: ") + QString::number(_hardware ? 1 : 0));
     logDebug(QStringLiteral("OpenGL extension manager ") + _windowDescription);
@@ -304,16 +341,27 @@ void QUOROffscreenVisualizer::prepareRenderer(QUORVisualization& visualization) 
     _renderer->toggleColorScale(true);
     logDebug(QStringLiteral("Setting visualization.."));
     _renderer->setVisualization(visualization.getVisualizationResult());
+}
+
+void QUOROffscreenVisualizer::placeCamera(const QUORPictureOrder& order) {
     _renderer->resetCamera();
     const auto viewAngle = std::make_shared<QUORViewAngle>();
-    applyPresetViewAngle(viewAngle);
+    if (order.angles) {
+        const auto& [heading, pitch, distance] = *order.angles;
+        const QUORViewGeometry::View view =
+            distance ? QUORViewPlan{heading, pitch, *distance}.toView() : findFit(heading, pitch);
+        viewAngle->setCameraPosition(view.position);
+        viewAngle->setCameraDirection(view.direction);
+    } else {
+        applyPresetViewAngle(viewAngle, order.viewAngle);
+    }
     QUORCameraInteractor* camera = _renderer->getCameraInteractor();
     camera->setView(viewAngle->getCameraPosition(), viewAngle->getCameraDirection());
     camera->applyCamera(false);
 }
 
-void QUOROffscreenVisualizer::writeImage() {
-    QUORImageWriter writer(_outputFile);
+void QUOROffscreenVisualizer::writeImage(QUORPictureOrder& order) {
+    QUORImageWriter writer(order.path);
     const QUORStopwatch watch;
     bool written = writer.canOpen();
     if (written) {
@@ -324,18 +372,16 @@ void QUOROffscreenVisualizer::writeImage() {
         reader->Update();
         logDebug(QStringLiteral("..reading back took ") + watch.seconds() + QStringLiteral(" seconds."));
         const QUORStopwatch encoding;
-        written = writer.write(reader->GetOutput(), _backgroundSettings->getOutputFormat());
+        written = writer.write(reader->GetOutput(), order.format);
         logDebug(QStringLiteral("..writing took ") + encoding.seconds() + QStringLiteral(" seconds."));
     }
-    QUORActivity::Instance().setOutcome(
-        written ? QUORActivity::Outcome::Written : QUORActivity::Outcome::NotWritten, _outputFile);
     if (!written) {
-        _result = NotWritten;
-        QUORLog::Instance().logError(QStringLiteral("Writing output failed: ") + _outputFile +
-                                     QStringLiteral(": ") + writer.getError());
+        order.error = writer.getError();
+        QUORLog::Instance().logError(QStringLiteral("Writing output failed: ") + order.path +
+                                     QStringLiteral(": ") + order.error);
         return;
     }
-    _result = Written;
     logDebug(QStringLiteral("Wrote output file:"));
-    logDebug(_outputFile);
+    logDebug(order.path);
+    order.isWritten = true;
 }

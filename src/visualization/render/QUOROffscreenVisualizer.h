@@ -4,6 +4,7 @@
 #include "QUORBackgroundSettings.h"
 #include "QUORDisplayState.h"
 #include "QUORGeneralSettings.h"
+#include "QUORPictureOrder.h"
 #include "QUORStopwatch.h"
 #include "QUORViewAngle.h"
 #include "QUORViewGeometry.h"
@@ -16,6 +17,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 class QUORDataFrame;
 class QUORRenderer;
@@ -48,17 +50,22 @@ public:
     void initVisualization(const QUORGeneralSettings& general, const QUORBackgroundSettings& background);
     /// Whether the frame has the 2D data that the display state shows or the caller requires.
     bool canVisualize(const std::shared_ptr<QUORDataFrame>& frame, bool require2d) const;
-    /// Closes the gate and has the scene of the frame built; the image goes to `outputFile`, an absolute
-    /// path.
+    /// Closes the gate and has the scene of the frame built; the image that the background settings describe
+    /// goes to `outputFile`, an absolute path.
     void startVisualization(const std::shared_ptr<QUORDataFrame>& frame, const QString& outputFile);
+    /// The same for several pictures of one scene, in that order.
+    void startVisualization(const std::shared_ptr<QUORDataFrame>& frame,
+                            std::vector<QUORPictureOrder> orders);
     enum Result {
-        Written,
-        NotWritten, ///< the output did not take the image
+        Written,    ///< all pictures
+        NotWritten, ///< the output did not take every picture
         NotDrawn    ///< there was nothing worth writing
     };
-    /// Returns when the image is on disk, or the reason why it is not is in the log. The main thread must be
-    /// delivering events meanwhile.
+    /// Returns when the pictures are on disk, or the reasons why they are not are in the log. The main thread
+    /// must be delivering events meanwhile.
     Result waitUntilReady();
+    /// What became of the orders of the last start, for the thread that has waited for them.
+    const std::vector<QUORPictureOrder>& getOrders() const { return _orders; }
 
     /// Renders and writes the image; opens the gate on every way out.
     void visualizationFinished(QUORVisualization* visualization) override;
@@ -67,6 +74,7 @@ public:
 
     void applyPresetDisplayState();
     void applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle);
+    void applyPresetViewAngle(const QUORViewAngle::Ptr& viewAngle, const QString& preset);
     /// TIFF for 0, JPEG for 2, PNG for every other value.
     static vtkSmartPointer<vtkImageWriter> createWriter(int outputFormat);
 
@@ -78,10 +86,11 @@ private:
     /// The camera that looks so and has the whole product of the frame in the picture.
     QUORViewGeometry::View findFit(double heading, double pitch) const;
     bool lacks3DData(const QUORVisualization& visualization) const;
-    void prepareWindow();
+    void prepareWindow(const QUORPictureOrder& order);
     void prepareRenderer(QUORVisualization& visualization);
-    void writeImage();
-    void logFailure(const QString& reason) const;
+    void placeCamera(const QUORPictureOrder& order);
+    void writeImage(QUORPictureOrder& order);
+    void logFailure(const QString& reason);
 
     std::mutex _gateMutex;
     std::condition_variable _gateOpened;
@@ -91,9 +100,10 @@ private:
     QUORGeneralSettings::Ptr _generalSettings;
     QUORBackgroundSettings::Ptr _backgroundSettings;
     QUORDisplayState::Ptr _displayState;
-    QString _outputFile;
+    /// Belongs to the main thread while the gate is closed.
+    std::vector<QUORPictureOrder> _orders;
+    bool _rendered = false;
     QUORStopwatch _sceneWatch;
-    Result _result = NotDrawn;
 
     vtkSmartPointer<vtkOpenGLRenderWindow> _window;
     vtkSmartPointer<vtkGenericRenderWindowInteractor> _interactor;

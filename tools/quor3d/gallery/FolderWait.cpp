@@ -4,10 +4,8 @@
 #include <QFile>
 
 #include <array>
-#include <csignal>
 #include <poll.h>
 #include <sys/inotify.h>
-#include <sys/signalfd.h>
 #include <thread>
 #include <unistd.h>
 
@@ -25,22 +23,13 @@ void drain(int descriptor) {
 } // namespace
 
 FolderWait::FolderWait(const QString& folder) : _folder(folder) {
-    sigset_t ends;
-    sigemptyset(&ends);
-    sigaddset(&ends, SIGINT);
-    sigaddset(&ends, SIGTERM);
-    ::sigprocmask(SIG_BLOCK, &ends, &_previous);
-    _signals = ::signalfd(-1, &ends, SFD_NONBLOCK | SFD_CLOEXEC);
     follow();
 }
 
 FolderWait::~FolderWait() {
-    for (const int descriptor : {_signals, _changes}) {
-        if (descriptor >= 0) {
-            ::close(descriptor);
-        }
+    if (_changes >= 0) {
+        ::close(_changes);
     }
-    ::sigprocmask(SIG_SETMASK, &_previous, nullptr);
 }
 
 void FolderWait::follow() {
@@ -72,10 +61,10 @@ FolderWait::Reason FolderWait::wait(std::chrono::milliseconds most) {
 
 /// Whether something has come; the reason is then set.
 bool FolderWait::poll(std::chrono::milliseconds most, Reason& reason) {
-    std::array<pollfd, 2> watched{{{_signals, POLLIN, 0}, {_changes, POLLIN, 0}}};
+    std::array<pollfd, 2> watched{{{_signals.descriptor(), POLLIN, 0}, {_changes, POLLIN, 0}}};
     ::poll(watched.data(), watched.size(), int(most.count()));
     if ((watched[0].revents & POLLIN) != 0) {
-        drain(_signals);
+        drain(_signals.descriptor());
         reason = Reason::AskedToEnd;
         return true;
     }

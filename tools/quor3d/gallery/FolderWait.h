@@ -2,11 +2,11 @@
 #pragma once
 
 #include "QUORDirectoryListing.h"
+#include "StopSignals.h"
 
 #include <QString>
 
 #include <chrono>
-#include <csignal>
 
 /// Sleeps until files come or go in a folder, a time has passed or the process is asked to end. While it
 /// lives, SIGINT and SIGTERM are answers of `wait`. A folder that is not there yet, or becomes another one,
@@ -29,7 +29,6 @@ private:
 
     QString _folder;
     QUORDirectoryListing::Identity _identity;
-    int _signals = -1;
+    StopSignals _signals;
     int _changes = -1;
-    sigset_t _previous{};
 };
