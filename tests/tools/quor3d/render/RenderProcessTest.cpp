@@ -116,8 +116,8 @@ TEST_F(RenderProcess, DrawsEveryCombinationFromOneSceneAsEachAlone) {
     ASSERT_EQ(ran.status, 0) << qPrintable(ran.error);
     const QStringList names = drawn("all");
     ASSERT_EQ(names.size(), 4);
-    for (const QString& view : {"South", "Default"}) {
-        for (const QString& state : {"Data", "Default"}) {
+    for (const QString view : {"South", "Default"}) {
+        for (const QString state : {"Data", "Default"}) {
             ASSERT_EQ(render({storm, "-o", "one.png", "--view", view, "--state", state}).status, 0);
             const QString name = names.filter("_" + view + "_" + state).value(0);
             EXPECT_EQ(home.read("one.png"), home.read("all/" + name)) << qPrintable(name);
