@@ -2,12 +2,15 @@
 #include "QUORColorBar.h"
 
 #include "QUORColormap.h"
+#include "QUORScalarBar.h"
 
 #include <vtkColorTransferFunction.h>
 #include <vtkNew.h>
 #include <vtkScalarBarActor.h>
 
+#include <algorithm>
 #include <array>
+#include <vector>
 
 namespace {
 
@@ -30,11 +33,42 @@ void showLastColor(vtkScalarBarActor* bar, const QUORColormap& colormap) {
     bar->SetLookupTable(whole);
 }
 
+/// The map over the numbers of its seams in place of their values.
+vtkSmartPointer<vtkColorTransferFunction> makeBands(vtkColorTransferFunction& map,
+                                                    const std::vector<double>& seams) {
+    auto bands = vtkSmartPointer<vtkColorTransferFunction>::New();
+    bands->SetColorSpaceToRGB();
+    std::array<double, 6> node{};
+    for (int i = 0; i < std::min<int>(map.GetSize(), int(seams.size())); ++i) {
+        map.GetNodeValue(i, node.data());
+        bands->AddRGBPoint(i, node[1], node[2], node[3], node[4], node[5]);
+    }
+    bands->AddRGBPoint(double(seams.size() - 1), node[1], node[2], node[3], node[4], node[5]);
+    return bands;
+}
+
+/// Where the map has seams for labels to go by.
+void setScale(QUORScalarBar& bar, const QUORColormap& colormap) {
+    const QVector<double>& scale = colormap.getScale();
+    const int count = std::min<int>(colormap.getNSeamsInUse(), int(scale.size()));
+    const std::vector<double> seams(scale.cbegin(), scale.cbegin() + std::max(count, 0));
+    if (count < 2 || !std::is_sorted(seams.begin(), seams.end()) || !(seams.front() < seams.back())) {
+        bar.UseCustomLabelsOff();
+        return;
+    }
+    bar.SetSeams(seams);
+    if (QUORScalarBar::IsUneven(seams)) {
+        bar.SetLookupTable(makeBands(*colormap.getMap(), seams));
+    }
+}
+
 } // namespace
 
 vtkSmartPointer<vtkScalarBarActor> QUORColorBar::make(const QUORColormap& colormap) {
-    vtkSmartPointer<vtkScalarBarActor> bar = colormap.makeBar(colormap.getDataUnits(), 0.1, 0.05, 0.8, 0.95);
+    auto bar = vtkSmartPointer<QUORScalarBar>::New();
+    colormap.dressBar(*bar, colormap.getDataUnits(), 0.1, 0.05, 0.8, 0.95);
     showLastColor(bar, colormap);
+    setScale(*bar, colormap);
     // One swatch a colour would place those of uneven steps wrong, or leave them out.
     bar->SetMaximumNumberOfColors(SWATCHES);
     // Else the title touches the first label in small pictures.

@@ -47,6 +47,10 @@ constexpr int LINEAR_COLORS = 2048;
 constexpr double ROUNDING = 1e-6;
 /// A step holds its colour until the next seam, as its band in the colour bar does.
 constexpr double STEP_MIDPOINT = 1.0;
+/// Colours between two seams where stored values do not go with display values: into so many parts, unless
+/// the middle is off by less than this part of the interval.
+constexpr int MIXTURES = 24;
+constexpr double STRAIGHT = 0.02;
 /// Of the group name "COLORSCALE 12" and the like.
 constexpr int ID_POSITION = 11;
 constexpr int ID_LENGTH = 3;
@@ -321,9 +325,43 @@ bool QUORColormap::construct() {
     }
     _map = makeFunction(nodes);
     if (_limits) {
+        addMixtures();
         limitNodes();
     }
     return true;
+}
+
+void QUORColormap::addMixtures() {
+    const vtkSmartPointer<vtkColorTransferFunction> display = makeFunction(_limits->displaySeams);
+    for (const Mixture& mixture : _limits->mixtures) {
+        if (mixture.point < getNDefinedColors() && !isStep(mixture.point)) {
+            std::array<double, 3> color{};
+            display->GetColor(mixture.display, color.data());
+            addNode(*_map, mixture.raw, color, false);
+        }
+    }
+}
+
+void QUORColormap::findMixtures(const QUORDataType& dataType) {
+    for (int i = 0; i + 1 < _scale.size(); ++i) {
+        const double low = _scale[i];
+        const double high = _scale[i + 1];
+        const auto displayOf = [&](double raw) {
+            return dataType.absoluteToDisplayValue(static_cast<unsigned int>(raw));
+        };
+        const double middle = std::floor(0.5 * (low + high));
+        const double bend = displayOf(middle) - 0.5 * (displayOf(low) + displayOf(high));
+        if (high - low < 2.0 * MIXTURES || std::abs(bend) < STRAIGHT * (displayOf(high) - displayOf(low))) {
+            continue;
+        }
+        for (int k = 1; k < MIXTURES; ++k) {
+            const double raw = std::floor(low + (high - low) * k / MIXTURES);
+            const double display = displayOf(raw);
+            if (display > _limits->lowestDisplay && display < _limits->highestDisplay) {
+                _limits->mixtures.append({i, raw, display});
+            }
+        }
+    }
 }
 
 void QUORColormap::limitNodes() {
@@ -354,6 +392,7 @@ void QUORColormap::changeValueRange(ValueRange range, const QUORDataType& dataTy
     if (range == Absolute) {
         _limits = Limits{_scale,
                          {},
+                         {},
                          dataType.getMinDisplayValue(),
                          dataType.getMaxDisplayValue(),
                          dataType.getMinAbsValue(),
@@ -373,6 +412,9 @@ void QUORColormap::changeValueRange(ValueRange range, const QUORDataType& dataTy
         }
     }
     _valueRange = range;
+    if (range == Absolute) {
+        findMixtures(dataType);
+    }
 }
 
 void QUORColormap::setPiecewiseLinear() {
@@ -409,7 +451,14 @@ std::array<int, 3> QUORColormap::getColor(double value) const {
 
 vtkSmartPointer<vtkScalarBarActor> QUORColormap::makeBar(const QString& title, double x, double y,
                                                          double width, double height) const {
-    auto bar = vtkSmartPointer<vtkScalarBarActor>::New();
+    auto made = vtkSmartPointer<vtkScalarBarActor>::New();
+    dressBar(*made, title, x, y, width, height);
+    return made;
+}
+
+void QUORColormap::dressBar(vtkScalarBarActor& dressed, const QString& title, double x, double y,
+                            double width, double height) const {
+    vtkScalarBarActor* const bar = &dressed;
     vtkTextProperty* titleText = bar->GetTitleTextProperty();
     titleText->SetColor(0.0, 0.0, 0.0);
     titleText->SetFontSize(12);
@@ -431,7 +480,6 @@ vtkSmartPointer<vtkScalarBarActor> QUORColormap::makeBar(const QString& title, d
     bar->SetHeight(height);
     bar->SetLookupTable(_map);
     bar->SetMaximumNumberOfColors(getNRenderedColors());
-    return bar;
 }
 
 vtkColorTransferFunction* QUORColormap::getMap() const {

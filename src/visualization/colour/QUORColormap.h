@@ -74,6 +74,9 @@ public:
     /// A new colour bar; position and size in normalised viewport coordinates.
     vtkSmartPointer<vtkScalarBarActor> makeBar(const QString& title, double x, double y, double width,
                                                double height) const;
+    /// The same for a bar that is there.
+    void dressBar(vtkScalarBarActor& bar, const QString& title, double x, double y, double width,
+                  double height) const;
     /// Null until constructed.
     vtkColorTransferFunction* getMap() const;
 
@@ -102,9 +105,16 @@ public:
 
 private:
     /// Of absolute seams: what they were made from, and the range within which that says the same.
+    /// A stored value between the seams of a point and the next, and what it stands for.
+    struct Mixture {
+        int point = 0;
+        double raw = 0.0;
+        double display = 0.0;
+    };
     struct Limits {
         QVector<double> displaySeams;
-        QVector<double> firstRaw; ///< the lowest stored value that is not below each seam
+        QVector<double> firstRaw;  ///< the lowest stored value that is not below each seam
+        QVector<Mixture> mixtures; ///< where colours mix in another quantity than is stored
         double lowestDisplay = 0.0;
         double highestDisplay = 0.0;
         unsigned int lowestRaw = 0;
@@ -122,6 +132,9 @@ private:
     double nodeAt(int point) const;
     bool isStep(int point) const;
     vtkSmartPointer<vtkColorTransferFunction> makeFunction(const QVector<double>& seams) const;
+    /// Colours mix in display values, as in the bar, also where stored values are logarithms.
+    void findMixtures(const QUORDataType& dataType);
+    void addMixtures();
     void limitNodes();
 
     Type _type = PiecewiseLinear;
