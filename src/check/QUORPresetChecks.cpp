@@ -316,7 +316,8 @@ void checkColors(QUORFindingCollector& findings) {
     }
 }
 
-void checkPairing(QUORFindingCollector& findings, const QUORProductSurvey& survey) {
+void checkPairing(QUORFindingCollector& findings, const QUORProductSurvey& survey, int wait2d) {
+    const bool waits = wait2d >= 0;
     const auto needs = [](const QUORProductSurvey::Row& row) { return !row.product2d.isEmpty(); };
     const bool none = std::ranges::none_of(
         survey.getRows(), [&](const QUORProductSurvey::Row& row) { return !needs(row) || row.with2d > 0; });
@@ -341,12 +342,16 @@ void checkPairing(QUORFindingCollector& findings, const QUORProductSurvey& surve
         for (const QUORProductSurvey::Row& row : rows) {
             configurations.append(row.configuration);
         }
-        findings.addAt(none ? Cost::NoImages : Cost::Missing, "no-2d-product", File::Background, BACKGROUND,
-                       keyOf2d(first),
-                       QStringLiteral("no image of ") + first.site + QLatin1Char(' ') +
-                           configurations.join(QStringLiteral(", ")) +
-                           QStringLiteral(": the 2D layer is shown and its product is missing: ") +
-                           first.detail,
+        const QString images = first.site + QLatin1Char(' ') + configurations.join(QStringLiteral(", "));
+        const QString cost =
+            waits ? QStringLiteral("images of ") + images + QStringLiteral(" come ") +
+                        QString::number(wait2d) + QStringLiteral(" s late and without their 2D layer")
+                  : QStringLiteral("no image of ") + images + QStringLiteral(": the 2D layer is shown");
+        findings.addAt(waits  ? Cost::Wrong
+                       : none ? Cost::NoImages
+                              : Cost::Missing,
+                       "no-2d-product", File::Background, BACKGROUND, keyOf2d(first),
+                       cost + QStringLiteral(" and its product is missing: ") + first.detail,
                        QStringLiteral("deliver ") + first.product2d +
                            QStringLiteral(", or do without: quor3d set BACKGROUND/") + keyOf2d(first) +
                            QStringLiteral(" '(none)'"));

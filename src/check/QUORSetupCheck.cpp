@@ -44,7 +44,7 @@ void QUORSetupCheck::run() {
                                                   general.getTimeWindow(), product2dOf);
     QUORDirectoryChecks::checkProducts(findings, *_survey, needs2d);
     if (!findings.holds("directories-swapped")) {
-        QUORPresetChecks::checkPairing(findings, *_survey);
+        QUORPresetChecks::checkPairing(findings, *_survey, background.getWait2D());
     }
     QUORPresetChecks::checkProducts(findings, _survey.get(), _drawing.scaleNames);
     QUORPresetChecks::checkColors(findings);

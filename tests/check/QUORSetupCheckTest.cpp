@@ -272,6 +272,12 @@ const WrongSetup WRONG_SETUPS[] = {
      [](Example& s) { s.append(BACKGROUND, "products\\size=4\nproducts\\4\\product=none\n"); }, "bad-value",
      Cost::Missing, 9, "write (none)"},
     {"no 2D product", [](Example& s) { s.clear("2d"); }, "no-2d-product", Cost::NoImages, 0, "no SRI at all"},
+    {"no 2D product, not waited for",
+     [](Example& s) {
+         s.clear("2d");
+         s.append(BACKGROUND, "wait2d=90\n");
+     },
+     "no-2d-product", Cost::Wrong, 0, "90 s late"},
     {"another 2D product",
      [](Example& s) {
          s.clear("2d");
