@@ -5,6 +5,7 @@
 #include "QUORCameraInteractor.h"
 #include "QUORCameraInteractorCallback.h"
 #include "QUORColorBar.h"
+#include "QUORCoarseTerrain.h"
 #include "QUORColormap.h"
 #include "QUORCompassInteractionCallback.h"
 #include "QUORCompassRepresentation.h"
@@ -105,6 +106,7 @@ QUORRenderer::~QUORRenderer() {
         _window->RemoveObserver(observer);
     }
     _snapshot.reset();
+    _coarseTerrain.reset();
     _compassWidget->SetEnabled(0);
     _compassWidget->SetInteractor(nullptr);
     _compass->SetRenderer(nullptr);
@@ -130,6 +132,7 @@ void QUORRenderer::createRenderers() {
     _terrainRenderer->LightFollowCameraOff();
     _terrainRenderer->InteractiveOff();
     _parts = std::make_unique<QUORSceneParts>(_terrainRenderer, _mainRenderer);
+    _coarseTerrain = std::make_unique<QUORCoarseTerrain>(_terrainRenderer);
 
     logDebug(QStringLiteral("creating VTK color scale renderer.."));
     _colorScaleRenderer = vtkSmartPointer<vtkRenderer>::New();
@@ -280,6 +283,7 @@ void QUORRenderer::setVisualization(const QUORVisualizationPipelineItem::Ptr& it
     QUOR_ASSERT(_currentVisualization->getResults());
     _colorScaleRenderer->RemoveAllViewProps();
     _parts->show(item->getResultParts(), _window);
+    _coarseTerrain->hide();
     placeSiteMarker();
     if (_pointWidget != nullptr) {
         _pointWidget->SetEnabled(_pointWidgetOn ? 1 : 0);
@@ -374,6 +378,15 @@ void QUORRenderer::togglePointWidget(bool on, bool force) {
         setShown(_pointWidget->getParts(), on);
     }
     _pointWidgetOn = on;
+}
+
+void QUORRenderer::setMoving(bool moving) {
+    vtkProp* const terrain = moving ? _parts->getTerrain() : nullptr;
+    const bool coarse = terrain != nullptr && _coarseTerrain->show(terrain);
+    if (!coarse) {
+        _coarseTerrain->hide();
+    }
+    _parts->setStaticsDrawn(!coarse);
 }
 
 void QUORRenderer::resetCamera() {

@@ -17,6 +17,7 @@
 class QUORCameraInteractor;
 class QUORCameraInteractorObserver;
 class QUORCompassRepresentation;
+class QUORCoarseTerrain;
 class QUORDataFrame;
 class QUORGeneralSettings;
 class QUORPointWidget;
@@ -80,6 +81,9 @@ public:
     /// Where colour bar, compass and legend lie over the scene, as far as they are switched on.
     std::vector<QUORPictureArea> getTakenAreas() const;
 
+    /// While the view moves, terrain is drawn coarser. Ends with the next `setVisualization`.
+    void setMoving(bool moving);
+
     void resetCamera();
     /// Draws once.
     void render();
@@ -134,6 +138,7 @@ private:
 
     vtkSmartPointer<vtkRenderer> _terrainRenderer;
     std::unique_ptr<QUORSceneParts> _parts;
+    std::unique_ptr<QUORCoarseTerrain> _coarseTerrain;
     std::unique_ptr<QUORStaticSnapshot> _snapshot;
     std::vector<unsigned long> _drawingObservers;
     /// The camera's near and far plane outside a drawing, and whether the drawing copies a kept picture.

@@ -54,6 +54,15 @@ void QUORSceneParts::hide(vtkWindow* window) {
     setVisible(false);
 }
 
+vtkProp* QUORSceneParts::getTerrain() const {
+    const bool has = !_shown.empty() && _shown.front().layerKey == QUORDisplayState::TERRAIN_LAYER;
+    return has ? _shown.front().prop.Get() : nullptr;
+}
+
+void QUORSceneParts::setStaticsDrawn(bool drawn) {
+    _statics->SetVisibility(drawn);
+}
+
 void QUORSceneParts::releaseStatics(vtkWindow* window) {
     _statics->ReleaseGraphicsResources(window);
     ::malloc_trim(0); // some 150 MB of many small pieces, which would stay with the process

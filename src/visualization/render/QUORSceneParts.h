@@ -7,6 +7,7 @@
 
 #include <vector>
 
+class vtkProp;
 class vtkPropAssembly;
 class vtkRenderer;
 class vtkWindow;
@@ -30,6 +31,10 @@ public:
     /// Shows nothing any more. The radar products give their buffers back, since the next visualization
     /// brings new ones; the others are kept for it.
     void hide(vtkWindow* window);
+    /// The terrain that is shown, or null.
+    vtkProp* getTerrain() const;
+    /// Whether the static parts are drawn; they keep their buffers.
+    void setStaticsDrawn(bool drawn);
     /// The static parts give their graphics buffers, the larger part of their memory, back to the system and
     /// get new ones when they are drawn again.
     void releaseStatics(vtkWindow* window);

@@ -5,8 +5,9 @@
 
 class QUORFile;
 
-/// Where the points of a product's grid stand in the scene: point (i, j, k) at `origin` plus i, j and k steps.
-/// Scene metres, with the radar at the scene's origin and heights above sea level times the vertical scale.
+/// Where the points of a product's grid stand in the scene: point (i, j, k) at `origin` plus i, j and k
+/// steps. Scene metres, with the radar at the scene's origin and heights above sea level times the vertical
+/// scale.
 struct QUORGridPlacement {
     QUORPoint3D origin;
     QUORPoint3D step;

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "QUORLayersPanel.h"
+
+#include "QUORSceneView.h"
+
+#include <QHeaderView>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int LEAST_OPACITY = 5;
+constexpr int SLIDER_WIDTH = 80;
+
+} // namespace
+
+QUORLayersPanel::QUORLayersPanel(QWidget* parent) : QWidget(parent), _tree(new QTreeWidget) {
+    setObjectName(QStringLiteral("layers"));
+    _tree->setObjectName(QStringLiteral("layerTree"));
+    _tree->setHeaderLabels({tr("Layer"), tr("Opacity")});
+    _tree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    _tree->header()->setStretchLastSection(true);
+    _tree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(_tree);
+    const QUORDisplayState state;
+    for (const QUORDisplayGroup::Ptr& group : state.getMembers()) {
+        QTreeWidgetItem* const parentItem = addRow(nullptr, group->getKey(), true);
+        for (const QUORDisplayLayer::Ptr& layer : group->getMembers()) {
+            addRow(parentItem, layer->getKey(), QUORSceneView::canBeTranslucent(layer->getKey()));
+        }
+        parentItem->setExpanded(true);
+    }
+    setState(state);
+    connect(_tree, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
+        if (column == 0) {
+            Q_EMIT visibleChanged(item->data(0, Qt::UserRole).toInt(), item->checkState(0) == Qt::Checked);
+        }
+    });
+}
+
+QString QUORLayersPanel::getLabel(int key) {
+    switch (key) {
+    case QUORDisplayState::RADAR_GROUP:
+        return tr("Radar");
+    case QUORDisplayState::OUTLINE_LAYER:
+        return tr("Outline and heights");
+    case QUORDisplayState::PRODUCT_3D_LAYER:
+        return tr("3D product");
+    case QUORDisplayState::PRODUCT_2D_LAYER:
+        return tr("2D product");
+    case QUORDisplayState::GEO_GROUP:
+        return tr("Map");
+    case QUORDisplayState::TERRAIN_LAYER:
+        return tr("Terrain");
+    case QUORDisplayState::LAT_LON_GRID_LAYER:
+        return tr("Latitudes and longitudes");
+    case QUORDisplayState::RANGE_RINGS_LAYER:
+        return tr("Range rings");
+    case QUORDisplayState::GEO_LABELS_LAYER:
+        return tr("Places");
+    default:
+        return QString::number(key);
+    }
+}
+
+QTreeWidgetItem* QUORLayersPanel::addRow(QTreeWidgetItem* parent, int key, bool translucent) {
+    auto* item = parent != nullptr ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(_tree);
+    item->setText(0, getLabel(key));
+    item->setData(0, Qt::UserRole, key);
+    item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
+    item->setCheckState(0, Qt::Checked);
+    _items[key] = item;
+    if (translucent) {
+        auto* slider = new QSlider(Qt::Horizontal);
+        slider->setRange(LEAST_OPACITY, 100);
+        slider->setMinimumWidth(SLIDER_WIDTH);
+        slider->setMaximumWidth(SLIDER_WIDTH);
+        slider->setAccessibleName(tr("Opacity of %1").arg(getLabel(key)));
+        connect(slider, &QSlider::valueChanged, this,
+                [this, key](int value) { Q_EMIT opacityChanged(key, value); });
+        _tree->setItemWidget(item, 1, slider);
+        _sliders[key] = slider;
+    } else {
+        item->setToolTip(1, tr("Drawn flat on the ground, always opaque"));
+    }
+    return item;
+}
+
+void QUORLayersPanel::setState(const QUORDisplayState& state) {
+    const QSignalBlocker quietTree(_tree);
+    for (auto item = _items.cbegin(); item != _items.cend(); ++item) {
+        const QUORDisplayLayer::Ptr layer = state.getLayer(item.key());
+        item.value()->setCheckState(0, layer->isVisible() ? Qt::Checked : Qt::Unchecked);
+        if (QSlider* slider = _sliders.value(item.key())) {
+            const QSignalBlocker quiet(slider);
+            slider->setValue(layer->getOpacity() > 0 ? layer->getOpacity() : 100);
+        }
+    }
+}
