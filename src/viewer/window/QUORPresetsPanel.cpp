@@ -19,12 +19,15 @@ QUORPresetsPanel::QUORPresetsPanel(QWidget* parent) : QWidget(parent), _names(ne
         if (forChosen) {
             _forChosen.append(button);
         }
+        return button;
     };
     add(tr("&Show"), true, [this] { Q_EMIT showAsked(getName()); });
     add(tr("Save this view &as…"), false, [this] { askName(); });
     add(tr("Re&name…"), true, [this] { askNewName(); });
     add(tr("&Delete…"), true, [this] { askRemoval(); });
-    add(tr("What would the service dra&w?"), true, [this] { Q_EMIT pictureAsked(getName()); });
+    add(tr("What would the service dra&w?"), true, [this] {
+        Q_EMIT pictureAsked(getName());
+    })->setObjectName(QStringLiteral("servicePictureButton"));
     connect(_names, &QListWidget::currentRowChanged, this, &QUORPresetsPanel::enableButtons);
     connect(_names, &QListWidget::itemActivated, this, [this] { Q_EMIT showAsked(getName()); });
     enableButtons();

@@ -14,9 +14,6 @@ const QString TOOL = QStringLiteral("quor3d");
 } // namespace
 
 QUORServicePicture::QUORServicePicture() {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    _process.setProcessEnvironment(environment);
     connect(&_process, &QProcess::finished, this, &QUORServicePicture::onFinished);
     connect(&_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
@@ -62,6 +59,9 @@ void QUORServicePicture::run(const QStringList& arguments, const QString& output
     _output = output;
     _isLoop = isLoop;
     _isCancelled = false;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    _process.setProcessEnvironment(environment);
     _process.start(findTool(), arguments);
 }
 

@@ -245,10 +245,10 @@ void QUORViewerWindow::createShowActions() {
     _line->setCheckable(true);
     connect(_line, &QAction::toggled, _view, &QUORSceneView::setDrawingLine);
     menu->addSeparator();
-    addAction(menu, tr("&Play"), QKeySequence(tr("Space")),
+    addAction(menu, tr("&Play"), QKeySequence(tr("Ctrl+Space")),
               [this] { _timePanel->setPlaying(!_timePanel->isPlaying()); });
-    addAction(menu, tr("&Back in time"), QKeySequence(tr("PgUp")), [this] { _times->step(-1); });
-    addAction(menu, tr("&On in time"), QKeySequence(tr("PgDown")), [this] { _times->step(1); });
+    addAction(menu, tr("&Back in time"), QKeySequence(tr("Ctrl+PgUp")), [this] { _times->step(-1); });
+    addAction(menu, tr("&On in time"), QKeySequence(tr("Ctrl+PgDown")), [this] { _times->step(1); });
     addAction(menu, tr("&Cancel"), QKeySequence(tr("Esc")), [this] {
         _session->cancel();
         _service.cancel();

@@ -152,6 +152,22 @@ TEST_F(QUORViewerWindowTest, TurnsTheViewAndTakesItBack) {
     EXPECT_NEAR(plan().pitch, 25.0, 1e-6);
 }
 
+// The compass turns the view and leaves its pitch; beside it the same drag goes round the target.
+TEST_F(QUORViewerWindowTest, TheCompassTurnsTheView) {
+    open(paths.at(0));
+    const auto turnsAt = [&](QPoint at) {
+        view().lookFrom(0.0, 30.0);
+        drag(Qt::LeftButton, at, {0, 24});
+        return std::abs(plan().heading) > 1.0 && std::abs(plan().pitch - 30.0) < 0.5;
+    };
+    EXPECT_FALSE(turnsAt(view().rect().center()));
+    bool turned = false;
+    for (int x = view().width() - 10; x > view().width() * 3 / 4 && !turned; x -= 4) {
+        turned = turnsAt({x, view().height() / 9});
+    }
+    EXPECT_TRUE(turned);
+}
+
 // Smaller pictures while the view moves, the full one a moment later.
 TEST_F(QUORViewerWindowTest, DrawsInFullOnceTheViewHasSettled) {
     open(paths.at(0));
@@ -329,6 +345,39 @@ TEST_F(QUORViewerWindowTest, DISABLED_DrawsThePicturesOfTheGuide) {
     QTest::qWait(20);
     view().repaint();
     EXPECT_TRUE(window->grab().save(folder + QStringLiteral("viewer-moving.png")));
+}
+
+// By the tool, in a process of its own.
+TEST_F(QUORViewerWindowTest, ShowsWhatTheServiceWouldDraw) {
+    ScratchHome::writeSettings(QStringLiteral("bg.conf"),
+                               QString::fromUtf8(folders.backgroundSettings()
+                                                     .replace("width=160", "width=480")
+                                                     .replace("height=120", "height=360")));
+    qputenv("QUOR3D_BG_SETTINGS", QFile::encodeName(ScratchHome::settingsDirectory() + "/bg.conf"));
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", QFile::encodeName(QFileInfo(QStringLiteral(QUOR3D_BINARY)).absolutePath()) + ':' + path);
+    open(paths.at(0));
+    view().lookFrom(120.0, 40.0);
+    window->getSession().setVisible(QUORDisplayState::OUTLINE_LAYER, false);
+    ASSERT_TRUE(settled());
+    window->savePreset(QStringLiteral("Side"));
+    const QImage seen = view().drawPicture({480, 360});
+    auto* names = find<QListWidget>("presetNames");
+    names->setCurrentRow(0);
+    find<QPushButton>("servicePictureButton")->click();
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            return window->findChild<QWidget*>(QStringLiteral("servicePicture")) != nullptr ||
+                   !window->getMessage().isEmpty();
+        },
+        DEADLINE));
+    EXPECT_TRUE(window->getMessage().isEmpty()) << window->getMessage().toStdString();
+    const auto* label = find<QWidget>("servicePicture")->findChild<QLabel*>();
+    const QImage drawn = label->pixmap().toImage();
+    EXPECT_EQ(drawn.size(), QSize(480, 360));
+    EXPECT_TRUE(ImageComparer::compare(seen, drawn).isSame());
+    qputenv("PATH", path);
+    qunsetenv("QUOR3D_BG_SETTINGS");
 }
 
 // The preset that is saved here is what a running service draws.
