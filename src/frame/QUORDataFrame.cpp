@@ -266,3 +266,20 @@ QStringList QUORDataFrame::makeLegend(const QUORGeneralSettings& settings) const
                 QStringLiteral(", ") + settings.formattedSmallLength(file->getRadarElevation(), 0) +
                 QStringLiteral(" ASL")};
 }
+
+QStringList QUORDataFrame::getLegendDetails(const QUORGeneralSettings& settings) const {
+    const auto utc = [](const QUORFile& file, const QString& form) {
+        return file.getDataTime().toString(form) + QStringLiteral(" UTC");
+    };
+    QStringList lines;
+    if (_activeData3d && _activeData3d->getFile()->isValid()) {
+        lines << utc(*_activeData3d->getFile(), QStringLiteral("yyyy-MM-dd HH:mm:ss"))
+              << QStringLiteral("Heights x ") + QString::number(settings.getVerticalScale());
+    }
+    if (_data2d) {
+        const QUORFile& file = *_data2d->getFile();
+        lines << _data2d->getProduct() + QStringLiteral(", ") + file.getDataType().getQuantityUnit() +
+                     QStringLiteral(", ") + utc(file, QStringLiteral("HH:mm:ss"));
+    }
+    return lines;
+}

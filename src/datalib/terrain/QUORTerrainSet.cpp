@@ -103,8 +103,9 @@ QUORTerrainSet::~QUORTerrainSet() {
         // thread, before invokeMethod returns.
         QMetaObject::invokeMethod(
             application,
-            [prop = std::move(_prop), tiles = std::move(_tiles)]() mutable {
+            [prop = std::move(_prop), missing = std::move(_missing), tiles = std::move(_tiles)]() mutable {
                 prop = nullptr;
+                missing.clear();
                 tiles.clear();
             },
             Qt::QueuedConnection);
@@ -240,6 +241,7 @@ void QUORTerrainSet::joinBlocks() const {
 /// One actor a block. The meshes differ in points and normals only and share the rest.
 void QUORTerrainSet::makeProp() const {
     _prop = vtkSmartPointer<vtkAssembly>::New();
+    _missing.clear();
     vtkSmartPointer<vtkTexture> flat; // the flat tiles, often most of them, look all the same
     vtkPolyData* first = nullptr;
     for (const QUORTerrainFile::Ptr& tile : _tiles) {
@@ -255,7 +257,20 @@ void QUORTerrainSet::makeProp() const {
         const bool isFlat = tile->getType() == QUORTerrainFile::Empty;
         const vtkSmartPointer<vtkTexture> texture = isFlat && flat ? flat : makeTexture(image);
         flat = isFlat ? texture : flat;
-        _prop->AddPart(makeActor(mesh, texture));
+        const vtkSmartPointer<vtkActor> actor = makeActor(mesh, texture);
+        _prop->AddPart(actor);
+        if (isFlat) {
+            _missing.push_back(actor);
+        }
+    }
+}
+
+void QUORTerrainSet::showMissing(bool shown) const {
+    const QMutexLocker lock(&_mutex);
+    for (const auto& actor : _missing) {
+        if ((actor->GetVisibility() != 0) != shown) {
+            actor->SetVisibility(shown ? 1 : 0);
+        }
     }
 }
 

@@ -11,8 +11,10 @@
 
 #include <atomic>
 #include <memory>
+#include <vector>
 
 class QUORAbortFlag;
+class vtkActor;
 class vtkAssembly;
 class vtkProp3D;
 
@@ -43,6 +45,9 @@ public:
 
     /// Null until loaded. The same object for the life of the set.
     vtkSmartPointer<vtkProp3D> getProp() const;
+    /// Whether the tiles without data, flat at height 0, are drawn; they are until this says otherwise. Not
+    /// while the prop is being drawn.
+    void showMissing(bool shown) const;
     /// True a while after blocks could not be made: a new set may have more luck with the same tiles.
     bool hasExpired() const;
     /// Metres above the sea; 0 outside the loaded blocks.
@@ -71,6 +76,8 @@ private:
     QStringList _cacheFileNames;
     mutable QMutex _mutex;
     mutable vtkSmartPointer<vtkAssembly> _prop;
+    /// Its parts that stand for tiles without data.
+    mutable std::vector<vtkSmartPointer<vtkActor>> _missing;
     /// When blocks were found missing after loading, on the monotonic clock; 0 while none was.
     mutable std::atomic<qint64> _incompleteSinceMs{0};
 };

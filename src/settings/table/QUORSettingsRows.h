@@ -253,6 +253,16 @@ inline constexpr auto ROWS = std::to_array<Key>({
     RENDERER.color("legend/text/color", BLACK, "legend"),
     RENDERER.color("site/marker/color", GREY, "radar site"),
     RENDERER.length("site/marker/radius", 5000.0, "radar site; metres"),
+    RENDERER.number("terrain/missing", 1.0, 0.0, 1.0,
+                    "1 draws tiles that there are no data of like sea; 0 leaves them out"),
+    RENDERER.number(
+        "label/apart", 0.0, 0.0, 1.0,
+        "1 leaves out the name of a landmark that would overlap one of a smaller priority number, "
+        "and degrees and distances under bar, compass and legend; 0 draws all"),
+    RENDERER.number(
+        "legend/details", 0.0, 0.0, 1.0,
+        "1 for further lines over the legend: UTC, height factor, isovalues with their colours, 2D "
+        "product; 0 for none"),
     COMPASS.color("compass/color", GREY, "compass"),
     COMPASS.opacity("compass/opacity/highlighted", "its opacity under a client's mouse"),
     COMPASS.opacity("compass/opacity/nonhighlighted", "its opacity"),
@@ -264,6 +274,10 @@ inline constexpr auto ROWS = std::to_array<Key>({
     GRID.lineWidth("line/width", 1.0, "pixels"),
     GRID.color("label/color", GREY, "labels"),
     GRID.length("label/size", 10000.0, "height of the letters; metres"),
+    GRID.number(
+        "label/inner", 0.0, 0.0, 1.0,
+        "1 labels the lines at the data's edges too, where every camera has them in view; 0 at their ends "
+        "only"),
     GRID.color("label/halo/color", BLACK, "an edge round the letters"),
     GRID.number("label/halo/width", 0.0, 0.0, 16.0, "its width in pixels; 0 for none"),
     RINGS.color("line/color", GREY, "lines"),

@@ -76,3 +76,10 @@ void QUORLegend::setColors(vtkLegendBoxActor* legend, const QUORStyleGroup::Colo
     legend->SetBackgroundColor(background.data());
     legend->SetBackgroundOpacity(BOX_OPACITY);
 }
+
+void QUORLegend::setBoxColors(vtkProperty2D& box, const QUORStyleGroup::Color& text,
+                              const QUORStyleGroup::Color& veil) {
+    QUORStyleGroup::Color color = isLight(text) ? QUORStyleGroup::Color{} : veil;
+    box.SetColor(color.data());
+    box.SetOpacity(BOX_OPACITY);
+}

@@ -9,6 +9,7 @@
 #include <QStringList>
 
 class vtkLegendBoxActor;
+class vtkProperty2D;
 
 /// The box of text lines in the lower left corner of a picture.
 namespace QUORLegend {
@@ -23,5 +24,8 @@ QUORPictureArea getArea();
 /// legend's black box, dark text on a light veil.
 void setColors(vtkLegendBoxActor* legend, const QUORStyleGroup::Color& text,
                const QUORStyleGroup::Color& veil);
+
+/// Of a box that belongs to the legend.
+void setBoxColors(vtkProperty2D& box, const QUORStyleGroup::Color& text, const QUORStyleGroup::Color& veil);
 
 } // namespace QUORLegend

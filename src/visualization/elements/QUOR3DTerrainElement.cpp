@@ -3,6 +3,7 @@
 
 #include "QUORAbortFlag.h"
 #include "QUORAssert.h"
+#include "QUORStyleGroup.h"
 #include "QUORTerrainSet.h"
 
 #include <vtkProp3D.h>
@@ -40,6 +41,9 @@ void QUOR3DTerrainElement::createVTK(const QUORAbortFlag& abort) {
     if (!set->getProp()) {
         set->loadFiles(abort);
     }
+    QUORStyleGroup style("RENDERER");
+    style.load(false);
+    set->showMissing(style.number("terrain/missing") > 0.5);
     _prop = set->getProp();
     if (abort) {
         QUORLog::Instance().logDebug(QStringLiteral("QUOR3DTerrainElement::createVTK(): ABORTED!"));

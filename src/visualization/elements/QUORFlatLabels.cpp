@@ -2,6 +2,7 @@
 #include "QUORFlatLabels.h"
 
 #include "QUOR2DLayerActor.h"
+#include "QUORFlatLabelActor.h"
 
 #include <vtkActor.h>
 #include <vtkNew.h>
@@ -23,13 +24,13 @@ vtkSmartPointer<vtkProperty> makeProperty(const QUORStyleGroup::Color& color) {
 
 QUORFlatLabels::QUORFlatLabels(QUOR2DLayerActor& layer, const QUORStyleGroup& style, double scale)
     : _layer(layer), _scale(scale), _property(makeProperty(style.color("label/color"))) {
-    const double haloWidth = style.number("label/halo/width");
-    if (haloWidth <= 0.0) {
+    _haloWidth = 2.0 * style.number("label/halo/width");
+    if (_haloWidth <= 0.0) {
         return;
     }
     _haloProperty = makeProperty(style.color("label/halo/color"));
     _haloProperty->SetRepresentationToWireframe();
-    _haloProperty->SetLineWidth(static_cast<float>(2.0 * haloWidth));
+    _haloProperty->SetLineWidth(static_cast<float>(_haloWidth));
 }
 
 QUORFlatLabels::~QUORFlatLabels() = default;
@@ -51,13 +52,17 @@ QUORFlatLabels::Size QUORFlatLabels::measure() const {
 
 void QUORFlatLabels::addAt(double x, double y) {
     if (_haloProperty) {
-        addActor(_haloProperty, x, y);
+        // One each, for the width goes with the place.
+        vtkNew<vtkProperty> property;
+        property->DeepCopy(_haloProperty);
+        addActor(property, x, y, _haloWidth);
     }
-    addActor(_property, x, y);
+    addActor(_property, x, y, 0.0);
 }
 
-void QUORFlatLabels::addActor(vtkProperty* property, double x, double y) {
-    vtkNew<vtkActor> label;
+void QUORFlatLabels::addActor(vtkProperty* property, double x, double y, double haloWidth) {
+    vtkNew<QUORFlatLabelActor> label;
+    label->SetHaloWidth(haloWidth);
     label->SetMapper(_mapper);
     label->SetProperty(property);
     label->SetScale(_scale, _scale, 1.0);

@@ -36,12 +36,13 @@ public:
     void addAt(double x, double y);
 
 private:
-    void addActor(vtkProperty* property, double x, double y);
+    void addActor(vtkProperty* property, double x, double y, double haloWidth);
 
     QUOR2DLayerActor& _layer;
     double _scale;
     vtkSmartPointer<vtkProperty> _property;
     /// Null without a halo.
     vtkSmartPointer<vtkProperty> _haloProperty;
+    double _haloWidth = 0.0;
     vtkSmartPointer<vtkPolyDataMapper> _mapper;
 };

@@ -27,7 +27,19 @@ constexpr double TEXT_GAP = 3.0;
 /// Labels have 6 to 11 points: at the window's nominal 72 dots an inch nobody could read the small ones.
 constexpr double DOTS_PER_POINT = 120.0 / 72.0;
 
+/// Names have their stated size in pictures of this height, and keep at least that many pixels.
+constexpr double STATED_HEIGHT = 1200.0;
+constexpr double LEAST_FONT = 9.0;
+/// The largest radius of a marker, in points of its name: a near one would hide its town.
+constexpr double MOST_MARKER = 0.6;
+
 constexpr int EDGE_WIDTH = 1; // pixels
+
+double fontOf(int size, vtkRenderer* renderer) {
+    const double stated = size * DOTS_PER_POINT;
+    return std::max(stated * renderer->GetSize()[1] / STATED_HEIGHT,
+                    std::min(stated, LEAST_FONT + 0.4 * size - 2.4));
+}
 
 /// What sets letters of a colour off from any ground.
 double edgeShade(const std::array<double, 3>& color) {
@@ -133,15 +145,17 @@ bool QUORLandmarkLabel::IsInView(vtkRenderer* renderer) const {
 }
 
 void QUORLandmarkLabel::PlaceParts(vtkRenderer* renderer) {
-    const double scale = Size * 0.2 + 1.0;
+    const double font = fontOf(Size, renderer);
+    const double perMetre = MARKER_RADIUS * pixelsPerMetre(WorldPosition, renderer);
+    const double scale = std::min(Size * 0.2 + 1.0, MOST_MARKER * font / perMetre);
     Marker->SetPosition(WorldPosition.data());
     Marker->SetScale(scale);
     Marker->GetProperty()->SetColor(Color.data());
 
-    const double reach = MARKER_RADIUS * scale * pixelsPerMetre(WorldPosition, renderer);
+    const double reach = perMetre * scale;
     WorldCoordinate->SetValue(WorldPosition[0], WorldPosition[1], WorldPosition[2]);
     PositionCoordinate->SetValue(0.0, std::max(TEXT_OFFSET, reach + TEXT_GAP), 0.0);
-    TextProperty->SetFontSize(int(std::lround(Size * DOTS_PER_POINT)));
+    TextProperty->SetFontSize(int(std::lround(font)));
     TextProperty->SetColor(Color[0], Color[1], Color[2]);
     TextActor->SetTextProperty(TextProperty);
     TextActor->SetInput(Text.toUtf8().constData());
@@ -154,9 +168,26 @@ void QUORLandmarkLabel::PlaceParts(vtkRenderer* renderer) {
     TextActor->SetDisplayPosition(position[0], position[1]);
 }
 
+bool QUORLandmarkLabel::FindBox(vtkRenderer* renderer, std::array<double, 4>& marker,
+                                std::array<double, 4>& name) {
+    if (this->GetVisibility() == 0 || !IsInView(renderer)) {
+        return false;
+    }
+    PlaceParts(renderer);
+    std::array<double, 4> text{};
+    TextActor->GetBoundingBox(renderer, text.data());
+    const double* place = TextActor->GetPositionCoordinate()->GetValue();
+    name = {place[0] + text[0] - EDGE_WIDTH, place[0] + text[1] + EDGE_WIDTH, place[1] + text[2] - EDGE_WIDTH,
+            place[1] + text[3] + EDGE_WIDTH};
+    const int* centre = WorldCoordinate->GetComputedDisplayValue(renderer);
+    const double reach = MARKER_RADIUS * Marker->GetScale()[0] * pixelsPerMetre(WorldPosition, renderer);
+    marker = {centre[0] - reach, centre[0] + reach, centre[1] - reach, centre[1] + reach};
+    return true;
+}
+
 int QUORLandmarkLabel::RenderOpaqueGeometry(vtkViewport* viewport) {
     auto* renderer = vtkRenderer::SafeDownCast(viewport);
-    if (!IsInView(renderer)) {
+    if (LeftOut || !IsInView(renderer)) {
         return 0;
     }
     PlaceParts(renderer);
@@ -165,7 +196,7 @@ int QUORLandmarkLabel::RenderOpaqueGeometry(vtkViewport* viewport) {
 }
 
 int QUORLandmarkLabel::RenderOverlay(vtkViewport* viewport) {
-    if (!IsInView(vtkRenderer::SafeDownCast(viewport))) {
+    if (LeftOut || !IsInView(vtkRenderer::SafeDownCast(viewport))) {
         return 0;
     }
     DrawEdge(viewport);

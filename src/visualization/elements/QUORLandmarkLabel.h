@@ -17,7 +17,8 @@ class vtkTextActor;
 class vtkTextProperty;
 
 /// One landmark: a small sphere in the scene, drawn with the opaque geometry, and its name above it on the
-/// screen, drawn with the overlay. Both are placed anew at every render; a label behind the camera or outside
+/// screen, drawn with the overlay. Both are placed anew at every render, and the name goes with the picture's
+/// height; a label behind the camera or outside
 /// the view is left out. A thin edge, dark round a light name and light round a dark one, keeps it readable
 /// over land, sea and rain. It has no bounds, so no camera takes it into account.
 ///
@@ -38,6 +39,13 @@ public:
     /// Text size in points; the marker grows with it.
     void SetSize(int size);
     int GetSize() const { return Size; }
+
+    /// A label that has been left out of this picture; the layout of the picture decides. In view otherwise.
+    void SetLeftOut(bool leftOut) { LeftOut = leftOut; }
+    bool IsLeftOut() const { return LeftOut; }
+    /// The pixels that marker and name take in the renderer's picture: left, right, bottom, top. False for a
+    /// label that is not in view.
+    bool FindBox(vtkRenderer* renderer, std::array<double, 4>& marker, std::array<double, 4>& name);
 
     vtkActor* GetMarker() const;
     vtkTextActor* GetTextActor() const;
@@ -65,6 +73,7 @@ private:
     QString Text;
     std::array<double, 3> Color{};
     int Size = 1;
+    bool LeftOut = false;
     vtkNew<vtkCoordinate> WorldCoordinate;
     vtkNew<vtkSphereSource> Sphere;
     vtkNew<vtkPolyDataMapper> MarkerMapper;

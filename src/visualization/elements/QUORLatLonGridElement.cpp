@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 namespace {
@@ -21,6 +22,8 @@ constexpr QUORElementTexts TEXTS{"QUORLatLonGridElement", "Creating new  visuali
 
 constexpr int MINIMUM_DEGREES = 4;
 constexpr int POLAR_LONGITUDE_STEP = 8;
+/// The grid's range in half diagonals of the data.
+constexpr double RANGE_IN_DIAGONALS = 1.5;
 constexpr int MERCATOR_LIMIT = 85;
 constexpr int SAMPLES_PER_STEP = 4;
 /// Beyond any step between neighbouring samples: a line that leaves the map at one edge and comes back
@@ -76,8 +79,10 @@ std::vector<QUORCoordinate> meridian(const Area& area, int lon) {
 /// Collects the lines and places the labels at their ends.
 class GridBuilder {
 public:
-    GridBuilder(const QUORGeoProjection& projection, const Area& area, QUORFlatLabels& labels, double scale)
-        : _projection(projection), _area(area), _labels(labels), _scale(scale) {
+    /// `inner`: half the side of the square at whose edges the lines are labelled too; 0 for none.
+    GridBuilder(const QUORGeoProjection& projection, const Area& area, QUORFlatLabels& labels, double scale,
+                double inner)
+        : _projection(projection), _area(area), _labels(labels), _scale(scale), _inner(inner) {
         _points->SetDataTypeToDouble();
     }
 
@@ -92,6 +97,7 @@ public:
                 label(first, -1.4 * size.width, -0.25 * size.height);
             }
             label(last, 0.2 * size.width, -0.3 * size.height);
+            labelInside(&QUORPoint3D::x, &QUORPoint3D::y, true);
         }
     }
 
@@ -107,6 +113,7 @@ public:
             if (_area.maxLat < 90) {
                 label(last, -0.5 * size.width, 0.6 * size.height);
             }
+            labelInside(&QUORPoint3D::y, &QUORPoint3D::x, false);
         }
     }
 
@@ -122,6 +129,7 @@ private:
     Ends addLine(const std::vector<QUORCoordinate>& samples) {
         std::vector<QUORPoint3D> projected(samples.size());
         _projection.projectFromLatLon(samples, projected);
+        _line = projected;
         for (std::size_t i = 0; i < projected.size(); ++i) {
             const vtkIdType id = _points->InsertNextPoint(projected[i].x, projected[i].y, projected[i].z);
             if (i > 0 && distance(projected[i - 1], projected[i]) < TORN_LINE) {
@@ -139,10 +147,35 @@ private:
         _labels.addAt(end.x + dx * _scale, end.y + dy * _scale);
     }
 
+    /// Where the line last added crosses the edges of the inner square, just outside it.
+    void labelInside(double QUORPoint3D::*along, double QUORPoint3D::*across, bool isParallel) {
+        const QUORFlatLabels::Size size = _labels.measure();
+        for (const double edge : {-_inner, _inner}) {
+            for (std::size_t i = 1; _inner > 0.0 && i < _line.size(); ++i) {
+                const QUORPoint3D& a = _line[i - 1];
+                const QUORPoint3D& b = _line[i];
+                if ((a.*along < edge) == (b.*along < edge) || distance(a, b) >= TORN_LINE) {
+                    continue;
+                }
+                const double part = (edge - a.*along) / (b.*along - a.*along);
+                QUORPoint3D place;
+                place.*along = edge;
+                place.*across = a.*across + part * (b.*across - a.*across);
+                if (std::abs(place.*across) < _inner) {
+                    const bool low = edge < 0.0;
+                    label(place, isParallel ? (low ? -1.2 : 0.2) * size.width : 0.15 * size.width,
+                          isParallel ? 0.2 * size.height : (low ? -1.3 : 0.3) * size.height);
+                }
+            }
+        }
+    }
+
     const QUORGeoProjection& _projection;
     const Area& _area;
     QUORFlatLabels& _labels;
     double _scale;
+    double _inner;
+    std::vector<QUORPoint3D> _line;
     vtkNew<vtkPoints> _points;
     vtkNew<vtkCellArray> _lines;
 };
@@ -186,7 +219,9 @@ vtkSmartPointer<vtkProp> QUORLatLonGridElement::makeProp() const {
     auto layer = vtkSmartPointer<QUOR2DLayerActor>::New();
     const double scale = style().number("label/size");
     QUORFlatLabels labels(*layer, style(), scale);
-    GridBuilder grid(*projection, area, labels, scale);
+    // Of square data, whose half diagonal the range is made of.
+    const double side = _params->getRange() / RANGE_IN_DIAGONALS / std::numbers::sqrt2;
+    GridBuilder grid(*projection, area, labels, scale, style().number("label/inner") > 0.5 ? side : 0.0);
     grid.addParallels();
     grid.addMeridians();
     layer->AddPart(quorMakeLineActor(grid.points(), grid.lines(), style().color("line/color"),

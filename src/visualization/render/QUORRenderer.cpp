@@ -14,7 +14,9 @@
 #include "QUORFile.h"
 #include "QUORFileLeaf.h"
 #include "QUORGeneralSettings.h"
+#include "QUORLabelLayout.h"
 #include "QUORLegend.h"
+#include "QUORLegendDetails.h"
 #include "QUORLog.h"
 #include "QUORPointWidget.h"
 #include "QUORProductSettings.h"
@@ -48,6 +50,9 @@ namespace {
 constexpr QUORPoint3D START_POSITION{0.0, 0.0, 2000000.0};
 constexpr QUORPoint3D START_DIRECTION{0.0, 0.000001, -1.0};
 
+/// More isovalues have no room in a line of the legend.
+constexpr std::size_t MOST_SHELLS = 6;
+
 // Metres before the vertical scale: no mountain and hardly a product reaches higher, no land lies lower.
 constexpr double USUAL_TOP = 30000.0;
 constexpr double USUAL_BOTTOM = -500.0;
@@ -78,6 +83,7 @@ QUORRenderer::QUORRenderer(vtkRenderWindow* window, QUORCameraInteractorObserver
       _cameraObserver(cameraObserver),
       _pointObserver(pointObserver),
       _withoutInteraction(withoutInteraction),
+      _labels(std::make_unique<QUORLabelLayout>()),
       _style("RENDERER"),
       _lowestHeight(USUAL_BOTTOM),
       _greatestHeight(USUAL_TOP) {
@@ -118,6 +124,7 @@ QUORRenderer::~QUORRenderer() {
     for (vtkRenderer* renderer : {_colorScaleRenderer.Get(), _mainRenderer.Get(), _terrainRenderer.Get()}) {
         _window->RemoveRenderer(renderer);
     }
+    _labels.reset();
     _parts.reset();
     _currentVisualization = nullptr;
 }
@@ -264,7 +271,40 @@ void QUORRenderer::setInfoData(const std::shared_ptr<const QUORDataFrame>& dataF
     _colorBar = QUORColorBar::make(colormap);
     _colorScaleRenderer->RemoveAllViewProps();
     _colorScaleRenderer->AddViewProp(_colorBar);
+    makeLegendDetails(*dataFrame, *settings, colormap);
     updateSceneHeights(*dataFrame, settings->getVerticalScale());
+}
+
+void QUORRenderer::makeLegendDetails(const QUORDataFrame& frame, const QUORGeneralSettings& settings,
+                                     const QUORColormap& colormap) {
+    if (_legendDetails) {
+        setShown(_legendDetails->getProp(), false);
+        _legendDetails->getProp()->ReleaseGraphicsResources(_window);
+        _legendDetails.reset();
+    }
+    if (!_legend || _style.number("legend/details") < 0.5) {
+        return;
+    }
+    std::vector<QUORLegendDetails::Line> lines;
+    for (const QString& text : frame.getLegendDetails(settings)) {
+        lines.push_back({{text}});
+    }
+    const QUORProductSettings& product = *frame.getProductSettings();
+    QUORLegendDetails::Line shells;
+    if (product.getRenderingType() == QUORProductSettings::Surface) {
+        for (const double value : product.getSurfaces().keys()) {
+            shells.push_back({QString::number(value), colormap.getColor(value)});
+        }
+    } else {
+        for (const double value : {product.getVolumeValueLow(), product.getVolumeValueHigh()}) {
+            shells.push_back({QString::number(value), colormap.getColor(value)});
+        }
+    }
+    if (!shells.empty() && shells.size() <= MOST_SHELLS) {
+        lines.push_back(shells);
+    }
+    _legendDetails = std::make_unique<QUORLegendDetails>(lines);
+    _legendDetails->setColors(_style.color("legend/text/color"), _style.color("colorscale/background/color"));
 }
 
 void QUORRenderer::updateSceneHeights(const QUORDataFrame& frame, double verticalScale) {
@@ -293,6 +333,10 @@ void QUORRenderer::setVisualization(const QUORVisualizationPipelineItem::Ptr& it
     if (_legend != nullptr) {
         setShown(_legend, _legendOn);
     }
+    if (_legendDetails) {
+        setShown(_legendDetails->getProp(), _legendOn && _legend != nullptr);
+    }
+    _labels->collect(item->getResultParts());
     if (_colorBarOn) {
         if (!_window->HasRenderer(_colorScaleRenderer)) {
             _window->AddRenderer(_colorScaleRenderer);
@@ -316,6 +360,10 @@ void QUORRenderer::removeVisualization() {
     if (_legend != nullptr) {
         setShown(_legend, false);
     }
+    if (_legendDetails) {
+        setShown(_legendDetails->getProp(), false);
+    }
+    _labels->collect({});
     setShown(_compass, true);
     _currentVisualization = nullptr;
 }
@@ -344,7 +392,7 @@ std::vector<QUORPictureArea> QUORRenderer::getTakenAreas() const {
         areas.push_back({place[0], place[1], place[2], place[3]});
     }
     if (_legendOn && _legend != nullptr) {
-        areas.push_back(QUORLegend::getArea());
+        areas.push_back(QUORLegendDetails::getArea(_legendDetails ? _legendDetails->countLines() : 0));
     }
     if (_compassOn) {
         areas.push_back(_compass->getArea());
@@ -403,6 +451,11 @@ void QUORRenderer::onDrawingStarts() {
     camera->GetClippingRange(_statedRange.data());
     const std::array<double, 2> fitted = QUORDepthRange::fit(camera, _lowestHeight, _greatestHeight);
     camera->SetClippingRange(fitted[0], fitted[1]);
+    const int* size = _mainRenderer->GetSize();
+    if (_legendDetails) {
+        _legendDetails->layOut(size[0], size[1]);
+    }
+    _labels->arrange(_mainRenderer, getTakenAreas(), _style.number("label/apart") > 0.5);
     _snapshot->prepare();
     _isCopying = _snapshot->isValid();
 }

@@ -19,7 +19,10 @@ class QUORCameraInteractorObserver;
 class QUORCompassRepresentation;
 class QUORCoarseTerrain;
 class QUORDataFrame;
+class QUORColormap;
 class QUORGeneralSettings;
+class QUORLabelLayout;
+class QUORLegendDetails;
 class QUORPointWidget;
 class QUORPointWidgetObserver;
 class QUORSceneParts;
@@ -108,6 +111,8 @@ private:
     void resetModel();
     void placeSiteMarker();
     void setShown(vtkProp* prop, bool shown);
+    void makeLegendDetails(const QUORDataFrame& frame, const QUORGeneralSettings& settings,
+                           const QUORColormap& colormap);
     void updateSceneHeights(const QUORDataFrame& frame, double verticalScale);
     void observeDrawing(unsigned long event, void (QUORRenderer::*handler)());
     void onDrawingStarts();
@@ -130,6 +135,8 @@ private:
     bool _pointWidgetOn = false;
     QStringList _legendLines;
     vtkSmartPointer<vtkLegendBoxActor> _legend;
+    std::unique_ptr<QUORLegendDetails> _legendDetails;
+    std::unique_ptr<QUORLabelLayout> _labels;
     vtkSmartPointer<vtkRenderer> _colorScaleRenderer;
     vtkSmartPointer<vtkScalarBarActor> _colorBar;
     vtkSmartPointer<vtkSphereSource> _siteSphere;
