@@ -122,6 +122,7 @@ def slow_writers(trial):
     """Files that grow in place, in pieces, among each other: each is drawn, once, when it is whole."""
     with trial.running(loglevel=2) as service:
         data = trial.volume.read_bytes()
+        service.settle()  # the line of the first image comes after its file
         first = len(service.lines)
         files, endings = {}, []
         for _ in range(20):
