@@ -8,6 +8,7 @@
 #include "QUORGeneralSettings.h"
 #include "QUORProductSettings.h"
 #include "QUORSettingsFile.h"
+#include "QUORSettingsText.h"
 #include "QUORViewAngle.h"
 
 #include <cmath>
@@ -20,7 +21,12 @@ void checkFile(const QByteArray& content, const QString& path) {
     const int lines = int(content.count('\n') + content.count('\r')) + 1;
     const int bad = QUORSettingsFile::findBadLine(content);
     FUZZ_REQUIRE(bad >= 0 && bad <= lines);
-    QUORSettingsFile::withoutOddities(content);
+    QUORSettingsText text(content);
+    FUZZ_REQUIRE(text.toBytes() == content);
+    text.set(QStringLiteral("Background"), QStringLiteral("width"), QStringLiteral("640"));
+    const QByteArray once = text.toBytes();
+    text.set(QStringLiteral("Background"), QStringLiteral("width"), QStringLiteral("640"));
+    FUZZ_REQUIRE(text.toBytes() == once);
     QString error;
     const auto read = QUORSettingsFile::read(path, error);
     FUZZ_REQUIRE(read ? *read == content : !error.isEmpty());
