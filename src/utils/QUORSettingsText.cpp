@@ -122,8 +122,9 @@ bool QUORSettingsText::Line::isBad() const {
 QUORSettingsText::QUORSettingsText(const QByteArray& content)
     : _mark(content.startsWith(BYTE_ORDER_MARK) ? BYTE_ORDER_MARK : ""),
       _lineEnd(content.contains("\r\n") ? "\r\n" : "\n"),
-      _isEnded(content.isEmpty() || content.endsWith('\n')),
       _lines(split(content.mid(_mark.size()))) {
+    // A line end that an open quotation mark or a backslash swallowed stands in the line already.
+    _isEnded = _lines.isEmpty() || (content.endsWith('\n') && !_lines.constLast().text.endsWith('\n'));
     locate();
 }
 

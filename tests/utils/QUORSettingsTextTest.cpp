@@ -59,6 +59,12 @@ TEST(QUORSettingsTextTest, EditsOneLineAndKeepsTheRest) {
     }
 }
 
+TEST(QUORSettingsTextTest, IsWrittenAsItWasRead) {
+    for (const char* content : {"[A]\nk=\"never closed\nn=1\n", "[A]\nk=1, \\\n", "\n", "[A]\nk=\"\n"}) {
+        EXPECT_EQ(QUORSettingsText(content).toBytes(), content);
+    }
+}
+
 /// What a person, or a directory, may be called.
 TEST(QUORSettingsTextTest, ValuesAreReadBackByTheSettingsLayer) {
     for (const char* value : {"", "plain", "a, b", "a; b", "\"quoted\"", "back\\slash", " blanks ",
