@@ -95,7 +95,7 @@ int main(int argc, char** argv) {
     options.folder2d = folder.filePath(QStringLiteral("2d"));
     options.grid.points = {240, 240, 24};
     options.grid.steps = {2000.0, 2000.0, 500.0};
-    const QUORImporter importer(options);
+    QUORImporter importer(options);
     std::vector<double> reading;
     std::vector<double> whole;
     const double before = processorTime();

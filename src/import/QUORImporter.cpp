@@ -40,6 +40,9 @@ int typeOf(Quantity quantity, int itemSize) {
 
 constexpr int LIQUID_WATER_TYPE = 5;
 
+/// Products of hours, of many radars; what is older nothing late belongs to.
+constexpr std::size_t MOST_WRITTEN = 4000;
+
 /// One product on its way: what it is, and how its values come about.
 struct Item {
     QUORImportedProduct report;
@@ -52,7 +55,8 @@ class Job {
 public:
     Job(const QUORRadarData& data, const QUORImportOptions& options)
         : _data(data), _options(options), _gridder(data, options.grid, options.between) {
-        _result.site = QUORProductWriter::siteName(options.site.isEmpty() ? data.site.name : options.site);
+        _result.site = QUORProductWriter::siteName(options.site.isEmpty() ? data.site.name : options.site,
+                                                   data.site.latitude, data.site.longitude);
         _result.shape = _gridder.getShape();
         _result.warnings = data.warnings + _gridder.getWarnings();
         addFlat();
@@ -71,13 +75,39 @@ public:
 
     QUORImportResult plan() const { return _result; }
 
-    QUORImportResult run() {
+    /// What `isBetter` says to be made of more sweeps already is not made again.
+    template <class Test>
+    void keepBetter(const Test& isBetter) {
+        const auto kept = std::stable_partition(_items.begin(), _items.end(), [&](const Item& item) {
+            return !isBetter(item.report.path, sweepsOf(item));
+        });
+        const auto count = std::distance(kept, _items.end());
+        _items.erase(kept, _items.end());
+        if (_items.empty()) {
+            throw QUORImportError(
+                QStringLiteral("not written: the products of its time have been made of more sweeps"));
+        }
+        if (count > 0) {
+            _result.warnings.append(
+                QStringLiteral("%1 products of its time are left: they have been made of more sweeps")
+                    .arg(count));
+        }
+        _result.products.clear();
+        for (const Item& item : _items) {
+            _result.products.push_back(item.report);
+        }
+    }
+
+    /// `note` is told of each product that stands.
+    template <class Note>
+    QUORImportResult run(const Note& note) {
         std::vector<QByteArray> files;
         for (const Item& item : _items) {
             files.push_back(QUORProductWriter::toBytes(item.content, valuesOf(item)));
         }
         for (std::size_t i = 0; i < files.size(); ++i) {
             QUORProductWriter::publish(files[i], _items[i].report.path);
+            note(_items[i].report.path, sweepsOf(_items[i]));
         }
         return _result;
     }
@@ -85,6 +115,18 @@ public:
 private:
     bool isAvailable(Quantity quantity) const {
         return _data.has(quantity) || (quantity == Quantity::RainRate && _data.has(Quantity::Reflectivity));
+    }
+
+    /// Sweeps that hold what a product is made from; of a grid none.
+    std::size_t sweepsOf(const Item& item) const {
+        const bool isRain = item.quantity == Quantity::RainRate || item.content.product == Sri;
+        const Quantity source =
+            isRain && _data.has(Quantity::RainRate)
+                ? Quantity::RainRate
+                : (isRain ? Quantity::Reflectivity : item.quantity.value_or(Quantity::Reflectivity));
+        return std::size_t(
+            std::count_if(_data.sweeps.begin(), _data.sweeps.end(),
+                          [&](const QUORRadarSweep& sweep) { return sweep.find(source) != nullptr; }));
     }
 
     QUORProductContent frame(int product, int type) const {
@@ -238,6 +280,23 @@ QUORImportResult QUORImporter::plan(const QUORRadarData& data) const {
     return Job(data, _options).plan();
 }
 
-QUORImportResult QUORImporter::import(const QUORRadarData& data) const {
-    return Job(data, _options).run();
+QUORImportResult QUORImporter::import(const QUORRadarData& data) {
+    Job job(data, _options);
+    const auto find = [this](const QString& path) {
+        return std::find_if(_written.begin(), _written.end(),
+                            [&](const Written& written) { return written.path == path; });
+    };
+    job.keepBetter([&](const QString& path, std::size_t sweeps) {
+        const auto found = find(path);
+        return found != _written.end() && found->sweeps > sweeps;
+    });
+    return job.run([&](const QString& path, std::size_t sweeps) {
+        if (const auto found = find(path); found != _written.end()) {
+            _written.erase(found);
+        }
+        _written.push_back({path, sweeps});
+        if (_written.size() > MOST_WRITTEN) {
+            _written.pop_front();
+        }
+    });
 }

@@ -8,6 +8,7 @@
 
 #include <QStringList>
 
+#include <deque>
 #include <set>
 #include <vector>
 
@@ -52,9 +53,16 @@ public:
     /// What `import` would write. Throws a QUORImportError.
     QUORImportResult plan(const QUORRadarData& data) const;
     /// Grids the data, then writes all products, each whole under its name or not at all. Throws a
-    /// QUORImportError; what fails before the first file is complete leaves none.
-    QUORImportResult import(const QUORRadarData& data) const;
+    /// QUORImportError; what fails before the first file is complete leaves none. A product that this
+    /// importer made of more sweeps stays.
+    QUORImportResult import(const QUORRadarData& data);
 
 private:
+    struct Written {
+        QString path;
+        std::size_t sweeps;
+    };
+
     QUORImportOptions _options;
+    std::deque<Written> _written; ///< the last ones
 };

@@ -113,6 +113,13 @@ NetcdfMaker& NetcdfMaker::characters(const std::string& path, const char* name, 
     return *this;
 }
 
+NetcdfMaker& NetcdfMaker::variable(const char* name) {
+    flush();
+    _group = _id;
+    check(nc_inq_varid(_id, name, &_variable));
+    return *this;
+}
+
 NetcdfMaker& NetcdfMaker::of(const char* name, double value) {
     // The fill value has the type of its variable.
     nc_type type = NC_DOUBLE;

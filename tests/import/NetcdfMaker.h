@@ -35,7 +35,9 @@ public:
                         const std::vector<short>& values);
     NetcdfMaker& characters(const std::string& group, const char* name, const Dimensions& dimensions,
                             const std::string& values);
-    /// An attribute of the variable made last.
+    /// A variable of the root that is there already.
+    NetcdfMaker& variable(const char* name);
+    /// An attribute of the variable made, or named, last.
     NetcdfMaker& of(const char* name, double value);
     NetcdfMaker& of(const char* name, const char* value);
 

@@ -221,18 +221,43 @@ TEST_F(QUORImporterTest, LeavesNothingBehindWhatItCannotWrite) {
     EXPECT_EQ(QUORImporter(options).plan(simpleVolume()).products.size(), 2U);
 }
 
+TEST_F(QUORImporterTest, KeepsWhatItMadeOfMoreSweeps) {
+    const TestVolume whole = simpleVolume();
+    TestVolume part = whole;
+    part.sweeps.resize(1);
+    part.sweeps[0].moments.resize(2);
+    QUORImporter importer(options);
+    const QString path = pathOf(importer.import(whole), "CAPPI", "Z");
+    const QByteArray before = readFile(path);
+    EXPECT_THROW(importer.import(part), QUORImportError);
+    EXPECT_EQ(readFile(path), before);
+    TestVolume width = part;
+    width.sweeps = whole.sweeps;
+    for (QUORRadarSweep& sweep : width.sweeps) {
+        sweep.moments.erase(sweep.moments.begin()); // other quantities of it are as good as before
+    }
+    EXPECT_EQ(importer.import(width).products.size(), 2U);
+    EXPECT_EQ(importer.import(whole).products.size(), 8U);
+    EXPECT_EQ(QUORImporter(options).import(part).products.size(), 7U) << "another run";
+    EXPECT_NE(readFile(path), before);
+}
+
 TEST(QUORProductWriter, MakesSiteNamesThatFileNamesAndHeadersHold) {
     const std::pair<const char*, const char*> rows[] = {
         {"klbb", "KLBB"},
         {"Gunn_Pt", "GUNN_PT"},
         {"R\u00f8st \u00c5sen", "ROST_ASEN"},
         {"a/b\\c..d", "A_B_C_D"},
-        {" a very long name of a radar", "A_VERY_LONG_NAM"},
+        {"sixteen letters!", "SIXTEEN_LETTERS"},
+        {" a very long name of a radar", "A_VERY_LONG-1FD0"},
+        {"National Weather Radar North", "NATIONAL_WE-AD7A"},
+        {"National Weather Radar South", "NATIONAL_WE-2A25"},
         {"KaSACR-1", "KASACR-1"},
-        {"\u6771\u4eac", "RADAR"},
-        {"", "RADAR"},
+        {"\u6771\u4eac", "AT_N5001_W00325"},
+        {"", "AT_N5001_W00325"},
     };
     for (const auto& [name, expected] : rows) {
-        EXPECT_EQ(QUORProductWriter::siteName(QString::fromUtf8(name)).toStdString(), expected);
+        EXPECT_EQ(QUORProductWriter::siteName(QString::fromUtf8(name), 50.006, -3.25).toStdString(),
+                  expected);
     }
 }

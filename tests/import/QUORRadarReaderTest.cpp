@@ -116,6 +116,16 @@ TEST_F(QUORRadarReaderTest, ReadsGridsInAnyOrderAndUnit) {
     EXPECT_EQ(values[12 + 11], 16.0F);
 }
 
+TEST_F(QUORRadarReaderTest, KnowsUnitsHoweverTheyAreWritten) {
+    const std::pair<const char*, double> rows[] = {
+        {"Km", 1000.0}, {"Kilometers", 1000.0}, {"km MSL", 1000.0}, {"Meters", 1.0}, {"", 1.0}};
+    for (const auto& [unit, factor] : rows) {
+        RadarFiles::writeGrid(path("file"),
+                              [name = unit](NetcdfMaker& f) { f.variable("x").of("units", name); });
+        EXPECT_EQ(read(path("file")).grid->x[3], 2.0 * factor) << unit;
+    }
+}
+
 TEST_F(QUORRadarReaderTest, ReadsLevelTwoPackedAndUnpacked) {
     const Level2Writer writer = RadarFiles::makeLevel2();
     for (const bool packed : {true, false}) {
@@ -170,6 +180,8 @@ TEST_F(QUORRadarReaderTest, NamesWhatIsWrong) {
          },
          "only vertical cuts"},
         {RadarFiles::writeGrid, [](NetcdfMaker& f) { f.text("", "Conventions", "CF/Radial"); }, "was read"},
+        {RadarFiles::writeGrid, [](NetcdfMaker& f) { f.variable("x").of("units", "furlongs"); },
+         "x: unknown unit \"furlongs\""},
     };
     for (const auto& row : rows) {
         row.write(path("spoilt"), row.spoil);

@@ -103,15 +103,26 @@ std::map<QUORRadarQuantity, Field> fieldsOf(const QUORNetcdfGroup& root, QString
     return fields;
 }
 
-bool isKilometres(const QString& unit) {
-    return unit.startsWith(QLatin1String("km")) || unit.startsWith(QLatin1String("kilomet"));
+/// How many metres, or degrees, a unit of an axis is; no unit is metres. Throws a QUORImportError.
+double lengthOf(const QString& axis, const QString& units) {
+    const QString unit = units.simplified().section(QLatin1Char(' '), 0, 0); // such as "km MSL"
+    static const QStringList kilometres{"km", "kms", "kilometer", "kilometers", "kilometre", "kilometres"};
+    static const QStringList metres{"", "m", "meter", "meters", "metre", "metres", "1"};
+    if (kilometres.contains(unit, Qt::CaseInsensitive)) {
+        return 1000.0;
+    }
+    if (metres.contains(unit, Qt::CaseInsensitive) ||
+        unit.startsWith(QLatin1String("degree"), Qt::CaseInsensitive)) {
+        return 1.0;
+    }
+    throw QUORImportError(QStringLiteral("%1: unknown unit \"%2\"").arg(axis, units));
 }
 
 /// Ascending; `isReversed` tells of an axis that descends in the file.
 std::vector<double> coordinates(const QUORNetcdfGroup& root, const QString& name, bool& isReversed) {
     const QUORNetcdfVariable variable = *root.findVariable(name.toUtf8().constData());
     std::vector<double> values = variable.readDoubles();
-    const double unit = isKilometres(variable.text("units")) ? 1000.0 : 1.0;
+    const double unit = lengthOf(name, variable.text("units"));
     for (double& value : values) {
         value *= unit;
     }
@@ -170,7 +181,7 @@ QString nameOf(const QUORNetcdfGroup& root) {
             return name;
         }
     }
-    return QStringLiteral("GRID");
+    return {};
 }
 
 std::optional<double> firstNumber(const QUORNetcdfGroup& root, std::initializer_list<const char*> names) {

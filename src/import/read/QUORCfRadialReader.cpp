@@ -54,7 +54,8 @@ Gates gatesOf(const QUORNetcdfGroup& group) {
     if (range.empty() || variable->getShape().size() != 1) {
         throw QUORImportError(QStringLiteral("no usable ranges of gates"));
     }
-    const double unit = variable->text("units").startsWith(QLatin1String("k")) ? 1000.0 : 1.0;
+    const double unit =
+        variable->text("units").startsWith(QLatin1String("k"), Qt::CaseInsensitive) ? 1000.0 : 1.0;
     const double spacing = range.size() > 1 ? (range.back() - range.front()) / double(range.size() - 1)
                                             : variable->number("meters_between_gates").value_or(0.0);
     for (std::size_t i = 0; i < range.size(); ++i) {

@@ -7,6 +7,7 @@
 #include "QUORProductHeader.h"
 #include "QUORRadarData.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -42,6 +43,26 @@ QString plain(QChar letter) {
         }
     }
     return QString(letter);
+}
+
+QString trimmed(QString site) {
+    while (site.endsWith(QLatin1Char('_'))) {
+        site.chop(1);
+    }
+    while (site.startsWith(QLatin1Char('_'))) {
+        site.remove(0, 1);
+    }
+    return site;
+}
+
+/// In hundredths of a degree.
+QString nameOfPlace(double latitude, double longitude) {
+    const auto part = [](double degrees, int digits, const char* signs) {
+        const int hundredths = int(std::lround(degrees * 100.0));
+        return QLatin1Char(signs[hundredths < 0 ? 1 : 0]) +
+               QString::number(std::abs(hundredths)).rightJustified(digits, QLatin1Char('0'));
+    };
+    return QStringLiteral("AT_") + part(latitude, 4, "NS") + QLatin1Char('_') + part(longitude, 5, "EW");
 }
 
 quint32 binaryAngle(double degrees) {
@@ -91,7 +112,7 @@ PHD headerOf(const QUORProductContent& content, qint64 size) {
 
 } // namespace
 
-QString QUORProductWriter::siteName(const QString& name) {
+QString QUORProductWriter::siteName(const QString& name, double latitude, double longitude) {
     QString site;
     for (const QChar raw : name.toUpper()) {
         for (const QChar letter : plain(raw).normalized(QString::NormalizationForm_KD)) {
@@ -103,14 +124,16 @@ QString QUORProductWriter::siteName(const QString& name) {
             }
         }
     }
-    site.truncate(QUORProductHeader::SITE_LENGTH);
-    while (site.endsWith(QLatin1Char('_'))) {
-        site.chop(1);
+    site = trimmed(site);
+    if (site.isEmpty()) {
+        return nameOfPlace(latitude, longitude);
     }
-    while (site.startsWith(QLatin1Char('_'))) {
-        site.remove(0, 1);
+    if (site.size() <= SITE_LENGTH) {
+        return site;
     }
-    return site.isEmpty() ? QStringLiteral("RADAR") : site;
+    const QByteArray mark = QCryptographicHash::hash(site.toLatin1(), QCryptographicHash::Sha256);
+    site.truncate(SITE_LENGTH - 5);
+    return trimmed(site) + QLatin1Char('-') + QString::fromLatin1(mark.toHex().left(4).toUpper());
 }
 
 QString QUORProductWriter::fileName(const QUORProductContent& content) {

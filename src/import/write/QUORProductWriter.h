@@ -33,8 +33,9 @@ struct QUORProductContent {
 class QUORProductWriter {
 public:
     /// Upper-case letters, digits, "_" and "-" as far as the header holds them; what else a name has becomes
-    /// "_", letters with marks lose them.
-    static QString siteName(const QString& name);
+    /// "_", letters with marks lose them. A longer name ends with four letters made of all of it, and a site
+    /// without name is called after its place (degrees), so that two sites keep apart.
+    static QString siteName(const QString& name, double latitude, double longitude);
     /// The product's three letters, the time key, the site and the extension, such as
     /// CAZ210729123848-KLOT.cap.
     static QString fileName(const QUORProductContent& content);

@@ -77,8 +77,7 @@ std::string ImportCommand::examples() const {
 }
 
 void ImportCommand::addOptions(CLI::App& app) {
-    app.add_option("FILE", _files, "Files of radar data; the format is recognised by the content")
-        ->required();
+    app.add_option("FILE", _files, "Files of radar data; the format is recognised by the content");
     app.add_option("-o,--output", _output, "3D products go to DIR/3d, 2D products to DIR/2d")
         ->type_name("DIR");
     app.add_option("--out3d", _output3d, "Folder of the 3D products instead")->type_name("DIR");
@@ -214,7 +213,7 @@ ExitStatus ImportCommand::run() {
 
 ExitStatus ImportCommand::watchFolder() {
     ImportReport report(_json, _dryRun);
-    const QUORImporter importer(_options);
+    QUORImporter importer(_options);
     const QString folder = QDir(toText(_watched)).absolutePath();
     for (const QString& products : {_options.folder2d, _options.folder3d}) {
         QUORFilePublisher::removeLeftovers(products);
@@ -239,7 +238,7 @@ ExitStatus ImportCommand::watchFolder() {
 
 ExitStatus ImportCommand::importFiles() {
     ImportReport report(_json, _dryRun);
-    const QUORImporter importer(_options);
+    QUORImporter importer(_options);
     const QUORReaderProcess reader;
     QUORVolumeJoiner joiner(_join);
     std::vector<std::pair<QUORRadarData, QString>> pieces;
@@ -256,7 +255,7 @@ ExitStatus ImportCommand::importFiles() {
         report.progress(done++, int(_files.size()));
         try {
             QUORRadarData data = reader.read(file);
-            if (data.isPiece) {
+            if (QUORVolumeJoiner::mayJoin(data)) {
                 pieces.emplace_back(std::move(data), file);
             } else {
                 make(data, {file});

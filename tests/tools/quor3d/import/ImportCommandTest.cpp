@@ -12,6 +12,10 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
 
 struct Outcome {
@@ -79,6 +83,31 @@ TEST(ImportCommand, ImportsGoodFilesAndNamesBadOnes) {
         }
     }
     EXPECT_EQ(QDir(folder.filePath("out/3d")).entryList({"CAZ*-MY_SITE.cap"}).size(), 2);
+}
+
+TEST(ImportCommand, FollowsAFolderUntilItIsEnded) {
+    QTemporaryDir folder;
+    QDir(folder.path()).mkpath("in");
+    RadarFiles::writeOdim(folder.filePath("in/volume.h5"));
+    sigset_t mask;
+    ::sigprocmask(SIG_BLOCK, nullptr, &mask);
+    const QDir products(folder.filePath("out/3d"));
+    const pid_t end = ::fork();
+    if (end == 0) {
+        for (int tenths = 0; tenths < 300 && products.entryList({"CAZ*.cap"}).isEmpty(); ++tenths) {
+            ::usleep(100000);
+        }
+        ::kill(::getppid(), SIGTERM);
+        ::_exit(0);
+    }
+    ASSERT_GT(end, 0);
+    const Outcome outcome = run({"--watch", folder.filePath("in").toStdString(), "--existing", "-o",
+                                 folder.filePath("out").toStdString(), "--grid", "20x20x4"});
+    ::waitpid(end, nullptr, 0);
+    ::sigprocmask(SIG_SETMASK, &mask, nullptr);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(products.entryList({"CAZ*.cap"}).size(), 1);
+    EXPECT_EQ(outcome.err, "");
 }
 
 TEST(ImportCommand, RefusesWrongUse) {
