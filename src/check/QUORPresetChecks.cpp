@@ -258,6 +258,32 @@ void checkViewAngle(QUORFindingCollector& findings, QUORGeneralSettings& general
     }
 }
 
+void checkFurtherViews(QUORFindingCollector& findings, QUORGeneralSettings& general,
+                       const QUORBackgroundSettings& background) {
+    general.loadViewAngles(std::make_shared<QUORViewAngle>());
+    general.loadDisplayStates(std::make_shared<QUORDisplayState>());
+    const QList<QUORBackgroundSettings::View> views = background.getViews();
+    for (qsizetype i = 1; i < views.size(); ++i) {
+        const QString key = QStringLiteral("views/%1/").arg(i);
+        if (const QString& name = views[i].viewAngle;
+            name != views[0].viewAngle && !general.getViewAngleNames().contains(name)) {
+            findings.addAt(Cost::Wrong, "unknown-view", File::Background, BACKGROUND,
+                           key + QStringLiteral("viewangle"),
+                           QStringLiteral("there is no view angle ") + quoted(name) +
+                               QStringLiteral(", the one from above is used"),
+                           adviseName(name, general.getViewAngleNames()));
+        }
+        if (const QString& name = views[i].displayState;
+            name != views[0].displayState && !general.getDisplayStateNames().contains(name)) {
+            findings.addAt(Cost::Wrong, "unknown-state", File::Background, BACKGROUND,
+                           key + QStringLiteral("displaystate"),
+                           QStringLiteral("there is no display state ") + quoted(name) +
+                               QStringLiteral(", everything is shown"),
+                           adviseName(name, general.getDisplayStateNames()));
+        }
+    }
+}
+
 void checkProducts(QUORFindingCollector& findings, const QUORProductSurvey* survey,
                    const ScaleNames& scaleNames) {
     for (const Product& product : listProducts(survey)) {

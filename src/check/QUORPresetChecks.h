@@ -25,6 +25,9 @@ std::shared_ptr<QUORDisplayState> checkDisplayState(QUORFindingCollector& findin
                                                     const QUORBackgroundSettings& background);
 void checkViewAngle(QUORFindingCollector& findings, QUORGeneralSettings& general,
                     const QUORBackgroundSettings& background);
+/// That the further pictures of a scene name presets that exist.
+void checkFurtherViews(QUORFindingCollector& findings, QUORGeneralSettings& general,
+                       const QUORBackgroundSettings& background);
 /// Every product group of the settings, and those of the products that were found. The survey may be null;
 /// without `scaleNames` no scale is looked up.
 void checkProducts(QUORFindingCollector& findings, const QUORProductSurvey* survey,

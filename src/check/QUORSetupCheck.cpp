@@ -31,6 +31,7 @@ void QUORSetupCheck::run() {
     checkBackgroundFile(findings, background);
     const auto state = QUORPresetChecks::checkDisplayState(findings, general, background);
     QUORPresetChecks::checkViewAngle(findings, general, background);
+    QUORPresetChecks::checkFurtherViews(findings, general, background);
 
     const bool shows2d = state->has2DEnabled();
     const auto product2dOf = [&](const QString& configuration) {
@@ -73,6 +74,7 @@ void QUORSetupCheck::runSettings() {
     const QUORBackgroundSettings background;
     QUORPresetChecks::checkDisplayState(findings, general, background);
     QUORPresetChecks::checkViewAngle(findings, general, background);
+    QUORPresetChecks::checkFurtherViews(findings, general, background);
     QUORPresetChecks::checkProducts(findings, nullptr, _drawing.scaleNames);
     QUORPresetChecks::checkColors(findings);
     _findings = findings.takeSorted();

@@ -8,6 +8,7 @@
 #include "QUORFilePublisher.h"
 #include "QUORImageName.h"
 #include "QUORLog.h"
+#include "QUORLogOnce.h"
 #include "QUOROffscreenVisualizer.h"
 #include "QUORStopwatch.h"
 
@@ -101,11 +102,50 @@ QUORVisualizationJobs::Result QUORVisualizationJobs::render(const QString& path,
         logGone(path);
         return Ignored;
     }
-    if (!isWanted(frame, leaf, product2d, need)) {
-        return need == AsShown ? Missing2D : Ignored;
-    }
     cleanOutputDirectory(*_backgroundSettings);
-    _visualizer->startVisualization(frame, getOutputFile(*leaf, *_backgroundSettings));
+    std::vector<QUORPictureOrder> orders = getOrders(*leaf, *_backgroundSettings);
+    const auto further = std::ranges::stable_partition(orders, [state = orders.front().displayState](const auto& order) {
+        return order.displayState == state;
+    });
+    const std::vector<QUORPictureOrder> rest(further.begin(), further.end());
+    orders.erase(further.begin(), further.end());
+    Result result = need == AsShown ? Missing2D : Ignored;
+    if (isWanted(frame, leaf, product2d, need)) {
+        result = draw(frame, orders);
+    }
+    const bool waived = need == Waived || QUORBackgroundSettings::isNoProduct(product2d);
+    return rest.empty() ? result : drawFurther(frame, rest, waived ? Waived : need, result);
+}
+
+/// The pictures of the other display states, a scene each. What one lacks does not keep back the others.
+QUORVisualizationJobs::Result QUORVisualizationJobs::drawFurther(const std::shared_ptr<QUORDataFrame>& frame,
+                                                                 std::vector<QUORPictureOrder> orders,
+                                                                 Need2D need, Result first) {
+    Result result = first;
+    QUORBackgroundSettings settings(*_backgroundSettings);
+    while (!orders.empty()) {
+        const auto others =
+            std::ranges::stable_partition(orders, [state = orders.front().displayState](const auto& order) {
+                return order.displayState == state;
+            });
+        const std::vector<QUORPictureOrder> rest(others.begin(), others.end());
+        orders.erase(others.begin(), others.end());
+        settings.setDisplayStateName(orders.front().displayState);
+        _visualizer->initVisualization(*_generalSettings, settings);
+        if (need == Waived || _visualizer->canVisualize(frame, need == Required)) {
+            const Result drawn = draw(frame, orders);
+            if (drawn == NotWritten || (drawn == Visualized && result != NotWritten)) {
+                result = drawn;
+            }
+        }
+        orders = rest;
+    }
+    return result;
+}
+
+QUORVisualizationJobs::Result QUORVisualizationJobs::draw(const std::shared_ptr<QUORDataFrame>& frame,
+                                                          const std::vector<QUORPictureOrder>& orders) {
+    _visualizer->startVisualization(frame, orders);
     switch (_visualizer->waitUntilReady()) {
     case QUOROffscreenVisualizer::Written:
         return Visualized;
@@ -178,6 +218,43 @@ QString QUORVisualizationJobs::getOutputFile(const QUORFileLeaf& leaf,
     // A name that begins with ":" is no path of its own.
     return QDir(settings.getDirectory()).absolutePath() + QLatin1Char('/') + QUORImageName::clean(name) +
            settings.getOutputFileExtension();
+}
+
+std::vector<QUORPictureOrder> QUORVisualizationJobs::getOrders(const QUORFileLeaf& leaf,
+                                                               const QUORBackgroundSettings& settings) {
+    const QString path = getOutputFile(leaf, settings);
+    const QString ending = settings.getOutputFileExtension();
+    const QString start = path.chopped(ending.size());
+    const QList<QUORBackgroundSettings::View> views = settings.getViews();
+    const QUORBackgroundSettings::View& first = views.constFirst();
+    std::vector<QUORPictureOrder> orders;
+    for (const QUORBackgroundSettings::View& view : views) {
+        QString name;
+        if (view.viewAngle != first.viewAngle) {
+            name += QLatin1Char('_') + view.viewAngle;
+        }
+        if (view.displayState != first.displayState) {
+            name += QLatin1Char('_') + view.displayState;
+        }
+        if (view.width != first.width || view.height != first.height) {
+            name += QStringLiteral("_%1x%2").arg(view.width).arg(view.height);
+        }
+        QUORPictureOrder order;
+        order.path = start + QUORImageName::clean(name) + ending;
+        order.viewAngle = view.viewAngle;
+        order.displayState = view.displayState;
+        order.width = view.width;
+        order.height = view.height;
+        order.format = settings.getOutputFormat();
+        if (std::ranges::find(orders, order.path, &QUORPictureOrder::path) == orders.end()) {
+            orders.push_back(order);
+        } else {
+            QUORLogOnce::logWarning(QStringLiteral("picture") + name,
+                                    QStringLiteral("Two of the views would have the same name, the first is drawn: ") +
+                                        order.path);
+        }
+    }
+    return orders;
 }
 
 QStringList QUORVisualizationJobs::findCompleted(const QString& path) {

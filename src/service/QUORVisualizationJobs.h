@@ -5,12 +5,14 @@
 #include "QUORFileLeaf.h"
 #include "QUORGeneralSettings.h"
 #include "QUORMissing2D.h"
+#include "QUORPictureOrder.h"
 
 #include <QElapsedTimer>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 class QUORDataFrame;
 class QUORDataStore;
@@ -48,6 +50,11 @@ public:
     /// The absolute path of a product's image. Whatever the names hold, it lies in the output directory.
     static QString getOutputFile(const QUORFileLeaf& leaf, const QUORBackgroundSettings& settings);
 
+    /// One for each picture that the settings want of this product. The first has that path; the names of
+    /// further ones go on with view, display state and size, as far as they differ from the first one's.
+    static std::vector<QUORPictureOrder> getOrders(const QUORFileLeaf& leaf,
+                                                   const QUORBackgroundSettings& settings);
+
     /// A frame that asks for that 3D product and what lies around it, not loaded yet and without a 2D
     /// product.
     static std::shared_ptr<QUORDataFrame> prepareFrame(std::shared_ptr<QUORDataStore> store,
@@ -56,6 +63,9 @@ public:
 
 private:
     Result render(const QString& path, Need2D need);
+    Result drawFurther(const std::shared_ptr<QUORDataFrame>& frame, std::vector<QUORPictureOrder> orders,
+                       Need2D need, Result first);
+    Result draw(const std::shared_ptr<QUORDataFrame>& frame, const std::vector<QUORPictureOrder>& orders);
     void cleanOutputDirectory(const QUORBackgroundSettings& settings);
     std::shared_ptr<QUORDataFrame> makeFrame(const QUORFileLeaf::CPtr& leaf, const QString& product2d) const;
     bool isWanted(const std::shared_ptr<QUORDataFrame>& frame, const QUORFileLeaf::CPtr& leaf,

@@ -34,6 +34,7 @@ const QString QUORBackgroundSettings::WAIT_2D = QStringLiteral("wait2d");
 const QString QUORBackgroundSettings::PRODUCT_ARRAY = QStringLiteral("products");
 const QString QUORBackgroundSettings::PRODUCT = QStringLiteral("product");
 const QString QUORBackgroundSettings::SITES = QStringLiteral("sites");
+const QString QUORBackgroundSettings::VIEW_ARRAY = QStringLiteral("views");
 
 namespace {
 
@@ -125,6 +126,7 @@ void QUORBackgroundSettings::reset() {
     _height = row("BACKGROUND", "height").whole();
     _width = row("BACKGROUND", "width").whole();
     _wait2d = row("BACKGROUND", "wait2d").whole();
+    _furtherViews.clear();
     _products.clear();
     for (const QString& configuration : getAllConfigurations()) {
         _products.insert(configuration, PRODUCT_2D.defaultText());
@@ -191,6 +193,44 @@ void QUORBackgroundSettings::read(QSettings& settings) {
         product = reader.readText(PRODUCT, product);
     }
     reader.endArray();
+    readViews(reader);
+}
+
+/// An array comes from one file: the packaged one counts where this one has none.
+void QUORBackgroundSettings::readViews(QUORSettingsReader& reader) {
+    using namespace QUORSettingsTable;
+    if (!reader.settings().contains(VIEW_ARRAY + QStringLiteral("/size"))) {
+        return;
+    }
+    _furtherViews.clear();
+    const int count = reader.beginReadArray(VIEW_ARRAY);
+    for (int i = 0; i < count; ++i) {
+        reader.setArrayIndex(i);
+        _furtherViews.append({readText(reader, row("BACKGROUND", "viewangle", "views")),
+                              readText(reader, row("BACKGROUND", "displaystate", "views")),
+                              readWhole(reader, row("BACKGROUND", "width", "views")),
+                              readWhole(reader, row("BACKGROUND", "height", "views"))});
+    }
+    reader.endArray();
+}
+
+QList<QUORBackgroundSettings::View> QUORBackgroundSettings::getViews() const {
+    QList<View> views{{getViewAngleName(), getDisplayStateName(), _width, _height}};
+    for (const View& further : _furtherViews) {
+        View view = views.constFirst();
+        if (!further.viewAngle.isEmpty()) {
+            view.viewAngle = toShownName(further.viewAngle);
+        }
+        if (!further.displayState.isEmpty()) {
+            view.displayState = toShownName(further.displayState);
+        }
+        view.width = further.width > 0 ? further.width : view.width;
+        view.height = further.height > 0 ? further.height : view.height;
+        if (!views.contains(view)) {
+            views.append(view);
+        }
+    }
+    return views;
 }
 
 void QUORBackgroundSettings::readFormat(const QUORSettingsReader& reader) {
@@ -232,6 +272,18 @@ void QUORBackgroundSettings::save() const {
         writer.write(PRODUCT, get2DProduct(configurations.at(i)));
     }
     writer.endArray();
+    if (!_furtherViews.isEmpty()) {
+        writer.beginWriteArray(VIEW_ARRAY, int(_furtherViews.size()));
+        for (int i = 0; i < int(_furtherViews.size()); ++i) {
+            const View& view = _furtherViews.at(i);
+            writer.setArrayIndex(i);
+            writer.write(VIEW_ANGLE, view.viewAngle);
+            writer.write(DISPLAY_STATE, view.displayState);
+            writer.write(WIDTH, view.width);
+            writer.write(HEIGHT, view.height);
+        }
+        writer.endArray();
+    }
     writer.commit();
 }
 

@@ -34,6 +34,18 @@ public:
     static const QString PRODUCT_ARRAY;
     static const QString PRODUCT;
     static const QString SITES;
+    static const QString VIEW_ARRAY;
+
+    /// How one picture of a scene is seen.
+    struct View {
+        QString viewAngle;
+        QString displayState;
+        /// Pixels.
+        int width = 0;
+        int height = 0;
+
+        bool operator==(const View&) const = default;
+    };
 
     /// Finds the file and loads it.
     QUORBackgroundSettings();
@@ -90,6 +102,9 @@ public:
     void setDisplayStateName(const QString& name);
     QString getViewAngleName() const;
     void setViewAngleName(const QString& name);
+    /// The pictures of every product: the one that the settings above describe and the further ones, none
+    /// twice.
+    QList<View> getViews() const;
     /// Whether products of that site are drawn here; others are left to another service over the same files.
     bool isSiteDrawn(const QString& site) const;
     QString getSettingsFileName() const { return _fileName; }
@@ -98,6 +113,7 @@ private:
     void read(class QSettings& settings);
     void readPackaged();
     QString describeDefaults() const;
+    void readViews(class QUORSettingsReader& reader);
     void readFormat(const class QUORSettingsReader& reader);
 
     bool _isRead = false;
@@ -113,5 +129,7 @@ private:
     int _width = 0;
     int _wait2d = -1;
     QMap<QString, QString> _products;
+    /// As stored: empty texts and zeros stand for what the first picture has.
+    QList<View> _furtherViews;
     QString _fileName;
 };

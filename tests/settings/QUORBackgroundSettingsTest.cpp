@@ -77,6 +77,35 @@ TEST_F(QUORBackgroundSettingsTest, NamesTheSitesThatAreDrawn) {
     }
 }
 
+TEST_F(QUORBackgroundSettingsTest, ListsThePicturesOfAScene) {
+    using View = QUORBackgroundSettings::View;
+    const QString first = QStringLiteral("viewangle=South\ndisplaystate=Day\nwidth=800\nheight=600\n");
+    const View plain{QStringLiteral("South"), QStringLiteral("Day"), 800, 600};
+    View north = plain;
+    north.viewAngle = QStringLiteral("North");
+    View small = plain;
+    small.width = 400;
+    View all = north;
+    all.displayState = QUORConfig::VALUE_DEFAULT;
+    const struct {
+        const char* lines;
+        QList<View> views;
+    } rows[] = {
+        {"", {plain}},
+        {"views\\size=2\nviews\\1\\viewangle=North\nviews\\2\\width=400\n", {plain, north, small}},
+        {"views\\size=1\nviews\\1\\viewangle=North\nviews\\1\\displaystate=Default\n", {plain, all}},
+        // None twice, and nothing beyond what the file holds.
+        {"views\\size=2000000000\nviews\\1\\viewangle=South\nviews\\2\\viewangle=North\nviews\\3\\viewangle="
+         "North\n",
+         {plain, north}},
+        {"views\\size=1\nviews\\1\\viewangle=North\nviews\\1\\width=-5\n", {plain, north}},
+    };
+    for (const auto& row : rows) {
+        put(first + QString::fromLatin1(row.lines));
+        EXPECT_EQ(QUORBackgroundSettings().getViews(), row.views) << row.lines;
+    }
+}
+
 TEST_F(QUORBackgroundSettingsTest, WhatWasReadLastStaysWhileTheFileIsDamaged) {
     const QByteArray whole = "[BACKGROUND]\ndirectory=/images\nwidth=640\nviewangle=From the south\n";
     const struct {

@@ -105,6 +105,7 @@ inline constexpr Group HELP{Key::File::Main, "HELP", {}, Key::Use::Client};
 inline constexpr Group DIALOG{Key::File::Main, "DIALOG", {}, Key::Use::Client};
 inline constexpr Group BACKGROUND{Key::File::Background, "BACKGROUND"};
 inline constexpr Group PRODUCTS{Key::File::Background, "BACKGROUND", "products"};
+inline constexpr Group VIEWS{Key::File::Background, "BACKGROUND", "views"};
 inline constexpr Group COLOR_SCALE{Key::File::Colors, "COLORSCALE *"};
 inline constexpr Group SEAMS{Key::File::Colors, "COLORSCALE *", "points"};
 inline constexpr Group COLOR_SET{Key::File::Colors, "COLORSET *"};
@@ -176,6 +177,10 @@ inline constexpr auto ROWS = std::to_array<Key>({
                     "characters; all without it"),
     PRODUCTS.choice("product", "SRI", "SRI|PPI|VIL|MAX|(none)",
                     "2D product for one kind of 3D product, `(none)` to draw without"),
+    VIEWS.text("viewangle", "", "a further picture of every product: its view angle, as above where it is empty"),
+    VIEWS.text("displaystate", "", "its display state, likewise"),
+    VIEWS.whole("width", 0, 0.0, LARGEST_SIDE, "its size, pixels; 0 for that above"),
+    VIEWS.whole("height", 0, 0.0, LARGEST_SIDE, "likewise"),
 
     PRODUCT.choice("rendering", "surface", "surface|volume",
                    "with anything else the product is not drawn, with a warning"),

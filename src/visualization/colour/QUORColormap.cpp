@@ -123,7 +123,7 @@ QUORColormap recall(const QString& key, Read read) {
     static QMutex mutex;
     static QString known;
     static QHash<QString, QUORColormap> maps;
-    const QString stamp = QUORSettingsReader::makeStamp(COLORS_FILE);
+    const QString stamp = QUORColormap::makeStamp();
     const QMutexLocker lock(&mutex);
     if (stamp != known || maps.size() >= MAXIMUM) {
         known = stamp;
@@ -447,6 +447,10 @@ std::array<int, 3> QUORColormap::getColor(double value) const {
     std::array<double, 3> rgb{};
     _map->GetColor(value, rgb.data());
     return {int(rgb[0] * 255), int(rgb[1] * 255), int(rgb[2] * 255)};
+}
+
+QString QUORColormap::makeStamp() {
+    return QUORSettingsReader::makeStamp(COLORS_FILE);
 }
 
 vtkSmartPointer<vtkScalarBarActor> QUORColormap::makeBar(const QString& title, double x, double y,

@@ -77,6 +77,8 @@ public:
     /// The same for a bar that is there.
     void dressBar(vtkScalarBarActor& bar, const QString& title, double x, double y, double width,
                   double height) const;
+    /// Changes whenever a file that maps are read from does.
+    static QString makeStamp();
     /// Null until constructed.
     vtkColorTransferFunction* getMap() const;
 

@@ -116,6 +116,12 @@ void QUOREglRenderWindow::Render() {
     }
 }
 
+void QUOREglRenderWindow::Frame() {
+    if (this->UsingDisplayBuffer) {
+        this->Superclass::Frame();
+    }
+}
+
 void QUOREglRenderWindow::MakeCurrent() {
     if (this->Context == nullptr) {
         this->Initialize();

@@ -21,6 +21,9 @@ public:
     void Render() override;
     void MakeCurrent() override;
     bool IsCurrent() override;
+    /// Whether each drawing is copied to the display buffer too, for those who read that: on at first.
+    void SetUsingDisplayBuffer(bool used) { this->UsingDisplayBuffer = used; }
+    void Frame() override;
     /// 1 when a context stands or could be made.
     int SupportsOpenGL() override;
     /// 1 with a context: no display server stands between it and the driver.
@@ -41,4 +44,5 @@ private:
 
     void* Context = nullptr;
     bool Failed = false;
+    bool UsingDisplayBuffer = true;
 };

@@ -8,9 +8,12 @@
 #include "QUORDataFrame.h"
 #include "QUORFile.h"
 #include "QUORFileLeaf.h"
+#include "QUOREglRenderWindow.h"
 #include "QUORImageWriter.h"
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
+#include "QUORPictureQueue.h"
+#include "QUORPixelReader.h"
 #include "QUORRenderWindowFactory.h"
 #include "QUORRenderer.h"
 #include "QUORStopwatch.h"
@@ -23,7 +26,6 @@
 #include <vtkImageWriter.h>
 #include <vtkNew.h>
 #include <vtkOpenGLRenderWindow.h>
-#include <vtkWindowToImageFilter.h>
 
 #include <algorithm>
 #include <exception>
@@ -54,6 +56,7 @@ int findPreset(const QString& kind, const QStringList& names, const QString& nam
 QUOROffscreenVisualizer::QUOROffscreenVisualizer() {
     const QUORLogScope scope("QUOROffscreenVisualizer::QUOROffscreenVisualizer");
     _visualization = std::make_shared<QUORVisualization>(this);
+    _picture = vtkSmartPointer<vtkImageData>::New();
     QString error;
     if (!provideWindow(error)) {
         QUORLog::Instance().logError(QStringLiteral("No image can be rendered, OpenGL is not usable: ") +
@@ -227,6 +230,9 @@ bool QUOROffscreenVisualizer::provideWindow(QString& error) {
     if (_window == nullptr) {
         return false;
     }
+    if (auto* window = QUOREglRenderWindow::SafeDownCast(_window)) {
+        window->SetUsingDisplayBuffer(false); // the pixels are read where they are drawn
+    }
     _hardware = QUORRenderWindowFactory::isHardware(_window);
     _visualization->setHardware(_hardware);
     _windowDescription = QUORRenderWindowFactory::describe(_window);
@@ -281,25 +287,44 @@ void QUOROffscreenVisualizer::renderImage(QUORVisualization& visualization) {
         return;
     }
     QUORActivity::Instance().setOutcome(QUORActivity::Outcome::NotDrawn);
-    for (QUORPictureOrder& order : _orders) {
-        {
-            const QUORActivityStage stage(QUORActivity::Render);
-            prepareWindow(order);
-            if (!_rendered) {
-                prepareRenderer(visualization);
-            }
-            placeCamera(order);
-            logDebug(QStringLiteral("Rendering visualization.."));
-            _renderer->render();
-            _rendered = true;
+    if (_orders.size() == 1) {
+        drawPicture(visualization, _orders.front());
+        readPixels(_picture);
+        const QUORActivityStage stage(QUORActivity::Write);
+        QUORPictureQueue::write(_picture, _orders.front());
+    } else {
+        QUORPictureQueue queue;
+        for (QUORPictureOrder& order : _orders) {
+            drawPicture(visualization, order);
+            readPixels(queue.next());
+            queue.add(order);
         }
         const QUORActivityStage stage(QUORActivity::Write);
-        writeImage(order);
+        queue.finish();
     }
     const auto unwritten = std::ranges::find(_orders, false, &QUORPictureOrder::isWritten);
     QUORActivity::Instance().setOutcome(unwritten == _orders.end() ? QUORActivity::Outcome::Written
                                                                    : QUORActivity::Outcome::NotWritten,
                                         _orders.front().path);
+}
+
+void QUOROffscreenVisualizer::drawPicture(QUORVisualization& visualization, const QUORPictureOrder& order) {
+    const QUORActivityStage stage(QUORActivity::Render);
+    prepareWindow(order);
+    if (!_rendered) {
+        prepareRenderer(visualization);
+    }
+    placeCamera(order);
+    logDebug(QStringLiteral("Rendering visualization.."));
+    _renderer->render();
+    _rendered = true;
+}
+
+void QUOROffscreenVisualizer::readPixels(vtkImageData* picture) {
+    const QUORActivityStage stage(QUORActivity::Render);
+    const QUORStopwatch watch;
+    QUORPixelReader::read(_window, picture);
+    logDebug(QStringLiteral("..reading back took ") + watch.seconds() + QStringLiteral(" seconds."));
 }
 
 /// Without the echoes of its product an image would say that there are none; why they are missing, the
@@ -358,30 +383,4 @@ void QUOROffscreenVisualizer::placeCamera(const QUORPictureOrder& order) {
     QUORCameraInteractor* camera = _renderer->getCameraInteractor();
     camera->setView(viewAngle->getCameraPosition(), viewAngle->getCameraDirection());
     camera->applyCamera(false);
-}
-
-void QUOROffscreenVisualizer::writeImage(QUORPictureOrder& order) {
-    QUORImageWriter writer(order.path);
-    const QUORStopwatch watch;
-    bool written = writer.canOpen();
-    if (written) {
-        vtkNew<vtkWindowToImageFilter> reader;
-        reader->SetInput(_window);
-        reader->ReadFrontBufferOff();
-        reader->ShouldRerenderOff();
-        reader->Update();
-        logDebug(QStringLiteral("..reading back took ") + watch.seconds() + QStringLiteral(" seconds."));
-        const QUORStopwatch encoding;
-        written = writer.write(reader->GetOutput(), order.format);
-        logDebug(QStringLiteral("..writing took ") + encoding.seconds() + QStringLiteral(" seconds."));
-    }
-    if (!written) {
-        order.error = writer.getError();
-        QUORLog::Instance().logError(QStringLiteral("Writing output failed: ") + order.path +
-                                     QStringLiteral(": ") + order.error);
-        return;
-    }
-    logDebug(QStringLiteral("Wrote output file:"));
-    logDebug(order.path);
-    order.isWritten = true;
 }

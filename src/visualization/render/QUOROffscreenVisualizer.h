@@ -23,6 +23,7 @@ class QUORDataFrame;
 class QUORRenderer;
 class QUORVisualization;
 class vtkGenericRenderWindowInteractor;
+class vtkImageData;
 class vtkImageWriter;
 class vtkOpenGLRenderWindow;
 
@@ -89,7 +90,8 @@ private:
     void prepareWindow(const QUORPictureOrder& order);
     void prepareRenderer(QUORVisualization& visualization);
     void placeCamera(const QUORPictureOrder& order);
-    void writeImage(QUORPictureOrder& order);
+    void drawPicture(QUORVisualization& visualization, const QUORPictureOrder& order);
+    void readPixels(vtkImageData* picture);
     void logFailure(const QString& reason);
 
     std::mutex _gateMutex;
@@ -108,6 +110,8 @@ private:
     vtkSmartPointer<vtkOpenGLRenderWindow> _window;
     vtkSmartPointer<vtkGenericRenderWindowInteractor> _interactor;
     std::unique_ptr<QUORRenderer> _renderer;
+    /// Keeps its memory from one picture to the next.
+    vtkSmartPointer<vtkImageData> _picture;
     bool _hardware = false;
     QString _windowDescription;
 };

@@ -22,6 +22,8 @@ struct QUORPictureOrder {
     QString path;
     /// The name of a view angle preset.
     QString viewAngle;
+    /// The name of a display state preset, for whoever applies it before the scene is built.
+    QString displayState;
     std::optional<Angles> angles;
     /// Pixels.
     int width = 0;

@@ -268,11 +268,22 @@ void QUORRenderer::setInfoData(const std::shared_ptr<const QUORDataFrame>& dataF
     }
     const QUORColormap colormap(dataFrame->getProductSettings()->getColorMapName(),
                                 dataFrame->getData3d()->getFile()->getDataType(), QUORColormap::Display);
-    _colorBar = QUORColorBar::make(colormap);
-    _colorScaleRenderer->RemoveAllViewProps();
-    _colorScaleRenderer->AddViewProp(_colorBar);
+    updateColorBar(*dataFrame, colormap);
     makeLegendDetails(*dataFrame, *settings, colormap);
     updateSceneHeights(*dataFrame, settings->getVerticalScale());
+}
+
+/// Its letters and swatches cost more than most of a scene.
+void QUORRenderer::updateColorBar(const QUORDataFrame& frame, const QUORColormap& colormap) {
+    const QString name = frame.getProductSettings()->getColorMapName();
+    const int type = frame.getData3d()->getFile()->getRawType();
+    const QStringList key{name, QString::number(type), QUORColormap::makeStamp()};
+    if (_colorBar == nullptr || key != _colorBarKey) {
+        _colorBar = QUORColorBar::make(colormap);
+        _colorBarKey = key;
+    }
+    _colorScaleRenderer->RemoveAllViewProps();
+    _colorScaleRenderer->AddViewProp(_colorBar);
 }
 
 void QUORRenderer::makeLegendDetails(const QUORDataFrame& frame, const QUORGeneralSettings& settings,

@@ -113,6 +113,7 @@ private:
     void setShown(vtkProp* prop, bool shown);
     void makeLegendDetails(const QUORDataFrame& frame, const QUORGeneralSettings& settings,
                            const QUORColormap& colormap);
+    void updateColorBar(const QUORDataFrame& frame, const QUORColormap& colormap);
     void updateSceneHeights(const QUORDataFrame& frame, double verticalScale);
     void observeDrawing(unsigned long event, void (QUORRenderer::*handler)());
     void onDrawingStarts();
@@ -139,6 +140,8 @@ private:
     std::unique_ptr<QUORLabelLayout> _labels;
     vtkSmartPointer<vtkRenderer> _colorScaleRenderer;
     vtkSmartPointer<vtkScalarBarActor> _colorBar;
+    /// What the bar was made of.
+    QStringList _colorBarKey;
     vtkSmartPointer<vtkSphereSource> _siteSphere;
     vtkSmartPointer<vtkActor> _siteMarker;
     QUORStyleGroup _style;

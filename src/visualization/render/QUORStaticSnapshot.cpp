@@ -95,10 +95,11 @@ void addView(QDataStream& key, vtkRenderer* renderer) {
     }
 }
 
-/// Everything that the renderer's pixels depend on but the window's size; empty when it draws nothing.
-QByteArray makeKey(vtkRenderer* renderer) {
+/// Everything that the renderer's pixels depend on; empty when it draws nothing.
+QByteArray makeKey(vtkRenderer* renderer, const std::array<int, 2>& size) {
     QByteArray bytes;
     QDataStream key(&bytes, QIODevice::WriteOnly);
+    key << size[0] << size[1];
     bool any = false;
     vtkCollectionSimpleIterator position;
     renderer->GetViewProps()->InitTraversal(position);
@@ -132,12 +133,9 @@ vtkOpenGLRenderWindow* QUORStaticSnapshot::window() const {
 }
 
 void QUORStaticSnapshot::prepare() {
-    _wantedKey = makeKey(_statics);
     const int* size = window()->GetSize();
-    if (size[0] != _size[0] || size[1] != _size[1]) {
-        drop();
-        _size = {size[0], size[1]};
-    }
+    _size = {size[0], size[1]};
+    _wantedKey = makeKey(_statics, _size);
     const auto found =
         std::find_if(_kept.begin(), _kept.end(), [this](const Copy& copy) { return copy.key == _wantedKey; });
     if (found != _kept.end()) {
@@ -164,8 +162,12 @@ void QUORStaticSnapshot::onRestStarts() {
     }
     if (auto buffers = takeFramebuffer()) {
         copy(window()->GetRenderFramebuffer(), buffers);
-        _kept.insert(_kept.begin(), {_wantedKey, buffers});
+        _kept.insert(_kept.begin(), {_wantedKey, _size, buffers});
     }
+}
+
+std::size_t QUORStaticSnapshot::Copy::bytes() const {
+    return std::size_t(size[0]) * std::size_t(size[1]) * BYTES_PER_PIXEL;
 }
 
 void QUORStaticSnapshot::keepAtMost(std::size_t count) {
@@ -178,14 +180,19 @@ void QUORStaticSnapshot::keepAtMost(std::size_t count) {
 }
 
 vtkSmartPointer<vtkOpenGLFramebufferObject> QUORStaticSnapshot::takeFramebuffer() {
-    const std::size_t bytes = std::max<std::size_t>(1, std::size_t(_size[0]) * _size[1] * BYTES_PER_PIXEL);
-    const std::size_t most = std::clamp<std::size_t>(MOST_BYTES / bytes, 1, MOST_COPIES);
-    if (_kept.size() >= most) {
-        vtkSmartPointer<vtkOpenGLFramebufferObject> oldest = _kept[most - 1].buffers;
+    std::size_t bytes = Copy{{}, _size, nullptr}.bytes();
+    std::size_t most = 0;
+    while (most < _kept.size() && most + 1 < MOST_COPIES && bytes + _kept[most].bytes() <= MOST_BYTES) {
+        bytes += _kept[most].bytes();
+        ++most;
+    }
+    if (most < _kept.size() && _kept[most].size == _size) {
+        vtkSmartPointer<vtkOpenGLFramebufferObject> oldest = _kept[most].buffers;
+        _kept.erase(_kept.begin() + std::ptrdiff_t(most));
         keepAtMost(most);
-        _kept.pop_back();
         return oldest;
     }
+    keepAtMost(most);
     auto buffers = vtkSmartPointer<vtkOpenGLFramebufferObject>::New();
     buffers->SetContext(window());
     vtkOpenGLState* state = window()->GetState();

@@ -19,7 +19,7 @@ class vtkRenderer;
 /// framebuffer of our own; while nothing changes that its pixels depend on (geometry, textures, places,
 /// camera with its near and far plane, lights, background, window size), later images copy them back and
 /// leave the first renderer out. The pixels are those of a full drawing. A few copies are kept, the last
-/// used ones, so that sites which take turns all find theirs; their memory is bounded.
+/// used ones, so that sites and views which take turns all find theirs; their memory is bounded.
 ///
 /// Owned by whoever owns the renderers; the window must have its last render behind it when this dies.
 /// Main thread only. Without multisampling, which a copy of depth would not survive.
@@ -40,13 +40,16 @@ public:
 private:
     struct Copy {
         QByteArray key;
+        std::array<int, 2> size{};
         vtkSmartPointer<vtkOpenGLFramebufferObject> buffers;
+
+        std::size_t bytes() const;
     };
 
     void onRestStarts();
     vtkOpenGLRenderWindow* window() const;
     void keepAtMost(std::size_t count);
-    /// Null when the window can give none; the oldest copy's when there are enough.
+    /// Null when the window can give none. Gives up the oldest copies where there are enough.
     vtkSmartPointer<vtkOpenGLFramebufferObject> takeFramebuffer();
     void copy(vtkOpenGLFramebufferObject* from, vtkOpenGLFramebufferObject* to);
 

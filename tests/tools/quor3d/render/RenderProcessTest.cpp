@@ -107,6 +107,39 @@ TEST_F(RenderProcess, DrawsThePictureOfTheServiceAndLeavesTheSettingsAlone) {
     EXPECT_EQ(drawn("tmp"), QStringList{});
 }
 
+TEST_F(RenderProcess, TheServiceDrawsFurtherViewsAsEachAlone) {
+    if (const Ran ran = render({storm, "-o", "hand/"}); cannotDraw(ran)) {
+        GTEST_SKIP() << qPrintable(ran.error);
+    }
+    const QString name = drawn("hand").value(0).chopped(4);
+    QFile::remove(storm);
+    home.write("bg.conf", folders.backgroundSettings("viewangle=South\nviews\\size=5\n"
+                                                     "views\\1\\viewangle=Default\n"
+                                                     "views\\2\\displaystate=Data\n"
+                                                     "views\\3\\width=90\nviews\\3\\height=70\n"
+                                                     "views\\4\\viewangle=South\n"
+                                                     "views\\5\\viewangle=Default\n"
+                                                     "views\\5\\displaystate=Data\n"));
+    const struct {
+        QString suffix;
+        QStringList options;
+    } rows[] = {{"", {"--view", "South", "--state", "Default"}},
+                {"_Default", {"--view", "Default", "--state", "Default"}},
+                {"_Data", {"--view", "South", "--state", "Data"}},
+                {"_90x70", {"--view", "South", "--state", "Default", "--size", "90x70"}},
+                {"_Default_Data", {"--view", "Default", "--state", "Data"}}};
+    ASSERT_TRUE(home.startDaemon({"--loglevel=3"}));
+    ASSERT_TRUE(home.waitForLog("GOING TO SLEEP"));
+    folders.drop(ServiceFolders::storm());
+    ASSERT_TRUE(home.waitForLog("File visualized in "));
+    EXPECT_EQ(QDir(folders.path("out")).entryList(QDir::Files).size(), std::ssize(rows));
+    for (const auto& row : rows) {
+        ASSERT_EQ(render(QStringList{storm, "-o", "one.png"} + row.options).status, 0);
+        EXPECT_EQ(readFile(folders.path("out/" + name + row.suffix + ".png")), home.read("one.png"))
+            << qPrintable(row.suffix);
+    }
+}
+
 TEST_F(RenderProcess, DrawsEveryCombinationFromOneSceneAsEachAlone) {
     const QStringList both{"--view", "South", "--view", "Default", "--state", "Data", "--state", "Default"};
     const Ran ran = render(QStringList{storm, "-o", "all", "--report", "report"} + both);
