@@ -281,9 +281,9 @@ void QUORRenderer::updateColorBar(const QUORDataFrame& frame, const QUORColormap
     if (_colorBar == nullptr || key != _colorBarKey) {
         _colorBar = QUORColorBar::make(colormap);
         _colorBarKey = key;
+        _colorScaleRenderer->RemoveAllViewProps();
+        _colorScaleRenderer->AddViewProp(_colorBar);
     }
-    _colorScaleRenderer->RemoveAllViewProps();
-    _colorScaleRenderer->AddViewProp(_colorBar);
 }
 
 void QUORRenderer::makeLegendDetails(const QUORDataFrame& frame, const QUORGeneralSettings& settings,
@@ -332,7 +332,6 @@ void QUORRenderer::setVisualization(const QUORVisualizationPipelineItem::Ptr& it
     _currentVisualization = item;
     QUOR_ASSERT(_currentVisualization);
     QUOR_ASSERT(_currentVisualization->getResults());
-    _colorScaleRenderer->RemoveAllViewProps();
     _parts->show(item->getResultParts(), _window);
     _coarseTerrain->hide();
     placeSiteMarker();
@@ -351,9 +350,6 @@ void QUORRenderer::setVisualization(const QUORVisualizationPipelineItem::Ptr& it
     if (_colorBarOn) {
         if (!_window->HasRenderer(_colorScaleRenderer)) {
             _window->AddRenderer(_colorScaleRenderer);
-        }
-        if (_colorBar != nullptr) {
-            _colorScaleRenderer->AddViewProp(_colorBar);
         }
     } else {
         _window->RemoveRenderer(_colorScaleRenderer);
