@@ -199,7 +199,7 @@ void QUORBackgroundSettings::read(QSettings& settings) {
 /// An array comes from one file: the packaged one counts where this one has none.
 void QUORBackgroundSettings::readViews(QUORSettingsReader& reader) {
     using namespace QUORSettingsTable;
-    if (!reader.settings().contains(VIEW_ARRAY + QStringLiteral("/size"))) {
+    if (!reader.contains(VIEW_ARRAY + QStringLiteral("/size"))) {
         return;
     }
     _furtherViews.clear();
