@@ -66,7 +66,7 @@ public:
             }
         }
         if (_items.empty()) {
-            throw QUORImportError(QStringLiteral("nothing in it of what was asked for"));
+            throw QUORRequestError(QStringLiteral("nothing in it of what was asked for"));
         }
         for (const Item& item : _items) {
             _result.products.push_back(item.report);

@@ -134,3 +134,8 @@ NetcdfMaker& NetcdfMaker::of(const char* name, const char* value) {
     check(nc_put_att_text(_group, _variable, name, std::string(value).size(), value));
     return *this;
 }
+
+NetcdfMaker& NetcdfMaker::ofShort(const char* name, short value) {
+    check(nc_put_att_short(_group, _variable, name, NC_SHORT, 1, &value));
+    return *this;
+}

@@ -40,6 +40,7 @@ public:
     /// An attribute of the variable made, or named, last.
     NetcdfMaker& of(const char* name, double value);
     NetcdfMaker& of(const char* name, const char* value);
+    NetcdfMaker& ofShort(const char* name, short value);
 
 private:
     int group(const std::string& path);

@@ -23,10 +23,13 @@ protected:
     void start() {
         watch = std::make_unique<QUORImportWatch>(
             in(), folder.filePath("out/record"), 600,
-            QUORImportWatch::Timing{.settle = zero, .quiet = quiet, .again = zero},
+            QUORImportWatch::Timing{.settle = zero, .quiet = quiet, .again = zero, .reading = limits},
             [this](const QUORRadarData&, const QStringList& files) {
                 if (diskFull) {
                     throw QUORWriteError(QStringLiteral("disk full"));
+                }
+                if (askedTooMuch) {
+                    throw QUORRequestError(QStringLiteral("too fine"));
                 }
                 imported.append(files.join(QLatin1Char('+')));
             },
@@ -49,6 +52,8 @@ protected:
     QTemporaryDir folder;
     std::chrono::milliseconds quiet{0};
     bool diskFull = false;
+    bool askedTooMuch = false;
+    QUORReaderProcess::Limits limits;
     QStringList imported;
     QStringList reported;
     std::unique_ptr<QUORImportWatch> watch;
@@ -113,6 +118,65 @@ TEST_F(QUORImportWatchTest, JoinsSweepsAndTriesAgainWhatCouldNotBeWritten) {
     diskFull = false;
     EXPECT_EQ(look(), QStringList("s1+s2"));
     EXPECT_FALSE(watch->isWaiting());
+}
+
+TEST_F(QUORImportWatchTest, KnowsPiecesThatWereRenamedWhileTheyWaited) {
+    look();
+    quiet = std::chrono::hours(1);
+    start();
+    RadarFiles::writeOdimScan(path("s1"), 0.5, "DBZH", 0);
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_TRUE(QFile::copy(path("s1"), path("copy")));
+    EXPECT_EQ(look(), QStringList()); // of a content that waits: must not count as imported
+    EXPECT_TRUE(QFile::remove(path("copy")));
+    quiet = zero;
+    diskFull = true;
+    start();
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_TRUE(QFile::rename(path("s1"), path("renamed")));
+    EXPECT_EQ(look(), QStringList());
+    diskFull = false;
+    EXPECT_EQ(look(), QStringList("s1"));
+    reported.clear();
+    start();
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_EQ(reported, QStringList());
+}
+
+TEST_F(QUORImportWatchTest, TakesTheFirstFilesOfAFolderThatComesLater) {
+    QDir(in()).removeRecursively();
+    start();
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_EQ(reported.size(), 1);
+    QDir().mkpath(in());
+    writeFile(path("first"), volume);
+    EXPECT_EQ(look(), QStringList("first"));
+}
+
+TEST_F(QUORImportWatchTest, TriesOnceWhatEndsTheReader) {
+    look();
+    limits.wall = zero;
+    start();
+    writeFile(path("slow"), volume);
+    EXPECT_EQ(look(1), QStringList());
+    ASSERT_EQ(reported.size(), 1);
+    EXPECT_TRUE(reported[0].startsWith("slow: reading it took longer"));
+    EXPECT_FALSE(watch->isWaiting());
+}
+
+TEST_F(QUORImportWatchTest, RecordsNeitherWhatOptionsRefuseNorCutOffLines) {
+    look();
+    askedTooMuch = true;
+    writeFile(path("a"), volume);
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_EQ(reported, QStringList("a: too fine"));
+    askedTooMuch = false;
+    const QString record = folder.filePath("out/record");
+    writeFile(record, readFile(record) + "0123\t12"); // the power went
+    start();
+    EXPECT_EQ(look(), QStringList("a"));
+    start();
+    EXPECT_EQ(look(), QStringList());
 }
 
 TEST_F(QUORImportWatchTest, HearsOfFilesThatAreComplete) {

@@ -190,6 +190,18 @@ TEST_F(QUORImporterTest, KeepsEvenGridsAndResamplesOthers) {
     EXPECT_TRUE(result.warnings.isEmpty());
     EXPECT_TRUE(pathOf(result, "PPI", "Z").isEmpty());
 
+    options.grid.height = 1500.0; // the file's plane and steps stay
+    result = QUORImporter(options).plan(kept);
+    EXPECT_EQ(result.shape.points, (std::array{4, 3, 4}));
+    EXPECT_EQ(result.shape.steps, (std::array{1000.0, 2000.0, 500.0}));
+    EXPECT_EQ(result.shape.radar[0], 1.0);
+    options.grid = {};
+    options.grid.range = 4000.0; // the file's levels stay
+    result = QUORImporter(options).plan(kept);
+    EXPECT_EQ(result.shape.points, (std::array{8, 4, 3}));
+    EXPECT_EQ(result.shape.steps, (std::array{1000.0, 2000.0, 500.0}));
+    options.grid = {};
+
     QUORRadarData uneven = kept;
     uneven.grid->x = {-1000.0, 0.0, 500.0, 2000.0};
     uneven.grid->z = {450.0, 950.0};

@@ -126,6 +126,35 @@ TEST_F(QUORRadarReaderTest, KnowsUnitsHoweverTheyAreWritten) {
     }
 }
 
+TEST_F(QUORRadarReaderTest, TellsLimitsOfPackedFromLimitsOfUnpackedValues) {
+    const struct {
+        double lowest;
+        double highest;
+        bool isShort; ///< as the packed values, which are 10 dBZ + 0.1 dBZ * code
+        bool isKept;
+    } rows[] = {{-30.0, 75.0, false, true},
+                {-30.0, 25.0, false, false},
+                {-400.0, 650.0, true, true},
+                {-400.0, 150.0, true, false}};
+    for (const auto& row : rows) {
+        RadarFiles::writeGrid(path("file"), [&row](NetcdfMaker& f) {
+            f.shorts("", "DBZH", {{"time", 1}, {"z", 2}, {"y", 3}, {"x", 4}}, std::vector<short>(24, 300));
+            f.of("scale_factor", 0.1).of("add_offset", 10.0).of("units", "dBZ");
+            if (row.isShort) {
+                f.ofShort("valid_min", short(row.lowest)).ofShort("valid_max", short(row.highest));
+            } else {
+                f.of("valid_min", row.lowest).of("valid_max", row.highest);
+            }
+            f.variable("DT").of("units", "K"); // not the one that is looked at
+        });
+        const float value = read(path("file")).grid->fields.front().values[0];
+        EXPECT_EQ(QUORRadarValue::isNoData(value), !row.isKept) << row.lowest << ' ' << row.highest;
+        if (row.isKept) {
+            EXPECT_NEAR(value, 40.0, 1e-4);
+        }
+    }
+}
+
 TEST_F(QUORRadarReaderTest, ReadsLevelTwoPackedAndUnpacked) {
     const Level2Writer writer = RadarFiles::makeLevel2();
     for (const bool packed : {true, false}) {

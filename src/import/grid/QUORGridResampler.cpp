@@ -66,7 +66,8 @@ QUORGridResampler::QUORGridResampler(const QUORRadarData& data, const QUORGridRe
     if (_grid.z.size() < 2) {
         throw QUORImportError(QStringLiteral("a single level: no volume"));
     }
-    if (!request.isEmpty() && _grid.projection.isEmpty()) {
+    const bool isWhole = request.points || request.steps;
+    if (isWhole && _grid.projection.isEmpty()) {
         _shape = request.choose(data);
     } else {
         if (_grid.projection.isEmpty()) {
@@ -80,13 +81,29 @@ QUORGridResampler::QUORGridResampler(const QUORRadarData& data, const QUORGridRe
             const double range =
                 std::max(_shape.points[0] * _shape.steps[0], _shape.points[1] * _shape.steps[1]) / 2.0;
             rest.range = request.range.value_or(range);
-            _shape = rest.choose(data);
+            if (!isWhole) {
+                rest.steps = _shape.steps;
+            }
+            replace(rest.choose(data), isWhole || request.range, isWhole || request.height);
         }
     }
     if (const char* reason = _shape.error(); *reason != '\0') {
         throw QUORImportError(QString::fromLatin1(reason));
     }
     findColumns();
+}
+
+/// What was asked for of the file's own grid.
+void QUORGridResampler::replace(const QUORGridShape& asked, bool plane, bool levels) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        if (axis == 2 ? levels : plane) {
+            _shape.points[axis] = asked.points[axis];
+            _shape.steps[axis] = asked.steps[axis];
+        }
+    }
+    if (plane) {
+        _shape.radar = asked.radar;
+    }
 }
 
 void QUORGridResampler::keepPlane() {

@@ -33,6 +33,7 @@ private:
         double weight;
     };
 
+    void replace(const QUORGridShape& asked, bool plane, bool levels);
     void keepPlane();
     void coverPlane();
     void chooseLevels();

@@ -101,7 +101,7 @@ QUORGridShape QUORGridRequest::choose(const QUORRadarData& data) const {
     }
     shape.centre();
     if (const char* reason = shape.error(); *reason != '\0') {
-        throw QUORImportError(QString::fromLatin1(reason));
+        throw QUORRequestError(QString::fromLatin1(reason));
     }
     return shape;
 }

@@ -166,7 +166,7 @@ QUORRadarData QUORReaderProcess::read(const QString& path) const {
     }
     int status = 0;
     if (!awaitEnd(child, _limits.wall, status)) {
-        throw QUORImportError(
+        throw QUORReadingEnded(
             QStringLiteral("reading it took longer than %1 s").arg(_limits.wall.count() / 1000));
     }
     QFile in;
@@ -178,7 +178,7 @@ QUORRadarData QUORReaderProcess::read(const QString& path) const {
         throw QUORImportError(firstLine(in.readAll()));
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != DataFollow) {
-        throw QUORImportError(fateOf(status, _limits));
+        throw QUORReadingEnded(fateOf(status, _limits));
     }
     std::optional<QUORRadarData> data = QUORRadarDataStream::read(in);
     if (!data) {

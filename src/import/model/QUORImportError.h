@@ -14,6 +14,18 @@ public:
     QString getReason() const { return QString::fromUtf8(what()); }
 };
 
+/// Reading took more time or memory than it may, or crashed: so it will as long as the file is the same.
+class QUORReadingEnded : public QUORImportError {
+public:
+    using QUORImportError::QUORImportError;
+};
+
+/// The data are good, but do not give what the user asks for.
+class QUORRequestError : public QUORImportError {
+public:
+    using QUORImportError::QUORImportError;
+};
+
 /// The data are good, but a product could not be written: it may succeed later.
 class QUORWriteError : public QUORImportError {
 public:

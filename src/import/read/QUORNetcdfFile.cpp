@@ -55,6 +55,11 @@ std::optional<double> QUORNetcdfAttributes::number(const char* name) const {
     return good ? std::optional(value) : std::nullopt;
 }
 
+bool QUORNetcdfAttributes::isFloating(const char* name) const {
+    nc_type type = NC_NAT;
+    return nc_inq_atttype(_id, _variable, name, &type) == NC_NOERR && (type == NC_FLOAT || type == NC_DOUBLE);
+}
+
 QString QUORNetcdfAttributes::text(const char* name) const {
     nc_type type = NC_NAT;
     std::size_t length = 0;
@@ -218,8 +223,15 @@ std::vector<float> QUORNetcdfVariable::readValues() const {
         const double lowest = number("valid_min").value_or(-HUGE_VAL);
         range = {lowest, number("valid_max").value_or(HUGE_VAL)};
     }
-    const float lowest = asRead(range[0]);
-    const float highest = asRead(range[1]);
+    // By the convention limits of a wider type than the packed values' are limits of the unpacked ones.
+    const bool isOfUnpacked =
+        getStep() > 0.0 && (isFloating("valid_range") || isFloating("valid_min") || isFloating("valid_max"));
+    const float lowest = isOfUnpacked ? float(range[0]) : asRead(range[0]);
+    const float highest = isOfUnpacked ? float(range[1]) : asRead(range[1]);
+    const auto isInvalid = [&](float value) {
+        const float compared = isOfUnpacked ? value * scale + offset : value;
+        return lowest < highest && (compared < lowest || compared > highest);
+    };
     for (float& value : values) {
         if (wraps && value < 0.0F) {
             value += turn;
@@ -227,8 +239,8 @@ std::vector<float> QUORNetcdfVariable::readValues() const {
         if (undetect && value == asRead(*undetect)) {
             value = QUORRadarValue::NO_ECHO;
         } else if (!std::isfinite(value) ||
-                   std::find(missing.begin(), missing.end(), value) != missing.end() ||
-                   (lowest < highest && (value < lowest || value > highest)) || std::abs(value) > 9e36F) {
+                   std::find(missing.begin(), missing.end(), value) != missing.end() || isInvalid(value) ||
+                   std::abs(value) > 9e36F) {
             value = QUORRadarValue::NO_DATA;
         } else {
             value = value * scale + offset;

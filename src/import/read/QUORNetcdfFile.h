@@ -14,6 +14,8 @@ public:
     /// The first value of a numeric attribute, also a number written as text.
     std::optional<double> number(const char* name) const;
     std::vector<double> numbers(const char* name) const;
+    /// Whether it is there and of a floating-point type.
+    bool isFloating(const char* name) const;
     /// Empty when absent.
     QString text(const char* name) const;
 

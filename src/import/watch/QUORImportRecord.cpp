@@ -37,6 +37,7 @@ QUORImportRecord::QUORImportRecord(const QString& path) : _path(path), _isNew(!Q
         return;
     }
     QList<QByteArray> lines = file.readAll().split('\n');
+    _isCutOff = !lines.last().isEmpty();
     if (lines.size() > MOST_LINES) {
         lines = lines.mid(lines.size() - MOST_LINES / 2);
         QUORFilePublisher publisher(path);
@@ -81,8 +82,11 @@ QString QUORImportRecord::add(const QString& name, const Stamp& stamp, const QBy
 QString QUORImportRecord::append(const QByteArray& lines) {
     QDir().mkpath(QFileInfo(_path).path());
     QFile file(_path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered) ||
-        file.write(lines) != lines.size()) {
+    const QByteArray bytes = (_isCutOff ? QByteArray("\n") : QByteArray()) + lines;
+    const bool isOpen = file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
+    const qint64 written = isOpen ? file.write(bytes) : -1;
+    _isCutOff = written == bytes.size() ? false : (_isCutOff || written > 0);
+    if (written != bytes.size()) {
         return QStringLiteral("cannot keep a record in ") + _path + QStringLiteral(": ") + file.errorString();
     }
     return {};

@@ -39,6 +39,7 @@ private:
 
     QString _path;
     bool _isNew;
+    bool _isCutOff = false; ///< the last line has no end
     QHash<QString, Stamp> _files;
     QSet<QByteArray> _digests;
 };

@@ -4,6 +4,8 @@
 #include "QUORDirectoryListing.h"
 #include "QUORImportError.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 namespace {
@@ -20,11 +22,15 @@ QUORImportWatch::QUORImportWatch(const QString& folder, const QString& recordPat
       _timing(timing),
       _import(std::move(import)),
       _report(std::move(report)),
+      _reader(timing.reading),
       _isFirst(_record.isNew()) {}
 
 void QUORImportWatch::look(const QSet<QString>& closed) {
     const QUORDirectoryListing listing(_folder);
     if (!listing.isComplete()) {
+        if (listing.getError() == ENOENT) {
+            begin(); // what is in it when it comes is new
+        }
         if (!_listingFailed) {
             _report({_folder}, QString::fromLocal8Bit(std::strerror(listing.getError())));
         }
@@ -72,17 +78,15 @@ void QUORImportWatch::begin() {
 QUORImportWatch::File QUORImportWatch::enter(const QString& name, const QUORImportRecord::Stamp& stamp) {
     for (const File& other : std::as_const(_files)) {
         if (other.stamp == stamp && other.state != State::Growing) {
-            if (other.state == State::Taken && !_pending.contains(other.digest)) {
-                _record.add(name, stamp, other.digest);
+            if (other.state == State::Taken && !isPending(other.digest)) {
+                record(name, stamp, other.digest);
             }
             return other; // renamed
         }
     }
     File file{stamp, State::Growing, Clock::now(), 0, {}};
     if (_isFirst) {
-        if (const QString error = _record.add(name, stamp, {}); !error.isEmpty()) {
-            _report({name}, error);
-        }
+        record(name, stamp, {});
         file.state = State::Taken;
     } else if (_record.hasFile(name, stamp)) {
         file.state = State::Taken;
@@ -92,10 +96,13 @@ QUORImportWatch::File QUORImportWatch::enter(const QString& name, const QUORImpo
 
 void QUORImportWatch::attempt(const QString& name, File& file) {
     file.digest = QUORImportRecord::digestOf(pathOf(name));
-    if (_record.hasContent(file.digest) || _pending.contains(file.digest)) {
+    const bool isDone = _record.hasContent(file.digest);
+    if (isDone || isPending(file.digest)) {
         file.state = State::Taken;
         _report({name}, QStringLiteral("not imported again: its content has been imported already"));
-        _record.add(name, file.stamp, file.digest);
+        if (isDone) {
+            record(name, file.stamp, file.digest);
+        }
         return;
     }
     try {
@@ -103,9 +110,12 @@ void QUORImportWatch::attempt(const QString& name, File& file) {
         if (QUORImportRecord::stampOf(pathOf(name)) != file.stamp) {
             return; // it has changed meanwhile, which the next listing shows
         }
-        _pending.insert(file.digest);
+        _pending.push_back({name, file.stamp, file.digest});
         file.state = State::Taken;
         _joiner.add(std::move(data), name);
+    } catch (const QUORReadingEnded& error) {
+        file.attempts = MOST_ATTEMPTS; // it costs too much to be tried again as it is
+        fail(name, file, error.getReason());
     } catch (const QUORImportError& error) {
         fail(name, file, error.getReason());
     }
@@ -147,22 +157,46 @@ bool QUORImportWatch::importVolume(const QUORVolumeJoiner::Volume& volume, bool 
             _report(volume.files, error.getReason());
         }
         return false;
+    } catch (const QUORRequestError& error) {
+        // Another start may ask for something else.
+        _report(volume.files, error.getReason());
+        forget(volume.files, false);
+        return true;
     } catch (const QUORImportError& error) {
         _report(volume.files, error.getReason());
     }
-    remember(volume.files);
+    forget(volume.files, true);
     return true;
 }
 
-void QUORImportWatch::remember(const QStringList& names) {
+/// Files wait no longer; what is done is not taken again, also under the name that it has now.
+void QUORImportWatch::forget(const QStringList& names, bool isDone) {
     for (const QString& name : names) {
-        const auto file = _files.constFind(name);
-        if (file == _files.constEnd()) {
-            continue; // deleted or renamed while it waited
+        const auto pending = std::find_if(_pending.begin(), _pending.end(),
+                                          [&](const Pending& other) { return other.name == name; });
+        if (pending == _pending.end()) {
+            continue;
         }
-        _pending.remove(file->digest);
-        if (const QString error = _record.add(name, file->stamp, file->digest); !error.isEmpty()) {
-            _report({name}, error);
+        if (isDone) {
+            record(name, pending->stamp, pending->digest);
         }
+        for (auto file = _files.cbegin(); isDone && file != _files.cend(); ++file) {
+            if (file.key() != name && file->digest == pending->digest) {
+                record(file.key(), file->stamp, file->digest);
+            }
+        }
+        _pending.erase(pending);
     }
+}
+
+void QUORImportWatch::record(const QString& name, const QUORImportRecord::Stamp& stamp,
+                             const QByteArray& digest) {
+    if (const QString error = _record.add(name, stamp, digest); !error.isEmpty()) {
+        _report({name}, error);
+    }
+}
+
+bool QUORImportWatch::isPending(const QByteArray& digest) const {
+    return std::any_of(_pending.begin(), _pending.end(),
+                       [&](const Pending& pending) { return pending.digest == digest; });
 }

@@ -26,6 +26,8 @@ public:
         std::chrono::milliseconds quiet{60000};
         /// What could not be written is tried again.
         std::chrono::milliseconds again{60000};
+        /// Of one attempt to read a file.
+        QUORReaderProcess::Limits reading{};
     };
     /// Makes products; throws a QUORImportError.
     using Import = std::function<void(const QUORRadarData& data, const QStringList& files)>;
@@ -53,6 +55,12 @@ private:
         int attempts = 0;        ///< that failed since it last changed
         QByteArray digest;
     };
+    /// A file that waits for the rest of its volume, as it was read; it may have another name meanwhile.
+    struct Pending {
+        QString name;
+        QUORImportRecord::Stamp stamp;
+        QByteArray digest;
+    };
     struct Unwritten {
         QUORVolumeJoiner::Volume volume;
         Clock::time_point since;
@@ -65,7 +73,9 @@ private:
     void fail(const QString& name, File& file, const QString& reason);
     void importComplete();
     bool importVolume(const QUORVolumeJoiner::Volume& volume, bool isFirst);
-    void remember(const QStringList& names);
+    void forget(const QStringList& names, bool isDone);
+    void record(const QString& name, const QUORImportRecord::Stamp& stamp, const QByteArray& digest);
+    bool isPending(const QByteArray& digest) const;
     QString pathOf(const QString& name) const { return _folder + QLatin1Char('/') + name; }
 
     QString _folder;
@@ -76,7 +86,7 @@ private:
     Report _report;
     QUORReaderProcess _reader;
     QHash<QString, File> _files;
-    QSet<QByteArray> _pending; ///< contents that wait for the rest of their volume
+    std::list<Pending> _pending;
     std::list<Unwritten> _unwritten;
     bool _isFirst;
     bool _hasBegun = false;

@@ -113,7 +113,18 @@ void ImportCommand::addGridOptions(CLI::App& app) {
            "--grid",
            [this](const std::string& text) {
                const auto points = numbers<3>("--grid", text, QLatin1Char('x'));
-               _options.grid.points = {int(points[0]), int(points[1]), int(points[2])};
+               QUORGridShape shape;
+               shape.steps = {1000.0, 1000.0, 1000.0};
+               for (std::size_t axis = 0; axis < 3; ++axis) {
+                   shape.points[axis] = int(points[axis]);
+                   if (points[axis] != shape.points[axis]) {
+                       refuse("--grid", "\"" + text + "\" is not whole numbers");
+                   }
+               }
+               if (const char* reason = shape.error(); *reason != '\0') {
+                   refuse("--grid", reason);
+               }
+               _options.grid.points = shape.points;
            },
            "Points east, north and up, such as 240x240x24")
         ->type_name("XxYxZ");
