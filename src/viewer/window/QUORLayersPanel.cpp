@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QUORLayersPanel.h"
 
-#include "QUORSceneView.h"
-
 #include <QHeaderView>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -28,9 +26,9 @@ QUORLayersPanel::QUORLayersPanel(QWidget* parent) : QWidget(parent), _tree(new Q
     layout->addWidget(_tree);
     const QUORDisplayState state;
     for (const QUORDisplayGroup::Ptr& group : state.getMembers()) {
-        QTreeWidgetItem* const parentItem = addRow(nullptr, group->getKey(), true);
+        QTreeWidgetItem* const parentItem = addRow(nullptr, group->getKey());
         for (const QUORDisplayLayer::Ptr& layer : group->getMembers()) {
-            addRow(parentItem, layer->getKey(), QUORSceneView::canBeTranslucent(layer->getKey()));
+            addRow(parentItem, layer->getKey());
         }
         parentItem->setExpanded(true);
     }
@@ -67,26 +65,23 @@ QString QUORLayersPanel::getLabel(int key) {
     }
 }
 
-QTreeWidgetItem* QUORLayersPanel::addRow(QTreeWidgetItem* parent, int key, bool translucent) {
+QTreeWidgetItem* QUORLayersPanel::addRow(QTreeWidgetItem* parent, int key) {
     auto* item = parent != nullptr ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(_tree);
     item->setText(0, getLabel(key));
     item->setData(0, Qt::UserRole, key);
     item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
     item->setCheckState(0, Qt::Checked);
     _items[key] = item;
-    if (translucent) {
-        auto* slider = new QSlider(Qt::Horizontal);
-        slider->setRange(LEAST_OPACITY, 100);
-        slider->setMinimumWidth(SLIDER_WIDTH);
-        slider->setMaximumWidth(SLIDER_WIDTH);
-        slider->setAccessibleName(tr("Opacity of %1").arg(getLabel(key)));
-        connect(slider, &QSlider::valueChanged, this,
-                [this, key](int value) { Q_EMIT opacityChanged(key, value); });
-        _tree->setItemWidget(item, 1, slider);
-        _sliders[key] = slider;
-    } else {
-        item->setToolTip(1, tr("Drawn flat on the ground, always opaque"));
-    }
+    auto* slider = new QSlider(Qt::Horizontal);
+    slider->setRange(LEAST_OPACITY, 100);
+    slider->setMinimumWidth(SLIDER_WIDTH);
+    slider->setMaximumWidth(SLIDER_WIDTH);
+    slider->setObjectName(QStringLiteral("opacity%1").arg(key));
+    slider->setAccessibleName(tr("Opacity of %1").arg(getLabel(key)));
+    connect(slider, &QSlider::valueChanged, this,
+            [this, key](int value) { Q_EMIT opacityChanged(key, value); });
+    _tree->setItemWidget(item, 1, slider);
+    _sliders[key] = slider;
     return item;
 }
 
@@ -95,9 +90,8 @@ void QUORLayersPanel::setState(const QUORDisplayState& state) {
     for (auto item = _items.cbegin(); item != _items.cend(); ++item) {
         const QUORDisplayLayer::Ptr layer = state.getLayer(item.key());
         item.value()->setCheckState(0, layer->isVisible() ? Qt::Checked : Qt::Unchecked);
-        if (QSlider* slider = _sliders.value(item.key())) {
-            const QSignalBlocker quiet(slider);
-            slider->setValue(layer->getOpacity() > 0 ? layer->getOpacity() : 100);
-        }
+        QSlider* const slider = _sliders.value(item.key());
+        const QSignalBlocker quiet(slider);
+        slider->setValue(layer->getOpacity() > 0 ? layer->getOpacity() : 100);
     }
 }

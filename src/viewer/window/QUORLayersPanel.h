@@ -28,7 +28,7 @@ Q_SIGNALS:
     void opacityChanged(int key, int opacity);
 
 private:
-    QTreeWidgetItem* addRow(QTreeWidgetItem* parent, int key, bool translucent);
+    QTreeWidgetItem* addRow(QTreeWidgetItem* parent, int key);
 
     QTreeWidget* _tree;
     QMap<int, QTreeWidgetItem*> _items;

@@ -17,14 +17,10 @@
 #include <QPainter>
 #include <QWheelEvent>
 
-#include <vtkActor.h>
-#include <vtkAssemblyNode.h>
-#include <vtkAssemblyPath.h>
 #include <vtkCommand.h>
 #include <vtkGenericRenderWindowInteractor.h>
 #include <vtkNew.h>
 #include <vtkOpenGLRenderWindow.h>
-#include <vtkProperty.h>
 #include <vtkRenderer.h>
 #include <vtkUnsignedCharArray.h>
 
@@ -41,6 +37,7 @@ constexpr double LITTLE_MS = 18.0;
 /// Of the sides of the full picture.
 constexpr std::array SHARES{1.0, 0.7, 0.5, 0.35, 0.25, 0.18};
 constexpr int WHEEL_STEP = 120;
+constexpr int MOST_WHEEL_STEPS = 10;
 
 struct KeyRow {
     int key;
@@ -52,6 +49,18 @@ constexpr std::array KEYS{
     KeyRow{Qt::Key_Down, "Down"}, KeyRow{Qt::Key_Plus, "plus"},   KeyRow{Qt::Key_Minus, "minus"},
     KeyRow{Qt::Key_R, "r"},       KeyRow{Qt::Key_T, "t"},
 };
+
+struct PointKey {
+    int key;
+    int x;
+    int y;
+    int z;
+};
+constexpr std::array POINT_KEYS{
+    PointKey{Qt::Key_Left, -1, 0, 0}, PointKey{Qt::Key_Right, 1, 0, 0},  PointKey{Qt::Key_Up, 0, 1, 0},
+    PointKey{Qt::Key_Down, 0, -1, 0}, PointKey{Qt::Key_PageUp, 0, 0, 1}, PointKey{Qt::Key_PageDown, 0, 0, -1},
+};
+constexpr int WIDE_STEP = 10;
 
 QUORPoint3D toPoint(const double* values) {
     return {values[0], values[1], values[2]};
@@ -149,37 +158,12 @@ void QUORSceneView::setScenePlace() {
     }
 }
 
-bool QUORSceneView::canBeTranslucent(int layerKey) {
-    return layerKey == QUORDisplayState::PRODUCT_3D_LAYER || layerKey == QUORDisplayState::OUTLINE_LAYER ||
-           layerKey == QUORDisplayState::TERRAIN_LAYER;
-}
-
 void QUORSceneView::applyOpacity(const QUORDisplayState& state) {
-    if (!_scene.isComplete()) {
-        return;
+    if (_scene.isComplete()) {
+        _opacity.apply(*_scene.item, state);
+        _isDirty = true;
+        update();
     }
-    // A state that was stored without opacities has zeros.
-    const auto share = [&](int key) {
-        const int percent = state.getLayer(key)->getOpacity();
-        return percent > 0 ? std::min(percent, 100) / 100.0 : 1.0;
-    };
-    for (const auto& part : _scene.item->getResultParts()) {
-        if (!canBeTranslucent(part.layerKey)) {
-            continue;
-        }
-        const int group = part.layerKey < QUORDisplayState::GEO_GROUP ? QUORDisplayState::RADAR_GROUP
-                                                                      : QUORDisplayState::GEO_GROUP;
-        const double opacity = share(part.layerKey) * share(group);
-        part.prop->InitPathTraversal();
-        while (vtkAssemblyPath* path = part.prop->GetNextPath()) {
-            auto* actor = vtkActor::SafeDownCast(path->GetLastNode()->GetViewProp());
-            if (actor != nullptr && actor->GetVisibility() != 0) {
-                actor->GetProperty()->SetOpacity(opacity);
-            }
-        }
-    }
-    _isDirty = true;
-    update();
 }
 
 void QUORSceneView::setNight(bool night) {
@@ -205,9 +189,50 @@ void QUORSceneView::setReading(bool on) {
     }
 }
 
+void QUORSceneView::movePoint(int x, int y, int z) {
+    if (!isReady() || !_isReading || !_scene.isComplete()) {
+        return;
+    }
+    QUORPointWidget* widget = _renderer->getPointWidget();
+    const QUORGridPlacement grid = QUORGridPlacement::ofVolume(*_scene.leaf->getFile(), _verticalScale);
+    const QUORFile& file = *_scene.leaf->getFile();
+    const QUORPoint3D at = grid.toGrid(widget->getPoint());
+    const auto step = [](double place, int by, int count) {
+        return std::clamp(std::round(place) + by, 0.0, count - 1.0);
+    };
+    const QUORPoint3D to = grid.toScene({step(at.x, x, file.getXPoints()), step(at.y, y, file.getYPoints()),
+                                         step(at.z, z, file.getZPoints())});
+    widget->SetPosition(to.x, to.y, to.z);
+    widget->update();
+    _isDirty = true;
+    update();
+}
+
+void QUORSceneView::beginLine() {
+    if (isReady() && _isReading) {
+        const QUORPoint3D point = _renderer->getPointWidget()->getPoint();
+        _line = {point, point};
+    }
+}
+
+void QUORSceneView::endLine() {
+    if (isReady() && _isReading && _line) {
+        showLine(_line->first, _renderer->getPointWidget()->getPoint());
+    }
+}
+
+void QUORSceneView::showLine(const QUORPoint3D& from, const QUORPoint3D& to) {
+    _line = {from, to};
+    update();
+    if (from.x != to.x || from.y != to.y) {
+        Q_EMIT lineDrawn(from, to);
+    }
+}
+
 void QUORSceneView::setDrawingLine(bool on) {
     _isDrawingLine = on;
-    _hasLine = false;
+    _isDraggingLine = false;
+    _line.reset();
     setCursor(on ? Qt::CrossCursor : Qt::ArrowCursor);
     update();
 }
@@ -331,7 +356,8 @@ void QUORSceneView::settle() {
 void QUORSceneView::mousePressEvent(QMouseEvent* event) {
     if (_isDrawingLine && event->button() == Qt::LeftButton) {
         _lineFrom = _lineTo = event->position();
-        _hasLine = true;
+        _isDraggingLine = true;
+        _line.reset();
         update();
         return;
     }
@@ -364,9 +390,10 @@ void QUORSceneView::mouseMoveEvent(QMouseEvent* event) {
 void QUORSceneView::mouseReleaseEvent(QMouseEvent* event) {
     if (_isDrawingLine && event->button() == Qt::LeftButton) {
         _lineTo = event->position();
+        _isDraggingLine = false;
         update();
         if (_scene.isComplete() && (_lineTo - _lineFrom).manhattanLength() > 2.0) {
-            Q_EMIT lineDrawn(groundAt(_lineFrom), groundAt(_lineTo));
+            showLine(groundAt(_lineFrom), groundAt(_lineTo));
         }
         return;
     }
@@ -380,18 +407,21 @@ void QUORSceneView::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
+// A touch pad gives many small parts of a step.
 void QUORSceneView::wheelEvent(QWheelEvent* event) {
+    event->accept();
     const int delta = event->angleDelta().y();
-    if (delta == 0) {
+    _wheel = (delta > 0) == (_wheel > 0) ? _wheel + delta : delta;
+    const int steps = std::clamp(_wheel / WHEEL_STEP, -MOST_WHEEL_STEPS, MOST_WHEEL_STEPS);
+    if (steps == 0) {
         return;
     }
-    const int steps = std::clamp(std::abs(delta) / WHEEL_STEP, 1, 10);
-    for (int i = 0; i < steps; ++i) {
-        send(delta > 0 ? vtkCommand::MouseWheelForwardEvent : vtkCommand::MouseWheelBackwardEvent,
+    _wheel %= WHEEL_STEP;
+    for (int i = 0; i < std::abs(steps); ++i) {
+        send(steps > 0 ? vtkCommand::MouseWheelForwardEvent : vtkCommand::MouseWheelBackwardEvent,
              event->position(), event->modifiers());
     }
     noteMovement();
-    event->accept();
 }
 
 bool QUORSceneView::sendKey(unsigned long event, const QKeyEvent& key) {
@@ -414,7 +444,22 @@ bool QUORSceneView::sendKey(unsigned long event, const QKeyEvent& key) {
     return true;
 }
 
+// The point of the cross-hair by the keys, in steps of the grid.
+bool QUORSceneView::moveByKey(const QKeyEvent& key) {
+    const auto* row = std::find_if(POINT_KEYS.begin(), POINT_KEYS.end(),
+                                   [&](const PointKey& k) { return k.key == key.key(); });
+    if (!_isReading || !key.modifiers().testFlag(Qt::AltModifier) || row == POINT_KEYS.end()) {
+        return false;
+    }
+    const int steps = key.modifiers().testFlag(Qt::ShiftModifier) ? WIDE_STEP : 1;
+    movePoint(steps * row->x, steps * row->y, steps * row->z);
+    return true;
+}
+
 void QUORSceneView::keyPressEvent(QKeyEvent* event) {
+    if (moveByKey(*event)) {
+        return;
+    }
     if (!sendKey(vtkCommand::KeyPressEvent, *event)) {
         QWidget::keyPressEvent(event);
         return;
@@ -474,6 +519,17 @@ QUORPoint3D QUORSceneView::groundAt(const QPointF& position) const {
     return ends[0] + ray * std::clamp(share, 0.0, 1.0);
 }
 
+std::optional<QPointF> QUORSceneView::screenAt(const QUORPoint3D& place) const {
+    vtkRenderer* renderer = _renderer->getMainRenderer();
+    renderer->SetWorldPoint(place.x, place.y, _groundHeight, 1.0);
+    renderer->WorldToView();
+    const double* seen = renderer->GetViewPoint();
+    if (!(std::abs(seen[2]) <= 1.0)) {
+        return std::nullopt; // behind the camera
+    }
+    return QPointF(0.5 * (1.0 + seen[0]) * width(), 0.5 * (1.0 - seen[1]) * height());
+}
+
 // Drawing
 
 QSize QUORSceneView::fullSize() const {
@@ -529,12 +585,28 @@ void QUORSceneView::paintEvent(QPaintEvent* /*event*/) {
     }
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawImage(rect(), _image);
-    if (_hasLine) {
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(Qt::black, 4.0));
-        painter.drawLine(_lineFrom, _lineTo);
-        painter.setPen(QPen(Qt::yellow, 2.0));
-        painter.drawLine(_lineFrom, _lineTo);
+    paintLine(painter);
+}
+
+// On the ground, wherever the camera goes.
+void QUORSceneView::paintLine(QPainter& painter) const {
+    QPointF from = _lineFrom;
+    QPointF to = _lineTo;
+    if (_line) {
+        const auto first = screenAt(_line->first);
+        const auto second = screenAt(_line->second);
+        if (!first || !second) {
+            return;
+        }
+        from = *first;
+        to = *second;
+    } else if (!_isDraggingLine) {
+        return;
+    }
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (const auto& [color, width] : {std::pair{Qt::black, 4.0}, std::pair{Qt::yellow, 2.0}}) {
+        painter.setPen(QPen(color, width));
+        painter.drawLine(from, to);
     }
 }
 

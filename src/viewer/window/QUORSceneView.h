@@ -6,6 +6,7 @@
 #include "QUORDisplayState.h"
 #include "QUORGeneralSettings.h"
 #include "QUORPointWidgetObserver.h"
+#include "QUORSceneOpacity.h"
 #include "QUORViewerScene.h"
 
 #include <QImage>
@@ -15,7 +16,10 @@
 #include <vtkSmartPointer.h>
 
 #include <memory>
+#include <optional>
+#include <utility>
 
+class QPainter;
 class QUORRenderer;
 class vtkGenericRenderWindowInteractor;
 class vtkOpenGLRenderWindow;
@@ -42,9 +46,7 @@ public:
     /// The first scene is fitted into the picture.
     void showScene(const QUORViewerScene& scene, const QUORGeneralSettings::CPtr& settings,
                    const QUORDisplayState& state);
-    /// Of what can be translucent: the product's surfaces, its outline and the terrain.
     void applyOpacity(const QUORDisplayState& state);
-    static bool canBeTranslucent(int layerKey);
 
     View getView() const;
     void setView(const View& view);
@@ -61,6 +63,11 @@ public:
     bool isNight() const { return _night; }
     /// Shows the cross-hair.
     void setReading(bool on);
+    /// Moves the point of the cross-hair to the grid point so many steps away: east, north, up.
+    void movePoint(int x, int y, int z);
+    /// A section from where the point is to where it is when the line is ended.
+    void beginLine();
+    void endLine();
     /// The left button draws a line over the ground instead of turning the view.
     void setDrawingLine(bool on);
 
@@ -112,6 +119,10 @@ private:
     QImage render(const QSize& size);
     void adaptReduction(double milliseconds);
     QUORPoint3D groundAt(const QPointF& position) const;
+    std::optional<QPointF> screenAt(const QUORPoint3D& place) const;
+    void showLine(const QUORPoint3D& from, const QUORPoint3D& to);
+    void paintLine(QPainter& painter) const;
+    bool moveByKey(const QKeyEvent& key);
 
     QString _error;
     vtkSmartPointer<vtkOpenGLRenderWindow> _window;
@@ -119,6 +130,7 @@ private:
     std::unique_ptr<QUORRenderer> _renderer;
     bool _hardware = false;
     QUORViewerScene _scene;
+    QUORSceneOpacity _opacity;
     double _verticalScale = 1.0;
     double _groundHeight = 0.0; ///< scene metres
     QImage _image;
@@ -126,6 +138,7 @@ private:
     bool _isDrawing = false;
     bool _isMoving = false;
     bool _renderAsked = false;
+    int _wheel = 0;     ///< what has not made a whole step yet
     int _reduction = 2; ///< index of the picture's share while moving
     QTimer _settling;
     QUORCameraHistory _history;
@@ -133,7 +146,8 @@ private:
     bool _hasPoint = false; ///< the cross-hair has a place
     bool _night = false;
     bool _isDrawingLine = false;
-    QPointF _lineFrom;
+    bool _isDraggingLine = false;
+    QPointF _lineFrom; ///< while it is dragged
     QPointF _lineTo;
-    bool _hasLine = false;
+    std::optional<std::pair<QUORPoint3D, QUORPoint3D>> _line; ///< over the ground, scene metres
 };

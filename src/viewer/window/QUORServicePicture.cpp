@@ -46,10 +46,15 @@ void QUORServicePicture::draw(const QString& file, const QString& view, const QS
     run(arguments + options, output, false);
 }
 
-void QUORServicePicture::drawLoop(const QString& file, const QString& output, const QStringList& options) {
+void QUORServicePicture::drawFlight(const QString& file, const QString& output, const QStringList& options) {
     run(QStringList{QStringLiteral("loop"), QStringLiteral("--orbit"), file, QStringLiteral("-o"), output} +
             options,
         output, true);
+}
+
+void QUORServicePicture::joinPictures(const std::shared_ptr<QTemporaryDir>& pictures, const QString& output) {
+    _pictures = pictures;
+    run({QStringLiteral("loop"), pictures->path(), QStringLiteral("-o"), output}, output, true);
 }
 
 void QUORServicePicture::run(const QStringList& arguments, const QString& output, bool isLoop) {
@@ -77,6 +82,7 @@ void QUORServicePicture::cancel() {
 }
 
 void QUORServicePicture::onFinished(int exitCode, QProcess::ExitStatus status) {
+    _pictures.reset();
     if (_isCancelled) {
         Q_EMIT failed(tr("Cancelled."));
         return;

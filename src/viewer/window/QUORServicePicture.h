@@ -7,8 +7,10 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <memory>
+
 /// Has the command line tool draw, in a process of its own and with the service's settings: the picture of a
-/// preset, or a loop. One thing at a time; main thread only.
+/// preset, or a moving picture. One thing at a time; main thread only.
 class QUORServicePicture : public QObject {
     Q_OBJECT
 
@@ -21,7 +23,9 @@ public:
     /// The picture of that product file under the presets of that name, where there are such.
     void draw(const QString& file, const QString& view, const QString& state, const QStringList& options);
     /// A flight round the scene of that product file.
-    void drawLoop(const QString& file, const QString& output, const QStringList& options);
+    void drawFlight(const QString& file, const QString& output, const QStringList& options);
+    /// A loop of the pictures in that folder, which lives until it stands.
+    void joinPictures(const std::shared_ptr<QTemporaryDir>& pictures, const QString& output);
     void cancel();
 
     /// The tool beside this program, or the one on the search path.
@@ -37,6 +41,7 @@ private:
     void onFinished(int exitCode, QProcess::ExitStatus status);
 
     QTemporaryDir _folder;
+    std::shared_ptr<QTemporaryDir> _pictures;
     QProcess _process;
     QString _output;
     bool _isLoop = false;

@@ -8,6 +8,7 @@
 #include "QUORSurfacesPanel.h"
 #include "QUORSystem.h"
 #include "QUORTimePanel.h"
+#include "QUORViewerExport.h"
 #include "QUORWindowMemory.h"
 
 #include <QAction>
@@ -17,6 +18,7 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
 #include <QProgressBar>
@@ -38,6 +40,10 @@ constexpr double HEIGHT_STEPS = 10.0;
 constexpr int LEAST_HEIGHT = 10;
 constexpr int MOST_HEIGHT = 200;
 constexpr int HEIGHT_DELAY_MS = 120;
+/// Times of a loop, unless another number is asked for.
+constexpr int USUAL_LOOP = 24;
+constexpr const char* MOVING_KINDS =
+    QT_TRANSLATE_NOOP("QUORViewerWindow", "Moving pictures (*.webp *.mp4 *.gif)");
 
 QString readable(const QFileInfo& info) {
     return QDir::toNativeSeparators(info.absoluteFilePath());
@@ -104,6 +110,7 @@ QUORViewerWindow::~QUORViewerWindow() {
     // What was drawn dies before the window that it was drawn in.
     _session->disconnect();
     _times->disconnect();
+    _export.reset();
     delete takeCentralWidget();
     _session.reset();
 }
@@ -195,8 +202,10 @@ void QUORViewerWindow::createFileActions() {
     });
     menu->addSeparator();
     addAction(menu, tr("Save the &picture…"), QKeySequence(tr("Ctrl+E")), [this] { exportPicture(); });
-    addAction(menu, tr("Save a &flight round the scene…"), QKeySequence(tr("Ctrl+Shift+E")),
-              [this] { exportLoop(); });
+    addAction(menu, tr("Save the times as a &loop…"), QKeySequence(tr("Ctrl+Shift+E")),
+              [this] { exportTimes(); });
+    addAction(menu, tr("Save a &flight round the scene…"), QKeySequence(tr("Ctrl+Shift+F")),
+              [this] { exportFlight(); });
     menu->addSeparator();
     addAction(menu, tr("&Quit"), QKeySequence::Quit, [this] { close(); });
 }
@@ -244,15 +253,15 @@ void QUORViewerWindow::createShowActions() {
         menu, tr("Draw a &section"), QKeySequence(tr("Ctrl+L")), [] {}, true);
     _line->setCheckable(true);
     connect(_line, &QAction::toggled, _view, &QUORSceneView::setDrawingLine);
+    addAction(menu, tr("Section &from the point"), QKeySequence(tr("Alt+Home")),
+              [this] { _view->beginLine(); });
+    addAction(menu, tr("Section &to the point"), QKeySequence(tr("Alt+End")), [this] { _view->endLine(); });
     menu->addSeparator();
     addAction(menu, tr("&Play"), QKeySequence(tr("Ctrl+Space")),
               [this] { _timePanel->setPlaying(!_timePanel->isPlaying()); });
     addAction(menu, tr("&Back in time"), QKeySequence(tr("Ctrl+PgUp")), [this] { _times->step(-1); });
     addAction(menu, tr("&On in time"), QKeySequence(tr("Ctrl+PgDown")), [this] { _times->step(1); });
-    addAction(menu, tr("&Cancel"), QKeySequence(tr("Esc")), [this] {
-        _session->cancel();
-        _service.cancel();
-    });
+    addAction(menu, tr("&Cancel"), QKeySequence(tr("Esc")), [this] { cancel(); });
     QMenu* const panels = menuBar()->addMenu(tr("&Panels"));
     for (QDockWidget* dock : findChildren<QDockWidget*>()) {
         panels->addAction(dock->toggleViewAction());
@@ -300,10 +309,7 @@ void QUORViewerWindow::connectModel() {
         _layers->setState(_session->getDisplayState());
         _view->applyOpacity(_session->getDisplayState());
     });
-    connect(_cancel, &QToolButton::clicked, this, [this] {
-        _session->cancel();
-        _service.cancel();
-    });
+    connect(_cancel, &QToolButton::clicked, this, &QUORViewerWindow::cancel);
     connect(_layers, &QUORLayersPanel::visibleChanged, _session.get(), &QUORViewerSession::setVisible);
     connect(_layers, &QUORLayersPanel::opacityChanged, _session.get(), &QUORViewerSession::setOpacity);
     connect(_surfaces, &QUORSurfacesPanel::edited, _session.get(), &QUORViewerSession::setProductSettings);
@@ -330,10 +336,25 @@ void QUORViewerWindow::connectModel() {
         onBusyChanged(_session->isBusy());
         _status->setText(tr("Written: %1").arg(path));
     });
-    connect(&_service, &QUORServicePicture::failed, this, [this](const QString& reason) {
+    const auto fail = [this](const QString& reason) {
         onBusyChanged(_session->isBusy());
         report(reason);
+    };
+    connect(&_service, &QUORServicePicture::failed, this, fail);
+    _export = std::make_unique<QUORViewerExport>(*_times, *_session, *_view, _service);
+    connect(_export.get(), &QUORViewerExport::failed, this, fail);
+    connect(_export.get(), &QUORViewerExport::saved, this,
+            [this](const QString& path) { _status->setText(tr("Written: %1").arg(path)); });
+    connect(_export.get(), &QUORViewerExport::progressed, this, [this](int done, int all) {
+        onBusyChanged(_session->isBusy());
+        _status->setText(tr("Drawing the loop: %1 of %2").arg(done).arg(all));
     });
+}
+
+void QUORViewerWindow::cancel() {
+    _export->cancel();
+    _session->cancel();
+    _service.cancel();
 }
 
 // Opening
@@ -418,7 +439,7 @@ void QUORViewerWindow::onSceneChanged() {
 }
 
 void QUORViewerWindow::onBusyChanged(bool busy) {
-    const bool working = busy || _service.isRunning();
+    const bool working = busy || _service.isRunning() || (_export && _export->isRunning());
     _progress->setVisible(working);
     _cancel->setVisible(working);
     _timePanel->setBusy(busy);
@@ -521,33 +542,34 @@ void QUORViewerWindow::showServicePicture(const QImage& image) {
 
 // Export
 
+QString QUORViewerWindow::askTarget(const QString& title, const QString& kinds) {
+    return QFileDialog::getSaveFileName(this, title, QDir::homePath(), kinds);
+}
+
 void QUORViewerWindow::exportPicture() {
-    const QImage image = _view->getPicture();
-    if (image.isNull()) {
-        report(tr("There is no picture yet."));
-        return;
-    }
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save the picture"), QDir::homePath(),
-                                                      tr("Pictures (*.png *.jpg *.tif)"));
-    if (path.isEmpty()) {
-        return;
-    }
-    if (QDir(QFileInfo(path).absolutePath()) == QDir(_times->getStore()->getPath3d())) {
-        report(tr("Nothing is written into a directory of products."));
-    } else if (!image.save(path)) {
-        report(tr("%1 could not be written.").arg(path));
+    const QString path = askTarget(tr("Save the picture"), tr("Pictures (*.png *.jpg *.tif)"));
+    if (!path.isEmpty()) {
+        _export->savePicture(path);
     }
 }
 
-void QUORViewerWindow::exportLoop() {
-    if (!_session->getScene().isComplete() || _service.isRunning()) {
-        return;
-    }
-    const QString path =
-        QFileDialog::getSaveFileName(this, tr("Save a flight round the scene"), QDir::homePath(),
-                                     tr("Moving pictures (*.webp *.mp4 *.gif)"));
+void QUORViewerWindow::exportTimes() {
+    const int all = int(_times->getTimes().size());
+    bool good = all > 0;
+    const int count =
+        good ? QInputDialog::getInt(this, tr("Save the times as a loop"), tr("How many of the newest times:"),
+                                    std::min(all, USUAL_LOOP), 1, all, 1, &good)
+             : 0;
+    const QString path = good ? askTarget(tr("Save the times as a loop"), tr(MOVING_KINDS)) : QString();
     if (!path.isEmpty()) {
-        _service.drawLoop(_session->getScene().leaf->getPath(), path, toolOptions());
+        _export->saveTimes(path, count);
+    }
+}
+
+void QUORViewerWindow::exportFlight() {
+    const QString path = askTarget(tr("Save a flight round the scene"), tr(MOVING_KINDS));
+    if (!path.isEmpty() && _session->getScene().isComplete()) {
+        _export->saveFlight(path, toolOptions());
         onBusyChanged(_session->isBusy());
     }
 }

@@ -23,6 +23,7 @@ class QUORReadingPanel;
 class QUORSceneView;
 class QUORSurfacesPanel;
 class QUORTimePanel;
+class QUORViewerExport;
 
 /// The viewer: a scene with panels around it. It reads product directories and never writes there.
 class QUORViewerWindow : public QMainWindow {
@@ -46,6 +47,7 @@ public:
     QUORSceneView& getView() { return *_view; }
     QUORViewerSession& getSession() { return *_session; }
     QUORTimeList& getTimes() { return *_times; }
+    QUORViewerExport& getExport() { return *_export; }
     /// What the window has said last, and says until something else happens.
     QString getMessage() const;
 
@@ -78,14 +80,18 @@ private:
     void askServicePicture(const QString& preset);
     void showServicePicture(const QImage& image);
     QStringList toolOptions() const;
+    QString askTarget(const QString& title, const QString& kinds);
     void exportPicture();
-    void exportLoop();
+    void exportTimes();
+    void exportFlight();
+    void cancel();
     void updateUndo();
 
     Folders _folders;
     std::unique_ptr<QUORTimeList> _times;
     std::unique_ptr<QUORViewerSession> _session;
     QUORServicePicture _service;
+    std::unique_ptr<QUORViewerExport> _export;
     QUORSceneView* _view;
     QLabel* _message;
     QWidget* _messageBar;

@@ -112,6 +112,11 @@ void QUORLandmarkLabel::SetSize(int size) {
     Modified();
 }
 
+void QUORLandmarkLabel::SetOpacity(double opacity) {
+    Opacity = opacity;
+    Modified();
+}
+
 vtkActor* QUORLandmarkLabel::GetMarker() const {
     return Marker;
 }
@@ -126,6 +131,7 @@ void QUORLandmarkLabel::ShallowCopy(vtkProp* prop) {
         Text = other->Text;
         Color = other->Color;
         Size = other->Size;
+        Opacity = other->Opacity;
     }
     Superclass::ShallowCopy(prop);
     Modified();
@@ -151,12 +157,14 @@ void QUORLandmarkLabel::PlaceParts(vtkRenderer* renderer) {
     Marker->SetPosition(WorldPosition.data());
     Marker->SetScale(scale);
     Marker->GetProperty()->SetColor(Color.data());
+    Marker->GetProperty()->SetOpacity(Opacity);
 
     const double reach = perMetre * scale;
     WorldCoordinate->SetValue(WorldPosition[0], WorldPosition[1], WorldPosition[2]);
     PositionCoordinate->SetValue(0.0, std::max(TEXT_OFFSET, reach + TEXT_GAP), 0.0);
     TextProperty->SetFontSize(int(std::lround(font)));
     TextProperty->SetColor(Color[0], Color[1], Color[2]);
+    TextProperty->SetOpacity(Opacity);
     TextActor->SetTextProperty(TextProperty);
     TextActor->SetInput(Text.toUtf8().constData());
     const double shade = edgeShade(Color);

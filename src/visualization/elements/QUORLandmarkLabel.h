@@ -39,6 +39,8 @@ public:
     /// Text size in points; the marker grows with it.
     void SetSize(int size);
     int GetSize() const { return Size; }
+    /// Of marker and name, 0 to 1.
+    void SetOpacity(double opacity);
 
     /// A label that has been left out of this picture; the layout of the picture decides. In view otherwise.
     void SetLeftOut(bool leftOut) { LeftOut = leftOut; }
@@ -73,6 +75,7 @@ private:
     QString Text;
     std::array<double, 3> Color{};
     int Size = 1;
+    double Opacity = 1.0;
     bool LeftOut = false;
     vtkNew<vtkCoordinate> WorldCoordinate;
     vtkNew<vtkSphereSource> Sphere;

@@ -6,6 +6,7 @@
 #include "QUORSceneView.h"
 #include "QUORSurfacesPanel.h"
 #include "QUORViewPlan.h"
+#include "QUORViewerExport.h"
 #include "ScratchHome.h"
 #include "ServiceFolders.h"
 #include "ServiceProcess.h"
@@ -14,10 +15,12 @@
 
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QImageReader>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSlider>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -37,7 +40,17 @@ protected:
         for (int i = 0; i < 3; ++i) {
             paths.append(folders.drop(storm(5 * i)));
         }
-        folders.drop(ServiceFolders::rain(), QStringLiteral("2d"));
+        folders.drop(rain(), QStringLiteral("2d"));
+    }
+
+    /// Everywhere under the storm.
+    static TestProduct rain() {
+        TestProduct product = ServiceFolders::rain();
+        product.points = {48, 48, 1};
+        product.stepsCm = storm(0).stepsCm;
+        product.radar = storm(0).radar;
+        product.fill = [](int, int, int) { return 30000U; };
+        return product;
     }
 
     /// Forty kilometres of echo in the middle of a grid of ninety-six.
@@ -97,9 +110,10 @@ protected:
         QTest::mouseMove(&view(), from + by);
         QTest::mouseRelease(&view(), button, Qt::NoModifier, from + by);
     }
-    void wheel(int steps) {
+    void wheel(int steps) { wheelBy(120 * steps); }
+    void wheelBy(int delta) {
         const QPointF at = view().rect().center();
-        QWheelEvent event(at, view().mapToGlobal(at), {}, {0, 120 * steps}, Qt::NoButton, Qt::NoModifier,
+        QWheelEvent event(at, view().mapToGlobal(at), {}, {0, delta}, Qt::NoButton, Qt::NoModifier,
                           Qt::NoScrollPhase, false);
         QCoreApplication::sendEvent(&view(), &event);
     }
@@ -141,6 +155,12 @@ TEST_F(QUORViewerWindowTest, TurnsTheViewAndTakesItBack) {
     EXPECT_NEAR(reach(), 0.9 * far, 0.001 * far);
     wheel(-1);
     EXPECT_NEAR(reach(), 0.99 * far, 0.001 * far);
+    // A touch pad gives a step in many parts.
+    view().lookFrom(0.0, 30.0);
+    for (int i = 0; i < 8; ++i) {
+        wheelBy(15);
+    }
+    EXPECT_NEAR(reach(), 0.9 * far, 0.001 * far);
 
     const QUORPoint3D before = view().getView().position;
     QTest::keyClick(&view(), Qt::Key_Right);
@@ -226,6 +246,40 @@ TEST_F(QUORViewerWindowTest, LayersAndSurfacesChangeThePicture) {
     EXPECT_FALSE(view().getPicture().isNull());
 }
 
+// Whatever a layer is drawn with; what lies on the ground stays under what stands there.
+TEST_F(QUORViewerWindowTest, EveryLayerCanBeTranslucent) {
+    open(paths.at(0));
+    view().lookFrom(0.0, 60.0);
+    find<QDoubleSpinBox>("value0")->setValue(10.0);
+    ASSERT_TRUE(settled());
+    auto& session = window->getSession();
+    const auto picture = [&](int key, int percent) {
+        find<QSlider>(QStringLiteral("opacity%1").arg(key).toLatin1().constData())->setValue(percent);
+        return view().getPicture();
+    };
+    const auto middleOf = [](const QImage& image) {
+        return image.pixel(image.width() / 2, image.height() / 2);
+    };
+    const QImage opaque = view().getPicture();
+    for (const int key : {QUORDisplayState::PRODUCT_3D_LAYER, QUORDisplayState::PRODUCT_2D_LAYER,
+                          QUORDisplayState::LAT_LON_GRID_LAYER, QUORDisplayState::RANGE_RINGS_LAYER}) {
+        const QImage half = picture(key, 50);
+        const QImage little = picture(key, 10);
+        EXPECT_NE(half, opaque) << key;
+        EXPECT_NE(little, half) << key;
+        EXPECT_EQ(middleOf(half) == middleOf(opaque), key != QUORDisplayState::PRODUCT_3D_LAYER) << key;
+        EXPECT_EQ(picture(key, 100), opaque) << key;
+    }
+    QUORProductSettings settings = *session.getProductSettings();
+    settings.setRenderingType(QUORProductSettings::Volume);
+    session.setProductSettings(settings);
+    ASSERT_TRUE(settled());
+    const QImage volume = view().getPicture();
+    const QImage thin = picture(QUORDisplayState::PRODUCT_3D_LAYER, 30);
+    EXPECT_GT(ImageComparer::compare(volume, thin).colour, 1.0);
+    EXPECT_EQ(picture(QUORDisplayState::PRODUCT_3D_LAYER, 100), volume);
+}
+
 TEST_F(QUORViewerWindowTest, ReadsValuesAndPlotsThem) {
     open(paths.at(0));
     view().setReading(true);
@@ -253,6 +307,108 @@ TEST_F(QUORViewerWindowTest, ReadsValuesAndPlotsThem) {
     EXPECT_NEAR(0.5 * (line.first.x + line.second.x), before.position.x, 0.05 * length);
     EXPECT_NEAR(line.first.y, before.position.y, 0.05 * length);
     EXPECT_EQ(view().getView().position.x, before.position.x);
+}
+
+// The cross-hair and the section without a mouse; the line lies on the ground when the view turns.
+TEST_F(QUORViewerWindowTest, ReadsByTheKeys) {
+    open(paths.at(0));
+    view().setReading(true);
+    auto* panel = find<QUORReadingPanel>("reading");
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers more = {}) {
+        QTest::keyClick(&view(), key, Qt::AltModifier | more);
+    };
+    press(Qt::Key_Right);
+    const QString start = panel->getText();
+    const struct {
+        Qt::Key there;
+        Qt::Key back;
+    } rows[] = {
+        {Qt::Key_Right, Qt::Key_Left}, {Qt::Key_Up, Qt::Key_Down}, {Qt::Key_PageUp, Qt::Key_PageDown}};
+    for (const auto& row : rows) {
+        press(row.there);
+        EXPECT_NE(panel->getText(), start) << row.there;
+        press(row.back);
+        EXPECT_EQ(panel->getText(), start) << row.there;
+    }
+    press(Qt::Key_PageUp, Qt::ShiftModifier); // not out of the volume
+    EXPECT_TRUE(panel->getText().contains(QStringLiteral("Reflectivity: -31.5 dBZ")))
+        << panel->getText().toStdString();
+
+    QPair<QUORPoint3D, QUORPoint3D> line;
+    QObject::connect(&view(), &QUORSceneView::lineDrawn, [&](const QUORPoint3D& from, const QUORPoint3D& to) {
+        line = {from, to};
+    });
+    view().beginLine();
+    press(Qt::Key_Right, Qt::ShiftModifier);
+    view().endLine();
+    EXPECT_NEAR(line.second.x - line.first.x, 20000.0, 1.0);
+    EXPECT_NEAR(line.second.y, line.first.y, 1.0);
+
+    view().setReading(false);
+    const auto yellow = [&] {
+        const QImage image = view().grab().toImage();
+        QRect box;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor color = image.pixelColor(x, y);
+                if (color.red() > 240 && color.green() > 240 && color.blue() < 20) {
+                    box |= QRect(x, y, 1, 1);
+                }
+            }
+        }
+        return box;
+    };
+    view().lookFrom(0.0, 90.0);
+    const QRect flat = yellow();
+    EXPECT_GT(flat.width(), 10 * flat.height());
+    view().lookFrom(90.0, 90.0);
+    const QRect turned = yellow();
+    EXPECT_GT(turned.height(), 10 * turned.width());
+}
+
+TEST_F(QUORViewerWindowTest, SavesPicturesAndLoops) {
+    open(paths.at(0));
+    QStringList saved;
+    QObject::connect(&window->getExport(), &QUORViewerExport::saved,
+                     [&](const QString& path) { saved.append(path); });
+    const QString target = folders.path(QStringLiteral("out/picture"));
+    window->getExport().savePicture(target);
+    EXPECT_EQ(saved, QStringList{target + QStringLiteral(".png")});
+    EXPECT_EQ(QImage(saved.value(0)).size(), view().getPicture().size());
+
+    // Not among products, whatever the folder is called, and not where it cannot be.
+    ASSERT_TRUE(QFile::link(folders.path(QStringLiteral("2d")), folders.path(QStringLiteral("link"))));
+    const QString product = paths.at(0);
+    const QByteArray before = readFile(product);
+    for (const char* path :
+         {"3d/picture.png", "link/picture.png", "out/picture.xyz", "missing/picture.png"}) {
+        window->getExport().savePicture(folders.path(QLatin1String(path)));
+        EXPECT_FALSE(window->getMessage().isEmpty()) << path;
+        EXPECT_FALSE(QFile::exists(folders.path(QLatin1String(path)))) << path;
+        open(paths.at(0));
+    }
+    window->getExport().savePicture(product);
+    window->getExport().saveTimes(product, 3);
+    EXPECT_EQ(readFile(product), before);
+    EXPECT_FALSE(window->getExport().isRunning());
+
+    if (QStandardPaths::findExecutable(QStringLiteral("ffmpeg")).isEmpty()) {
+        GTEST_SKIP() << "no ffmpeg";
+    }
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", QFile::encodeName(QFileInfo(QStringLiteral(QUOR3D_BINARY)).absolutePath()) + ':' + path);
+    open(paths.at(1));
+    const QString loop = folders.path(QStringLiteral("out/loop.gif"));
+    window->getExport().saveTimes(loop, 10);
+    EXPECT_TRUE(window->getExport().isRunning());
+    EXPECT_TRUE(waitUntil([&] { return QFile::exists(loop); }, DEADLINE))
+        << window->getMessage().toStdString();
+    EXPECT_FALSE(window->getExport().isRunning());
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(clock(), QStringLiteral("12:05"));
+    EXPECT_GE(QImageReader(loop).imageCount(), 3);
+    EXPECT_EQ(QDir(folders.path(QStringLiteral("3d"))).entryList(QDir::Files).size(), 3);
+    qputenv("PATH", path);
 }
 
 TEST_F(QUORViewerWindowTest, StepsThroughTime) {
