@@ -78,19 +78,22 @@ std::size_t QUORVolumeJoiner::findStart(const Pieces& pieces, std::size_t repeat
     return start;
 }
 
+void QUORVolumeJoiner::append(Volume& volume, QUORRadarData piece, const QString& file) {
+    QUORRadarData& data = volume.data;
+    volume.files.append(file);
+    std::move(piece.sweeps.begin(), piece.sweeps.end(), std::back_inserter(data.sweeps));
+    data.wavelength = data.wavelength > 0.0 ? data.wavelength : piece.wavelength;
+    data.beamWidth = data.beamWidth > 0.0 ? data.beamWidth : piece.beamWidth;
+    data.leftOut += piece.leftOut;
+    data.leftOut.removeDuplicates();
+    data.warnings += piece.warnings;
+    data.warnings.removeDuplicates();
+}
+
 QUORVolumeJoiner::Volume QUORVolumeJoiner::merge(Pieces pieces) {
     Volume volume{std::move(pieces.front().data), {pieces.front().file}};
     for (std::size_t i = 1; i < pieces.size(); ++i) {
-        QUORRadarData& piece = pieces[i].data;
-        QUORRadarData& data = volume.data;
-        volume.files.append(pieces[i].file);
-        std::move(piece.sweeps.begin(), piece.sweeps.end(), std::back_inserter(data.sweeps));
-        data.wavelength = data.wavelength > 0.0 ? data.wavelength : piece.wavelength;
-        data.beamWidth = data.beamWidth > 0.0 ? data.beamWidth : piece.beamWidth;
-        data.leftOut += piece.leftOut;
-        data.leftOut.removeDuplicates();
-        data.warnings += piece.warnings;
-        data.warnings.removeDuplicates();
+        append(volume, std::move(pieces[i].data), pieces[i].file);
     }
     return volume;
 }
@@ -176,6 +179,29 @@ void QUORVolumeJoiner::add(QUORRadarData data, const QString& file) {
     _pieces.push_back({std::move(data), file, std::chrono::steady_clock::now()});
 }
 
+std::size_t QUORVolumeJoiner::getSize() const {
+    std::size_t values = 0;
+    for (const Piece& piece : _pieces) {
+        for (const QUORRadarSweep& sweep : piece.data.sweeps) {
+            for (const QUORRadarMoment& moment : sweep.moments) {
+                values += moment.codes.size();
+            }
+        }
+    }
+    return values * sizeof(quint16);
+}
+
+std::vector<QUORVolumeJoiner::Volume> QUORVolumeJoiner::takeAlone() {
+    std::vector<Volume> volumes;
+    const auto hasCompany = [](const Piece& piece) { return mayJoin(piece.data); };
+    const auto alone = std::stable_partition(_pieces.begin(), _pieces.end(), hasCompany);
+    for (auto piece = alone; piece != _pieces.end(); ++piece) {
+        volumes.push_back({std::move(piece->data), {piece->file}});
+    }
+    _pieces.erase(alone, _pieces.end());
+    return volumes;
+}
+
 std::vector<QUORVolumeJoiner::Volume> QUORVolumeJoiner::takeComplete(std::chrono::milliseconds quiet) {
     const auto now = std::chrono::steady_clock::now();
     const auto isReady = [&](const Pieces& pieces) {
@@ -185,13 +211,7 @@ std::vector<QUORVolumeJoiner::Volume> QUORVolumeJoiner::takeComplete(std::chrono
         return std::all_of(pieces.begin(), pieces.end(),
                            [&](const Piece& piece) { return now - piece.added >= wait; });
     };
-    std::vector<Volume> complete;
-    const auto hasCompany = [](const Piece& piece) { return mayJoin(piece.data); };
-    const auto alone = std::stable_partition(_pieces.begin(), _pieces.end(), hasCompany);
-    for (auto piece = alone; piece != _pieces.end(); ++piece) {
-        complete.push_back({std::move(piece->data), {piece->file}});
-    }
-    _pieces.erase(alone, _pieces.end());
+    std::vector<Volume> complete = takeAlone();
     for (Pieces& radar : takeByRadar()) {
         for (Pieces& volume : divide(std::move(radar))) {
             if (isReady(volume)) {

@@ -11,19 +11,47 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include <csignal>
+#include <pthread.h>
+#include <sys/prctl.h>
+
 namespace {
+
+/// Of the processes that read files: how many began, and the signal that ends them, 0 for none.
+int readings = 0;
+int endOfReadings = 0;
+
+void watchReadings() {
+    [[maybe_unused]] static const int once = ::pthread_atfork(
+        nullptr, [] { ++readings; },
+        [] {
+            if (endOfReadings != 0) {
+                ::prctl(PR_SET_DUMPABLE, 0); // no core
+                ::signal(endOfReadings, SIG_DFL);
+                ::raise(endOfReadings);
+            }
+        });
+    readings = 0;
+}
 
 class QUORImportWatchTest : public testing::Test {
 protected:
     QUORImportWatchTest() {
         QDir().mkpath(in());
+        watchReadings();
         start();
     }
+    ~QUORImportWatchTest() override { endOfReadings = 0; }
 
     void start() {
         watch = std::make_unique<QUORImportWatch>(
             in(), folder.filePath("out/record"), 600,
-            QUORImportWatch::Timing{.settle = zero, .quiet = quiet, .again = zero, .reading = limits},
+            QUORImportWatch::Timing{.settle = zero,
+                                    .quiet = quiet,
+                                    .again = zero,
+                                    .interrupted = interrupted,
+                                    .pass = pass,
+                                    .reading = limits},
             [this](const QUORRadarData&, const QStringList& files) {
                 if (diskFull) {
                     throw QUORWriteError(QStringLiteral("disk full"));
@@ -31,6 +59,7 @@ protected:
                 if (askedTooMuch) {
                     throw QUORRequestError(QStringLiteral("too fine"));
                 }
+                readAtImport.push_back(readings);
                 imported.append(files.join(QLatin1Char('+')));
             },
             [this](const QStringList& files, const QString& reason) {
@@ -54,6 +83,9 @@ protected:
     bool diskFull = false;
     bool askedTooMuch = false;
     QUORReaderProcess::Limits limits;
+    std::chrono::milliseconds interrupted{0};
+    std::chrono::milliseconds pass = std::chrono::hours(1);
+    std::vector<int> readAtImport; ///< readings so far
     QStringList imported;
     QStringList reported;
     std::unique_ptr<QUORImportWatch> watch;
@@ -153,23 +185,98 @@ TEST_F(QUORImportWatchTest, TakesTheFirstFilesOfAFolderThatComesLater) {
     EXPECT_EQ(look(), QStringList("first"));
 }
 
-TEST_F(QUORImportWatchTest, TriesOnceWhatEndsTheReader) {
+TEST_F(QUORImportWatchTest, TriesAgainForAWhileWhatWasInterrupted) {
     look();
-    limits.wall = zero;
+    const struct {
+        const char* file;
+        bool isLate;
+        int signal;
+        int readings;
+        const char* reason;
+    } rows[] = {
+        {"slow", true, 0, 5,
+         "slow: reading it took longer than 0 s; it will be tried again, 4 times at most"},
+        {"killed", false, SIGKILL, 5,
+         "killed: reading it was ended from outside (Killed); it will be tried again, 4 times at most"},
+        {"crash", false, SIGABRT, 1, "crash: reading it crashed (Aborted)"},
+        {"costly", false, SIGXCPU, 1, "costly: reading it took more than 60 s of processor time"},
+    };
+    for (const auto& row : rows) {
+        limits.wall = row.isLate ? zero : QUORReaderProcess::Limits().wall;
+        endOfReadings = row.signal;
+        start();
+        readings = 0;
+        reported.clear();
+        writeFile(path(row.file), volume + row.file);
+        EXPECT_EQ(look(10), QStringList());
+        EXPECT_EQ(readings, row.readings) << row.file;
+        EXPECT_EQ(reported, QStringList(row.reason));
+        EXPECT_FALSE(watch->isWaiting());
+        endOfReadings = 0;
+        EXPECT_EQ(look(), QStringList());
+        EXPECT_TRUE(QFile::remove(path(row.file)));
+    }
+    // In between it succeeds.
+    limits = {};
+    endOfReadings = SIGKILL;
     start();
-    writeFile(path("slow"), volume);
-    EXPECT_EQ(look(1), QStringList());
-    ASSERT_EQ(reported.size(), 1);
-    EXPECT_TRUE(reported[0].startsWith("slow: reading it took longer"));
-    EXPECT_FALSE(watch->isWaiting());
+    writeFile(path("good"), volume);
+    EXPECT_EQ(look(3), QStringList());
+    endOfReadings = 0;
+    EXPECT_EQ(look(), QStringList("good"));
+    EXPECT_EQ(reported.size(), 2);
+    // Not before its time.
+    interrupted = std::chrono::hours(1);
+    endOfReadings = SIGKILL;
+    start();
+    writeFile(path("later"), volume + "later");
+    readings = 0;
+    EXPECT_EQ(look(5), QStringList());
+    EXPECT_EQ(readings, 1);
+}
+
+TEST_F(QUORImportWatchTest, ReadsNoMoreThanItCanWrite) {
+    look();
+    const auto writeFiles = [this](char first, int count) {
+        for (int i = 0; i < count; ++i) {
+            const char name[]{char(first + i), '\0'};
+            writeFile(path(name), volume + name);
+        }
+    };
+    writeFiles('a', 3);
+    readings = 0;
+    readAtImport.clear();
+    EXPECT_EQ(look(1), QStringList({"a", "b", "c"}));
+    EXPECT_EQ(readAtImport, (std::vector{1, 2, 3})) << "each before the next is read";
+
+    diskFull = true;
+    writeFiles('d', 12);
+    readings = 0;
+    EXPECT_EQ(look(4), QStringList());
+    EXPECT_EQ(readings, 8);
+    EXPECT_EQ(reported.size(), 8);
+    EXPECT_TRUE(watch->isWaiting());
+    EXPECT_FALSE(watch->hasMore());
+    diskFull = false;
+    EXPECT_EQ(look(3).size(), 12);
+    EXPECT_EQ(readings, 12);
+    EXPECT_EQ(reported.size(), 8);
+
+    pass = zero; // others have their turn before the first file
+    start();
+    writeFiles('p', 1);
+    EXPECT_EQ(look(2), QStringList());
+    EXPECT_TRUE(watch->hasMore());
 }
 
 TEST_F(QUORImportWatchTest, RecordsNeitherWhatOptionsRefuseNorCutOffLines) {
     look();
     askedTooMuch = true;
-    writeFile(path("a"), volume);
+    writeFile(path("named"), volume);
     EXPECT_EQ(look(), QStringList());
-    EXPECT_EQ(reported, QStringList("a: too fine"));
+    EXPECT_TRUE(QFile::rename(path("named"), path("a")));
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_EQ(reported, QStringList("named: too fine"));
     askedTooMuch = false;
     const QString record = folder.filePath("out/record");
     writeFile(record, readFile(record) + "0123\t12"); // the power went

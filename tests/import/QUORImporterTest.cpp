@@ -202,6 +202,21 @@ TEST_F(QUORImporterTest, KeepsEvenGridsAndResamplesOthers) {
     EXPECT_EQ(result.shape.steps, (std::array{1000.0, 2000.0, 500.0}));
     options.grid = {};
 
+    // As wide as a square of it could not be.
+    QUORRadarData oblong = kept;
+    oblong.grid->fields.resize(1);
+    oblong.grid->x.clear();
+    for (int i = 0; i < 3900; ++i) {
+        oblong.grid->x.push_back(i * 1000.0);
+    }
+    oblong.grid->fields[0].values.assign(3900 * kept.grid->y.size() * kept.grid->z.size(), 10.0F);
+    options.grid.height = 4000.0;
+    result = QUORImporter(options).plan(oblong);
+    EXPECT_EQ(result.shape.points, (std::array{3900, 3, 9}));
+    options.grid.height = 2000000.0;
+    EXPECT_THROW(QUORImporter(options).plan(oblong), QUORRequestError) << "4001 levels";
+    options.grid = {};
+
     QUORRadarData uneven = kept;
     uneven.grid->x = {-1000.0, 0.0, 500.0, 2000.0};
     uneven.grid->z = {450.0, 950.0};

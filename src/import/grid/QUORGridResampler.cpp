@@ -68,7 +68,7 @@ QUORGridResampler::QUORGridResampler(const QUORRadarData& data, const QUORGridRe
     }
     const bool isWhole = request.points || request.steps;
     if (isWhole && _grid.projection.isEmpty()) {
-        _shape = request.choose(data);
+        _shape = request.propose(data);
     } else {
         if (_grid.projection.isEmpty()) {
             keepPlane();
@@ -84,11 +84,11 @@ QUORGridResampler::QUORGridResampler(const QUORRadarData& data, const QUORGridRe
             if (!isWhole) {
                 rest.steps = _shape.steps;
             }
-            replace(rest.choose(data), isWhole || request.range, isWhole || request.height);
+            replace(rest.propose(data), isWhole || request.range, isWhole || request.height);
         }
     }
     if (const char* reason = _shape.error(); *reason != '\0') {
-        throw QUORImportError(QString::fromLatin1(reason));
+        throw QUORRequestError(QString::fromLatin1(reason));
     }
     findColumns();
 }

@@ -7,10 +7,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace {
 
-constexpr double RADIAN = 3.14159265358979323846 / 180.0;
+constexpr double RADIAN = std::numbers::pi / 180.0;
 /// What lies farther or higher is in few beams and in no storm; a wider grid is asked for.
 constexpr double FARTHEST = 250000.0;
 constexpr double HIGHEST = 16000.0;
@@ -75,7 +76,7 @@ const char* QUORGridShape::error() const {
     return double(cells()) * points[2] > MOST_CELLS ? "the grid has more than 64 million points" : "";
 }
 
-QUORGridShape QUORGridRequest::choose(const QUORRadarData& data) const {
+QUORGridShape QUORGridRequest::propose(const QUORRadarData& data) const {
     Reach reach = data.grid ? reachOf(*data.grid) : reachOf(data);
     reach.range = range.value_or(reach.range);
     reach.height = height.value_or(reach.height);
@@ -100,6 +101,11 @@ QUORGridShape QUORGridRequest::choose(const QUORRadarData& data) const {
         }
     }
     shape.centre();
+    return shape;
+}
+
+QUORGridShape QUORGridRequest::choose(const QUORRadarData& data) const {
+    const QUORGridShape shape = propose(data);
     if (const char* reason = shape.error(); *reason != '\0') {
         throw QUORRequestError(QString::fromLatin1(reason));
     }

@@ -36,6 +36,8 @@ struct QUORGridRequest {
     std::optional<double> height;               ///< metres from the antenna to the top
 
     bool isEmpty() const { return !points && !steps && !range && !height; }
+    /// A square plane around the radar and its levels, whether a product can have them or not.
+    QUORGridShape propose(const QUORRadarData& data) const;
     /// Throws a QUORImportError when the shape asked for cannot be made.
     QUORGridShape choose(const QUORRadarData& data) const;
 };

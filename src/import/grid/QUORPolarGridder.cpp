@@ -5,13 +5,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <numeric>
 #include <thread>
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
-constexpr double RADIAN = PI / 180.0;
+constexpr double RADIAN = std::numbers::pi / 180.0;
 /// The nearest ray may be so many ray spacings away; more is a gap.
 constexpr double RAY_REACH = 0.75;
 

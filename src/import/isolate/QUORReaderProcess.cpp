@@ -5,6 +5,7 @@
 #include "QUORRadarChecks.h"
 #include "QUORRadarDataStream.h"
 #include "QUORRadarReader.h"
+#include "QUORSystem.h"
 
 #include <QFile>
 
@@ -25,10 +26,6 @@
 namespace {
 
 enum ExitCode { DataFollow = 0, ReasonFollows = 1, NoMemory = 2, NoResult = 3 };
-
-QString systemError() {
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
 
 class Descriptor {
 public:
@@ -73,18 +70,23 @@ void confine(const QUORReaderProcess::Limits& limits, pid_t parent) {
     const auto seconds = rlim_t(limits.processorSeconds);
     limit(RLIMIT_CPU, seconds, seconds + 5);
     limit(RLIMIT_CORE, 0, 0);
+    // Before others when the machine's memory ends.
+    if (const int score = ::open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC); score >= 0) {
+        [[maybe_unused]] const auto written = ::write(score, "1000", 4);
+        ::close(score);
+    }
     // The library would lock a file that its producer may still hold.
     ::setenv("HDF5_USE_FILE_LOCKING", "FALSE", 1);
 }
 
 /// In the child; the code that it ends with.
-int readInto(int file, int result) {
+int readInto(int file, int result, QUORReadExtent extent) {
     QFile out;
     if (!out.open(result, QIODevice::WriteOnly | QIODevice::Unbuffered, QFileDevice::DontCloseHandle)) {
         return NoResult;
     }
     try {
-        const QUORRadarData data = QUORRadarReader::read(file);
+        const QUORRadarData data = QUORRadarReader::read(file, extent);
         return QUORRadarDataStream::write(out, data) ? DataFollow : NoMemory;
     } catch (const std::bad_alloc&) {
         return NoMemory;
@@ -118,19 +120,28 @@ bool awaitEnd(pid_t child, std::chrono::milliseconds wall, int& status) {
     return inTime;
 }
 
-QString fateOf(int status, const QUORReaderProcess::Limits& limits) {
+[[noreturn]] void throwFate(int status, const QUORReaderProcess::Limits& limits) {
     if (WIFSIGNALED(status)) {
         const int signal = WTERMSIG(status);
-        if (signal == SIGXCPU) {
-            return QStringLiteral("reading it took more than %1 s of processor time")
-                .arg(limits.processorSeconds);
+        const QString name = QString::fromLocal8Bit(strsignal(signal));
+        switch (signal) {
+        case SIGXCPU:
+            throw QUORReadingEnded(QStringLiteral("reading it took more than %1 s of processor time")
+                                       .arg(limits.processorSeconds));
+        case SIGKILL: // also by the system when memory ends
+        case SIGTERM:
+        case SIGINT:
+        case SIGHUP:
+            throw QUORReadingInterrupted(QStringLiteral("reading it was ended from outside (%1)").arg(name));
+        default:
+            throw QUORReadingEnded(QStringLiteral("reading it crashed (%1)").arg(name));
         }
-        return QStringLiteral("reading it crashed (%1)").arg(QString::fromLocal8Bit(strsignal(signal)));
     }
     if (WEXITSTATUS(status) == NoMemory) {
-        return QStringLiteral("reading it takes more than %1 MiB of memory").arg(limits.memory >> 20);
+        throw QUORReadingEnded(
+            QStringLiteral("reading it takes more than %1 MiB of memory").arg(limits.memory >> 20));
     }
-    return QStringLiteral("reading it failed");
+    throw QUORReadingEnded(QStringLiteral("reading it failed"));
 }
 
 QString firstLine(const QByteArray& text) {
@@ -145,11 +156,11 @@ QString firstLine(const QByteArray& text) {
 
 } // namespace
 
-QUORRadarData QUORReaderProcess::read(const QString& path) const {
+QUORRadarData QUORReaderProcess::read(const QString& path, QUORReadExtent extent) const {
     const Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat info {};
     if (file.get() < 0 || ::fstat(file.get(), &info) != 0) {
-        throw QUORImportError(systemError());
+        throw QUORImportError(QUORSystem::errorText());
     }
     if (!S_ISREG(info.st_mode)) {
         throw QUORImportError(QStringLiteral("not a regular file"));
@@ -158,15 +169,15 @@ QUORRadarData QUORReaderProcess::read(const QString& path) const {
     const pid_t parent = ::getpid();
     const pid_t child = result.get() < 0 ? -1 : ::fork();
     if (child < 0) {
-        throw QUORImportError(QStringLiteral("no process to read it in: ") + systemError());
+        throw QUORReadingInterrupted(QStringLiteral("no process to read it in: ") + QUORSystem::errorText());
     }
     if (child == 0) {
         confine(_limits, parent);
-        ::_exit(readInto(file.get(), result.get()));
+        ::_exit(readInto(file.get(), result.get(), extent));
     }
     int status = 0;
     if (!awaitEnd(child, _limits.wall, status)) {
-        throw QUORReadingEnded(
+        throw QUORReadingInterrupted(
             QStringLiteral("reading it took longer than %1 s").arg(_limits.wall.count() / 1000));
     }
     QFile in;
@@ -178,10 +189,10 @@ QUORRadarData QUORReaderProcess::read(const QString& path) const {
         throw QUORImportError(firstLine(in.readAll()));
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != DataFollow) {
-        throw QUORReadingEnded(fateOf(status, _limits));
+        throwFate(status, _limits);
     }
     std::optional<QUORRadarData> data = QUORRadarDataStream::read(in);
-    if (!data) {
+    if (!data || (data->isOutline && extent == QUORReadExtent::Whole)) {
         throw QUORImportError(QStringLiteral("reading it gave nothing usable"));
     }
     QUORRadarChecks::verify(*data);

@@ -20,8 +20,9 @@ public:
     QUORReaderProcess() = default;
     explicit QUORReaderProcess(const Limits& limits) : _limits(limits) {}
 
-    /// Throws a QUORImportError with the reader's reason, or with what became of the process.
-    QUORRadarData read(const QString& path) const;
+    /// Throws a QUORImportError with the reader's reason, or with what became of the process. What is asked
+    /// for as an outline may come whole.
+    QUORRadarData read(const QString& path, QUORReadExtent extent = QUORReadExtent::Whole) const;
 
 private:
     Limits _limits;

@@ -14,8 +14,16 @@ public:
     QString getReason() const { return QString::fromUtf8(what()); }
 };
 
-/// Reading took more time or memory than it may, or crashed: so it will as long as the file is the same.
+/// Reading took more processor time or memory than it may, or crashed: so it will as long as the file is the
+/// same.
 class QUORReadingEnded : public QUORImportError {
+public:
+    using QUORImportError::QUORImportError;
+};
+
+/// Reading was ended from outside, lasted too long by the clock or had no process: on a quieter machine it
+/// may succeed.
+class QUORReadingInterrupted : public QUORImportError {
 public:
     using QUORImportError::QUORImportError;
 };

@@ -90,6 +90,10 @@ struct QUORRadarGrid {
     std::vector<Field> fields;
 };
 
+/// How much of a file is read. An outline tells which sweeps and quantities there are, without their values,
+/// where a format tells that without reading all of it.
+enum class QUORReadExtent { Whole, Outline };
+
 /// What a reader found in one file, or what was joined from several: sweeps or a grid.
 struct QUORRadarData {
     QString format;
@@ -98,6 +102,7 @@ struct QUORRadarData {
     double wavelength = 0.0; ///< metres; 0 when unknown
     double beamWidth = 0.0;  ///< degrees; 0 when unknown
     bool isPiece = false;    ///< one sweep or less of a volume whose other sweeps come in other files
+    bool isOutline = false;  ///< sweeps and fields have no values
     std::vector<QUORRadarSweep> sweeps;
     std::optional<QUORRadarGrid> grid;
     QStringList leftOut; ///< fields that no product holds

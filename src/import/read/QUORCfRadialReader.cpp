@@ -200,7 +200,7 @@ bool isTurn(const QString& mode) {
            !mode.contains(QLatin1String("calibration"), Qt::CaseInsensitive);
 }
 
-/// Reads the quantities of those sweeps of a group.
+/// Reads the quantities of those sweeps of a group; of an outline without their values.
 void addMoments(const QUORNetcdfGroup& group, std::size_t rays, const std::vector<Rays>& parts,
                 const std::vector<QUORRadarSweep*>& sweeps, QUORRadarData& data) {
     const Gates gates = gatesOf(group);
@@ -208,7 +208,10 @@ void addMoments(const QUORNetcdfGroup& group, std::size_t rays, const std::vecto
     data.leftOut += fields.leftOut;
     for (const auto& [quantity, field] : fields.best) {
         const auto& [match, variable] = field;
-        const Table table(group, variable, rays, std::size_t(gates.count));
+        std::optional<Table> table;
+        if (!data.isOutline) {
+            table.emplace(group, variable, rays, std::size_t(gates.count));
+        }
         const double unit = *QUORRadarQuantities::unitFactor(quantity, variable.text("units"));
         for (std::size_t i = 0; i < parts.size(); ++i) {
             QUORRadarMoment moment;
@@ -217,7 +220,9 @@ void addMoments(const QUORNetcdfGroup& group, std::size_t rays, const std::vecto
             moment.gates = gates.count;
             moment.firstGate = gates.first;
             moment.gateSpacing = gates.spacing;
-            moment.pack(table.take(parts[i], match.sign * unit), variable.getStep() * unit);
+            if (table) {
+                moment.pack(table->take(parts[i], match.sign * unit), variable.getStep() * unit);
+            }
             sweeps[i]->moments.push_back(std::move(moment));
         }
     }
@@ -346,8 +351,9 @@ bool QUORCfRadialReader::recognises(const QUORNetcdfGroup& root) {
     return !groups.empty() && groups.front().findVariable("azimuth") && groups.front().findVariable("range");
 }
 
-QUORRadarData QUORCfRadialReader::read(const QUORNetcdfGroup& root) {
+QUORRadarData QUORCfRadialReader::read(const QUORNetcdfGroup& root, QUORReadExtent extent) {
     QUORRadarData data;
+    data.isOutline = extent == QUORReadExtent::Outline;
     readInstrument(root, data);
     if (root.findVariable("sweep_start_ray_index")) {
         data.format = QStringLiteral("CfRadial 1");

@@ -18,15 +18,15 @@ namespace {
 
 constexpr qint64 LARGEST_FILE = qint64(2) << 30;
 
-QUORRadarData readNetcdf(const QUORNetcdfGroup& root) {
+QUORRadarData readNetcdf(const QUORNetcdfGroup& root, QUORReadExtent extent) {
     if (QUOROdimReader::recognises(root)) {
-        return QUOROdimReader::read(root);
+        return QUOROdimReader::read(root, extent);
     }
     if (QUORCfRadialReader::recognises(root)) {
-        return QUORCfRadialReader::read(root);
+        return QUORCfRadialReader::read(root, extent);
     }
     if (QUORCfGridReader::recognises(root)) {
-        return QUORCfGridReader::read(root);
+        return QUORCfGridReader::read(root, extent);
     }
     throw QUORImportError(QStringLiteral(
         "an HDF5 or netCDF file, but neither ODIM_H5 nor CfRadial nor a grid with x, y and z"));
@@ -68,11 +68,11 @@ Container containerOf(QByteArrayView content) {
 
 /// `source` is what the netCDF library opens.
 template <class Source>
-QUORRadarData readContent(QByteArrayView content, const Source& source) {
+QUORRadarData readContent(QByteArrayView content, const Source& source, QUORReadExtent extent) {
     QUORRadarData data;
     if (containerOf(content) == Container::Netcdf) {
         const QUORNetcdfFile netcdf(source);
-        data = readNetcdf(netcdf.getRoot());
+        data = readNetcdf(netcdf.getRoot(), extent);
     } else {
         data = QUORLevel2Reader::read(content);
     }
@@ -82,7 +82,7 @@ QUORRadarData readContent(QByteArrayView content, const Source& source) {
 
 } // namespace
 
-QUORRadarData QUORRadarReader::read(int descriptor) {
+QUORRadarData QUORRadarReader::read(int descriptor, QUORReadExtent extent) {
     QFile file;
     if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) {
         throw QUORImportError(file.errorString());
@@ -94,9 +94,9 @@ QUORRadarData QUORRadarReader::read(int descriptor) {
     if (content == nullptr && file.size() > 0) {
         throw QUORImportError(file.errorString());
     }
-    return readContent(QByteArrayView(content, file.size()), descriptor);
+    return readContent(QByteArrayView(content, file.size()), descriptor, extent);
 }
 
 QUORRadarData QUORRadarReader::read(const QByteArray& content) {
-    return readContent(content, content);
+    return readContent(content, content, QUORReadExtent::Whole);
 }

@@ -10,7 +10,7 @@ class QUORRadarReader {
 public:
     /// An open regular file. Throws a QUORImportError, or what the standard library throws when memory ends;
     /// the libraries underneath may crash on a damaged file (see QUORReaderProcess).
-    static QUORRadarData read(int descriptor);
+    static QUORRadarData read(int descriptor, QUORReadExtent extent = QUORReadExtent::Whole);
     /// The content of a file in memory.
     static QUORRadarData read(const QByteArray& content);
 };

@@ -3,14 +3,21 @@
 
 #include "QUORDirectoryListing.h"
 #include "QUORImportError.h"
+#include "QUORSystem.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <cmath>
 
 namespace {
 
 constexpr int MOST_ATTEMPTS = 10;
+/// After which a file that was interrupted each time is left; the pauses grow by the factor.
+constexpr int MOST_INTERRUPTIONS = 5;
+constexpr int PAUSE_GROWTH = 4;
+/// What may wait in memory: volumes to be written, and bytes of pieces to be joined.
+constexpr std::size_t MOST_UNWRITTEN = 8;
+constexpr std::size_t MOST_TO_JOIN = std::size_t(256) << 20;
 
 } // namespace
 
@@ -32,7 +39,7 @@ void QUORImportWatch::look(const QSet<QString>& closed) {
             begin(); // what is in it when it comes is new
         }
         if (!_listingFailed) {
-            _report({_folder}, QString::fromLocal8Bit(std::strerror(listing.getError())));
+            _report({_folder}, QUORSystem::errorText(listing.getError()));
         }
         _listingFailed = true;
         return;
@@ -40,15 +47,37 @@ void QUORImportWatch::look(const QSet<QString>& closed) {
     _listingFailed = false;
     takeList(listing.getNames());
     _waiting = 0;
-    const auto now = Clock::now();
+    _hasMore = false;
+    const auto end = Clock::now() + _timing.pass;
     for (const QString& name : listing.getNames()) {
         File& file = _files[name];
-        if (file.state == State::Growing && (now - file.since >= _timing.settle || closed.contains(name))) {
-            attempt(name, file);
+        if (isDue(file, closed.contains(name)) && !isFull()) {
+            if (Clock::now() < end) {
+                attempt(name, file);
+                importAll(_joiner.takeAlone());
+            } else {
+                _hasMore = true;
+            }
         }
         _waiting += file.state == State::Growing ? 1 : 0;
     }
-    importComplete();
+    importAgain();
+    // The rest of a volume may be among what is left.
+    if (!_hasMore || isFull()) {
+        importAll(_joiner.takeComplete(_timing.quiet));
+    }
+}
+
+bool QUORImportWatch::isDue(const File& file, bool isClosed) const {
+    const auto age = Clock::now() - file.since;
+    if (file.state == State::Interrupted) {
+        return age >= _timing.interrupted * std::pow(PAUSE_GROWTH, file.interruptions - 1);
+    }
+    return file.state == State::Growing && (isClosed || age >= _timing.settle);
+}
+
+bool QUORImportWatch::isFull() const {
+    return _unwritten.size() >= MOST_UNWRITTEN || _joiner.getSize() > MOST_TO_JOIN;
 }
 
 /// Brings the files that are known up to date with a listing.
@@ -84,7 +113,9 @@ QUORImportWatch::File QUORImportWatch::enter(const QString& name, const QUORImpo
             return other; // renamed
         }
     }
-    File file{stamp, State::Growing, Clock::now(), 0, {}};
+    File file;
+    file.stamp = stamp;
+    file.since = Clock::now();
     if (_isFirst) {
         record(name, stamp, {});
         file.state = State::Taken;
@@ -95,6 +126,7 @@ QUORImportWatch::File QUORImportWatch::enter(const QString& name, const QUORImpo
 }
 
 void QUORImportWatch::attempt(const QString& name, File& file) {
+    file.state = State::Growing;
     file.digest = QUORImportRecord::digestOf(pathOf(name));
     const bool isDone = _record.hasContent(file.digest);
     if (isDone || isPending(file.digest)) {
@@ -116,6 +148,8 @@ void QUORImportWatch::attempt(const QString& name, File& file) {
     } catch (const QUORReadingEnded& error) {
         file.attempts = MOST_ATTEMPTS; // it costs too much to be tried again as it is
         fail(name, file, error.getReason());
+    } catch (const QUORReadingInterrupted& error) {
+        interrupt(name, file, error.getReason());
     } catch (const QUORImportError& error) {
         fail(name, file, error.getReason());
     }
@@ -129,7 +163,20 @@ void QUORImportWatch::fail(const QString& name, File& file, const QString& reaso
     }
 }
 
-void QUORImportWatch::importComplete() {
+/// One line for each cause.
+void QUORImportWatch::interrupt(const QString& name, File& file, const QString& reason) {
+    file.since = Clock::now();
+    const int left = MOST_INTERRUPTIONS - ++file.interruptions;
+    file.state = left > 0 ? State::Interrupted : State::Bad;
+    if (file.interruption != reason) {
+        file.interruption = reason;
+        _report({name}, left > 0
+                            ? reason + QStringLiteral("; it will be tried again, %1 times at most").arg(left)
+                            : reason);
+    }
+}
+
+void QUORImportWatch::importAgain() {
     const auto now = Clock::now();
     for (auto entry = _unwritten.begin(); entry != _unwritten.end();) {
         if (now - entry->since < _timing.again) {
@@ -141,9 +188,12 @@ void QUORImportWatch::importComplete() {
             ++entry;
         }
     }
-    for (QUORVolumeJoiner::Volume& volume : _joiner.takeComplete(_timing.quiet)) {
+}
+
+void QUORImportWatch::importAll(std::vector<QUORVolumeJoiner::Volume> volumes) {
+    for (QUORVolumeJoiner::Volume& volume : volumes) {
         if (!importVolume(volume, true)) {
-            _unwritten.push_back({std::move(volume), now});
+            _unwritten.push_back({std::move(volume), Clock::now()});
         }
     }
 }
@@ -169,7 +219,8 @@ bool QUORImportWatch::importVolume(const QUORVolumeJoiner::Volume& volume, bool 
     return true;
 }
 
-/// Files wait no longer; what is done is not taken again, also under the name that it has now.
+/// Files wait no longer; what is done is not taken again, also under the name that it has now. What is not
+/// done is refused.
 void QUORImportWatch::forget(const QStringList& names, bool isDone) {
     for (const QString& name : names) {
         const auto pending = std::find_if(_pending.begin(), _pending.end(),
@@ -180,8 +231,13 @@ void QUORImportWatch::forget(const QStringList& names, bool isDone) {
         if (isDone) {
             record(name, pending->stamp, pending->digest);
         }
-        for (auto file = _files.cbegin(); isDone && file != _files.cend(); ++file) {
-            if (file.key() != name && file->digest == pending->digest) {
+        for (auto file = _files.begin(); file != _files.end(); ++file) {
+            if (file->digest != pending->digest) {
+                continue;
+            }
+            if (!isDone) {
+                file->state = State::Refused;
+            } else if (file.key() != name) {
                 record(file.key(), file->stamp, file->digest);
             }
         }

@@ -16,6 +16,9 @@
 /// looked at, a file that grows is waited for, one that is renamed or copied is not taken twice, one that
 /// comes again with other content is, a bad one costs one line.
 ///
+/// What is read is bounded: a volume that needs no other file is imported before the next file is read, and
+/// while much waits to be joined or written, no more is read.
+///
 /// `look` makes one pass; who calls it decides when. Used by one thread, in a process without others.
 class QUORImportWatch {
 public:
@@ -26,6 +29,10 @@ public:
         std::chrono::milliseconds quiet{60000};
         /// What could not be written is tried again.
         std::chrono::milliseconds again{60000};
+        /// What was interrupted while it was read is tried again, then after four times as long, and so on.
+        std::chrono::milliseconds interrupted{60000};
+        /// One pass begins to read no further file after so long, so that others have their turn.
+        std::chrono::milliseconds pass{2000};
         /// Of one attempt to read a file.
         QUORReaderProcess::Limits reading{};
     };
@@ -42,18 +49,23 @@ public:
     void takeExisting() { _isFirst = false; }
     /// One pass. `closed` are names that a writer has just closed or renamed into place.
     void look(const QSet<QString>& closed);
+    /// The last pass left complete files for the next one.
+    bool hasMore() const { return _hasMore; }
     /// Something is to be looked at again soon.
     bool isWaiting() const { return _waiting > 0 || !_joiner.isEmpty() || !_unwritten.empty(); }
 
 private:
     using Clock = std::chrono::steady_clock;
-    enum class State { Growing, Taken, Bad };
+    /// Refused by the options is what another start may take.
+    enum class State { Growing, Interrupted, Taken, Refused, Bad };
     struct File {
         QUORImportRecord::Stamp stamp;
         State state = State::Growing;
         Clock::time_point since; ///< of the stamp, or of the last attempt
         int attempts = 0;        ///< that failed since it last changed
         QByteArray digest;
+        int interruptions = 0;
+        QString interruption; ///< that has been reported
     };
     /// A file that waits for the rest of its volume, as it was read; it may have another name meanwhile.
     struct Pending {
@@ -69,9 +81,13 @@ private:
     void takeList(const QStringList& names);
     void begin();
     File enter(const QString& name, const QUORImportRecord::Stamp& stamp);
+    bool isDue(const File& file, bool isClosed) const;
+    bool isFull() const;
     void attempt(const QString& name, File& file);
+    void interrupt(const QString& name, File& file, const QString& reason);
     void fail(const QString& name, File& file, const QString& reason);
-    void importComplete();
+    void importAgain();
+    void importAll(std::vector<QUORVolumeJoiner::Volume> volumes);
     bool importVolume(const QUORVolumeJoiner::Volume& volume, bool isFirst);
     void forget(const QStringList& names, bool isDone);
     void record(const QString& name, const QUORImportRecord::Stamp& stamp, const QByteArray& digest);
@@ -92,4 +108,5 @@ private:
     bool _hasBegun = false;
     bool _listingFailed = false;
     int _waiting = 0;
+    bool _hasMore = false;
 };

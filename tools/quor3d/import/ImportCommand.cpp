@@ -4,20 +4,18 @@
 #include "ImportReport.h"
 #include "QUORFilePublisher.h"
 #include "QUORFolderEvents.h"
-#include "QUORImportError.h"
+#include "QUORImportBatch.h"
 #include "QUORImportWatch.h"
 #include "QUORReaderProcess.h"
-#include "QUORVolumeJoiner.h"
 
 #include <CLI/CLI.hpp>
 
 #include <QDir>
 
-#include <algorithm>
-
 namespace {
 
 /// While something is being waited for, and otherwise, whatever the system says of the folder.
+constexpr std::chrono::milliseconds NOW{0};
 constexpr std::chrono::milliseconds SOON{1000};
 constexpr std::chrono::milliseconds CHECK{60000};
 
@@ -51,6 +49,15 @@ double kilometres(const char* option, double value) {
         refuse(option, "is more than 0 and at most 2000 km");
     }
     return value * 1000.0;
+}
+
+/// The letters of the 3D products.
+std::vector<std::string> quantityLetters() {
+    std::vector<std::string> letters;
+    for (const QUORRadarQuantity quantity : QUORRadarQuantities::ALL) {
+        letters.emplace_back(1, QUORRadarQuantities::letter(quantity));
+    }
+    return letters;
 }
 
 std::string relationNames() {
@@ -162,9 +169,10 @@ void ImportCommand::addProductOptions(CLI::App& app) {
                    _options.quantities.insert(*QUORRadarQuantities::fromLetter(QLatin1Char(letter[0])));
                }
            },
-           "3D products to write: Z, V, W, R; all that the data give unless set")
+           "3D products to write: " + CLI::detail::join(quantityLetters(), ", ") +
+               "; all that the data give unless set")
         ->delimiter(',')
-        ->check(CLI::IsMember({"Z", "V", "W", "R"}))
+        ->check(CLI::IsMember(quantityLetters()))
         ->type_name("LIST");
     app.add_option_function<std::vector<std::string>>(
            "--flat",
@@ -242,7 +250,7 @@ ExitStatus ImportCommand::watchFolder() {
     QSet<QString> closed;
     while (!events.isStopped()) {
         watch.look(closed);
-        closed = events.wait(watch.isWaiting() ? SOON : CHECK);
+        closed = events.wait(watch.hasMore() ? NOW : (watch.isWaiting() ? SOON : CHECK));
     }
     return ExitStatus::Success;
 }
@@ -251,38 +259,17 @@ ExitStatus ImportCommand::importFiles() {
     ImportReport report(_json, _dryRun);
     QUORImporter importer(_options);
     const QUORReaderProcess reader;
-    QUORVolumeJoiner joiner(_join);
-    std::vector<std::pair<QUORRadarData, QString>> pieces;
-    const auto make = [&](const QUORRadarData& data, const QStringList& files) {
-        try {
-            report.volume(files, data, _dryRun ? importer.plan(data) : importer.import(data));
-        } catch (const QUORImportError& error) {
-            report.failure(files, error.getReason());
-        }
-    };
-    int done = 0;
+    QStringList files;
     for (const std::string& name : _files) {
-        const QString file = toText(name);
-        report.progress(done++, int(_files.size()));
-        try {
-            QUORRadarData data = reader.read(file);
-            if (QUORVolumeJoiner::mayJoin(data)) {
-                pieces.emplace_back(std::move(data), file);
-            } else {
-                make(data, {file});
-            }
-        } catch (const QUORImportError& error) {
-            report.failure({file}, error.getReason());
-        }
+        files.append(toText(name));
     }
-    std::stable_sort(pieces.begin(), pieces.end(),
-                     [](const auto& a, const auto& b) { return a.first.time < b.first.time; });
-    for (auto& [data, file] : pieces) {
-        joiner.add(std::move(data), file);
-    }
-    for (const QUORVolumeJoiner::Volume& volume : joiner.takeAll()) {
-        make(volume.data, volume.files);
-    }
-    report.progress(done, done);
+    QUORImportBatch batch(
+        _join, [&](const QString& file, QUORReadExtent extent) { return reader.read(file, extent); },
+        [&](const QUORRadarData& data, const QStringList& from) {
+            report.volume(from, data, _dryRun ? importer.plan(data) : importer.import(data));
+        },
+        [&](const QStringList& from, const QString& reason) { report.failure(from, reason); },
+        [&](int done) { report.progress(done, int(files.size())); });
+    batch.run(files);
     return report.hasFailed() ? ExitStatus::Found : ExitStatus::Success;
 }
