@@ -276,6 +276,14 @@ private:
 
 } // namespace
 
+QStringList QUORImportOptions::allFlat() {
+    QStringList names;
+    for (const FlatRow& row : FLAT) {
+        names.append(QLatin1String(row.name));
+    }
+    return names;
+}
+
 QUORImportResult QUORImporter::plan(const QUORRadarData& data) const {
     return Job(data, _options).plan();
 }

@@ -14,14 +14,16 @@
 
 /// What shall be made of radar data, and where it goes.
 struct QUORImportOptions {
+    /// Names of all 2D products that can be made.
+    static QStringList allFlat();
+
     QString folder3d;
     QString folder2d;
     QUORGridRequest grid;
     /// Of the 3D products.
     std::set<QUORRadarQuantity> quantities{QUORRadarQuantities::ALL.begin(), QUORRadarQuantities::ALL.end()};
     /// Names of the 2D products.
-    QStringList flat{QStringLiteral("MAX"), QStringLiteral("SRI"), QStringLiteral("VIL"),
-                     QStringLiteral("PPI")};
+    QStringList flat = allFlat();
     QString site;     ///< in place of the name in the data, where not empty
     int itemSize = 2; ///< bytes of an element, where the quantity has both forms
     QUORRainRelation rain = QUORRainRelation::standard();

@@ -14,6 +14,8 @@
 #include <csignal>
 #include <pthread.h>
 #include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -233,6 +235,33 @@ TEST_F(QUORImportWatchTest, TriesAgainForAWhileWhatWasInterrupted) {
     readings = 0;
     EXPECT_EQ(look(5), QStringList());
     EXPECT_EQ(readings, 1);
+}
+
+TEST_F(QUORImportWatchTest, ReadsNothingMoreWhenTheProgramEnds) {
+    look();
+    for (const char* name : {"a", "b"}) {
+        writeFile(path(name), volume + name);
+    }
+    sigset_t ending;
+    sigset_t before;
+    sigemptyset(&ending);
+    sigaddset(&ending, SIGTERM);
+    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &ending, &before), 0);
+    const pid_t other = ::fork();
+    if (other == 0) {
+        ::usleep(100000);
+        ::kill(::getppid(), SIGTERM);
+        ::_exit(0);
+    }
+    endOfReadings = SIGSTOP; // hangs
+    EXPECT_EQ(look(3), QStringList()) << "long before the wall-clock limit";
+    int signal = 0;
+    ::sigwait(&ending, &signal);
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    ::waitpid(other, nullptr, 0);
+    EXPECT_EQ(reported, QStringList());
+    endOfReadings = 0;
+    EXPECT_EQ(look(), QStringList({"a", "b"}));
 }
 
 TEST_F(QUORImportWatchTest, ReadsNoMoreThanItCanWrite) {

@@ -9,6 +9,7 @@
 
 #include <QFile>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -18,6 +19,7 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/signalfd.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -96,20 +98,32 @@ int readInto(int file, int result, QUORReadExtent extent) {
     }
 }
 
-/// Waits for the end of the child; false when it was ended for the time it took.
+/// Those that end a program; where it blocks them, to take them later, they are pending meanwhile.
+sigset_t endingSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    return signals;
+}
+
+/// Waits for the end of the child; false when it was ended for the time it took, or because the program ends.
 bool awaitEnd(pid_t child, std::chrono::milliseconds wall, int& status) {
     const Descriptor handle(int(::syscall(SYS_pidfd_open, child, 0)));
+    const sigset_t signals = endingSignals();
+    const Descriptor ending(
+        ::signalfd(-1, &signals, SFD_CLOEXEC)); // polled only: who waits for them reads them
     const auto deadline = std::chrono::steady_clock::now() + wall;
     bool inTime = true;
     for (;;) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now());
-        pollfd poll{handle.get(), POLLIN, 0};
-        const int ready = left.count() > 0 ? ::poll(&poll, 1, int(left.count())) : 0;
-        if (ready > 0) {
+        std::array<pollfd, 2> polls{{{handle.get(), POLLIN, 0}, {ending.get(), POLLIN, 0}}};
+        const int ready = left.count() > 0 ? ::poll(polls.data(), polls.size(), int(left.count())) : 0;
+        if (ready > 0 && polls[0].revents != 0) {
             break;
         }
-        if (ready == 0 || errno != EINTR) {
+        if (ready >= 0 || errno != EINTR) {
             inTime = ready < 0;
             ::kill(child, SIGKILL);
             break;
@@ -156,6 +170,12 @@ QString firstLine(const QByteArray& text) {
 
 } // namespace
 
+bool QUORReaderProcess::isEnding() {
+    sigset_t pending;
+    return ::sigpending(&pending) == 0 &&
+           (sigismember(&pending, SIGTERM) == 1 || sigismember(&pending, SIGINT) == 1);
+}
+
 QUORRadarData QUORReaderProcess::read(const QString& path, QUORReadExtent extent) const {
     const Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat info {};
@@ -177,6 +197,9 @@ QUORRadarData QUORReaderProcess::read(const QString& path, QUORReadExtent extent
     }
     int status = 0;
     if (!awaitEnd(child, _limits.wall, status)) {
+        if (isEnding()) {
+            throw QUORReadingInterrupted(QStringLiteral("reading it was ended with the program"));
+        }
         throw QUORReadingInterrupted(
             QStringLiteral("reading it took longer than %1 s").arg(_limits.wall.count() / 1000));
     }

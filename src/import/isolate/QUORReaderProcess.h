@@ -20,6 +20,9 @@ public:
     QUORReaderProcess() = default;
     explicit QUORReaderProcess(const Limits& limits) : _limits(limits) {}
 
+    /// A signal that ends the program waits to be taken: no reading goes on then.
+    static bool isEnding();
+
     /// Throws a QUORImportError with the reader's reason, or with what became of the process. What is asked
     /// for as an outline may come whole.
     QUORRadarData read(const QString& path, QUORReadExtent extent = QUORReadExtent::Whole) const;

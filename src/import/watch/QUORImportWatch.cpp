@@ -52,7 +52,7 @@ void QUORImportWatch::look(const QSet<QString>& closed) {
     for (const QString& name : listing.getNames()) {
         File& file = _files[name];
         if (isDue(file, closed.contains(name)) && !isFull()) {
-            if (Clock::now() < end) {
+            if (Clock::now() < end && !QUORReaderProcess::isEnding()) {
                 attempt(name, file);
                 importAll(_joiner.takeAlone());
             } else {
@@ -60,6 +60,9 @@ void QUORImportWatch::look(const QSet<QString>& closed) {
             }
         }
         _waiting += file.state == State::Growing ? 1 : 0;
+    }
+    if (QUORReaderProcess::isEnding()) {
+        return; // what is left is read again at the next start
     }
     importAgain();
     // The rest of a volume may be among what is left.
@@ -165,6 +168,9 @@ void QUORImportWatch::fail(const QString& name, File& file, const QString& reaso
 
 /// One line for each cause.
 void QUORImportWatch::interrupt(const QString& name, File& file, const QString& reason) {
+    if (QUORReaderProcess::isEnding()) {
+        return;
+    }
     file.since = Clock::now();
     const int left = MOST_INTERRUPTIONS - ++file.interruptions;
     file.state = left > 0 ? State::Interrupted : State::Bad;

@@ -44,6 +44,16 @@ std::array<double, N> numbers(const char* option, const std::string& text, QChar
     return values;
 }
 
+using Names = std::vector<std::string>;
+
+std::string listOf(const Names& names) {
+    std::string list;
+    for (const std::string& name : names) {
+        list += (list.empty() ? "" : ", ") + name;
+    }
+    return list;
+}
+
 double kilometres(const char* option, double value) {
     if (!(value > 0.0 && value <= 2000.0)) {
         refuse(option, "is more than 0 and at most 2000 km");
@@ -51,19 +61,32 @@ double kilometres(const char* option, double value) {
     return value * 1000.0;
 }
 
-/// The letters of the 3D products.
-std::vector<std::string> quantityLetters() {
-    std::vector<std::string> letters;
-    for (const QUORRadarQuantity quantity : QUORRadarQuantities::ALL) {
-        letters.emplace_back(1, QUORRadarQuantities::letter(quantity));
-    }
-    return letters;
+Names withNone(Names names) {
+    names.emplace_back("none");
+    return names;
 }
 
-std::string relationNames() {
-    std::string names;
+/// The letters of the 3D products.
+Names quantityNames() {
+    Names names;
+    for (const QUORRadarQuantity quantity : QUORRadarQuantities::ALL) {
+        names.emplace_back(1, QUORRadarQuantities::letter(quantity));
+    }
+    return names;
+}
+
+Names flatNames() {
+    Names names;
+    for (const QString& name : QUORImportOptions::allFlat()) {
+        names.push_back(name.toStdString());
+    }
+    return names;
+}
+
+Names relationNames() {
+    Names names;
     for (const QUORRainRelation& relation : QUORRainRelation::getAll()) {
-        names += (names.empty() ? "" : ", ") + std::string(relation.name);
+        names.emplace_back(relation.name);
     }
     return names;
 }
@@ -169,10 +192,9 @@ void ImportCommand::addProductOptions(CLI::App& app) {
                    _options.quantities.insert(*QUORRadarQuantities::fromLetter(QLatin1Char(letter[0])));
                }
            },
-           "3D products to write: " + CLI::detail::join(quantityLetters(), ", ") +
-               "; all that the data give unless set")
+           "3D products to write: " + listOf(quantityNames()) + "; all that the data give unless set")
         ->delimiter(',')
-        ->check(CLI::IsMember(quantityLetters()))
+        ->check(CLI::IsMember(quantityNames()))
         ->type_name("LIST");
     app.add_option_function<std::vector<std::string>>(
            "--flat",
@@ -182,9 +204,9 @@ void ImportCommand::addProductOptions(CLI::App& app) {
                    _options.flat.append(toText(name));
                }
            },
-           "2D products to write: MAX, SRI, VIL, PPI, or none; all unless set")
+           "2D products to write: " + listOf(flatNames()) + ", or none; all unless set")
         ->delimiter(',')
-        ->check(CLI::IsMember({"MAX", "SRI", "VIL", "PPI", "none"}))
+        ->check(CLI::IsMember(withNone(flatNames())))
         ->type_name("LIST");
     app.add_option_function<std::string>(
            "--site", [this](const std::string& text) { _options.site = toText(text); },
@@ -198,11 +220,11 @@ void ImportCommand::addProductOptions(CLI::App& app) {
            [this](const std::string& text) {
                const auto relation = QUORRainRelation::find(toText(text));
                if (!relation) {
-                   refuse("--rain", "one of " + relationNames());
+                   refuse("--rain", "one of " + listOf(relationNames()));
                }
                _options.rain = *relation;
            },
-           "Relation of reflectivity and rain rate: " + relationNames())
+           "Relation of reflectivity and rain rate: " + listOf(relationNames()))
         ->type_name("NAME");
     app.add_option_function<double>(
            "--rain-height",
