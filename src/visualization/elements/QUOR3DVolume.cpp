@@ -4,12 +4,12 @@
 #include "QUORColormap.h"
 #include "QUORDataType.h"
 #include "QUORLog.h"
+#include "QUORVolumeMapper.h"
 
 #include <vtkActor.h>
 #include <vtkAlgorithm.h>
 #include <vtkAssembly.h>
 #include <vtkColorTransferFunction.h>
-#include <vtkFixedPointVolumeRayCastMapper.h>
 #include <vtkGPUVolumeRayCastMapper.h>
 #include <vtkImageData.h>
 #include <vtkNew.h>
@@ -42,8 +42,7 @@ vtkSmartPointer<vtkVolumeMapper> makeMapper(vtkImageData* image) {
 
 vtkSmartPointer<vtkVolumeMapper> makeMapper(vtkAlgorithm* data, bool hardware) {
     auto* image = vtkImageData::SafeDownCast(data->GetOutputDataObject(0));
-    return hardware ? makeMapper<vtkGPUVolumeRayCastMapper>(image)
-                    : makeMapper<vtkFixedPointVolumeRayCastMapper>(image);
+    return hardware ? makeMapper<vtkGPUVolumeRayCastMapper>(image) : makeMapper<QUORVolumeMapper>(image);
 }
 
 /// Never seen; as an invisible part it costs nothing.
@@ -97,6 +96,10 @@ void QUOR3DVolume::update(const QUORLayerParameters3d& params, const QUORDataTyp
     property->SetInterpolationTypeToLinear();
     property->ShadeOff();
     _volume->SetProperty(property);
+    if (auto* mapper = QUORVolumeMapper::SafeDownCast(_mapper)) {
+        const double lowest = std::min(params.getVolumeValueLow(), params.getVolumeValueHigh());
+        mapper->SetLowestSeen(makeEnd(lowest, 0.0, dataType).value);
+    }
 }
 
 void QUOR3DVolume::run() {
