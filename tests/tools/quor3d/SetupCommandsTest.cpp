@@ -24,7 +24,9 @@
 #include <QJsonObject>
 #include <QProcess>
 
+#include <cstdlib>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -240,26 +242,97 @@ TEST_F(SetupCommandsTest, ChecksForPeopleAndForScripts) {
     EXPECT_EQ(report["findings"].toArray().at(0)["cost"].toString(), QStringLiteral("none"));
 }
 
+TEST_F(SetupCommandsTest, KeepsColourScalesFromPaletteFiles) {
+    const std::string folder = _home.path().toStdString();
+    ScratchHome::writePackaged(
+        QStringLiteral("QUOR3DColors.conf"),
+        QString::fromUtf8(readFile(sourcePath(QStringLiteral("share/QUOR3DColors.conf")))));
+    writeFile(_home.path() + QStringLiteral("/storm.pal"),
+              "; reflectivity\nunits: dBZ\ncolor: 0 0 0 128\ncolor: 30 0 200 0\ncolor: 60 255 0 0\n");
+    writeFile(_home.path() + QStringLiteral("/wind.cpt"),
+              "-20 0 0 255 0 255 255 255\n0 255 255 255 20 255 0 0\n");
+    writeFile(_home.path() + QStringLiteral("/bad.pal"), "color: ten 1 2 3\n");
+    const struct {
+        std::vector<std::string> words;
+        int status;
+        const char* said;
+    } rows[] = {
+        {{"scales", "import", folder + "/storm.pal", "--name", "Storm", "--data", "Z"}, 0, "Storm"},
+        {{"scales", "import", folder + "/wind.cpt", "--name", "Wind", "--data", "V"}, 0, "Wind"},
+        {{"scales", "import", folder + "/storm.pal", "--name", "Storm", "--data", "Z"}, 1, "Storm"},
+        {{"scales", "import", folder + "/bad.pal", "--name", "Bad", "--data", "Z"}, 1, "bad.pal"},
+        {{"scales", "import", folder + "/none.pal", "--name", "Bad", "--data", "Z"}, 1, "none.pal"},
+        {{"scales", "import", folder + "/storm.pal", "--name", "Bad", "--data", "Q"}, 2, "Q"},
+        {{"scales", "rename", "Storm", "Storm 2", "--data", "Z"}, 0, ""},
+        {{"scales", "preview", "Storm 2", folder + "/scale.png", "--data", "Z"}, 0, ""},
+        {{"scales", "preview", "Nothing", folder + "/none.png", "--data", "Z"}, 1, "Nothing"},
+        {{"scales", "remove", "Wind"}, 0, ""},
+        {{"scales", "list"}, 0, "Storm 2"},
+    };
+    for (const auto& row : rows) {
+        const Result result = call(row.words);
+        EXPECT_EQ(result.status, row.status) << row.words.at(2) << ' ' << row.words.back() << result.error;
+        EXPECT_NE((result.out + result.error).find(row.said), std::string::npos)
+            << result.out << result.error;
+    }
+    EXPECT_EQ(call({"scales", "list"}).out.find("Wind"), std::string::npos);
+    const QImage picture(_home.path() + QStringLiteral("/scale.png"));
+    ASSERT_FALSE(picture.isNull());
+    bool low = false;
+    bool middle = false;
+    for (int i = 0; i < picture.width() * picture.height(); ++i) {
+        const QRgb pixel = picture.pixel(i % picture.width(), i / picture.width());
+        low = low || (qRed(pixel) < 10 && qGreen(pixel) < 10 && std::abs(qBlue(pixel) - 128) < 10);
+        middle = middle || (qRed(pixel) < 10 && std::abs(qGreen(pixel) - 200) < 10 && qBlue(pixel) < 10);
+    }
+    EXPECT_TRUE(low && middle);
+    EXPECT_FALSE(QFile::exists(_home.path() + QStringLiteral("/none.png")));
+}
+
+TEST_F(SetupCommandsTest, KnowsUsersBeforeItDoesAnything) {
+    for (const char* command : {"check", "show", "status"}) {
+        const Result result = call({command, "--user", "nobody by that name"}, false);
+        EXPECT_EQ(result.status, 2) << command;
+        EXPECT_TRUE(result.out.empty()) << result.out;
+    }
+}
+
 TEST_F(SetupCommandsTest, TellsALivingServiceFromASilentAndAnEndedOne) {
     const QString file = _home.path() + QStringLiteral("/status.json");
+    const QString program = _home.path() + QStringLiteral("/quor3dd");
+    ASSERT_TRUE(QFile::copy(QStringLiteral("/bin/sleep"), program));
+    QProcess living;
+    living.start(program, {QStringLiteral("60")});
+    ASSERT_TRUE(living.waitForStarted());
     const QDateTime now = QDateTime::currentDateTimeUtc();
     const struct {
         qint64 pid;
         int age;
         int status;
         const char* said;
-    } rows[] = {{0, 10, 1, "ended"}, {2147483000, 10, 1, "ended"}, {-1, 10, 1, "ended"}};
+    } rows[] = {{0, 10, 1, "ended"},
+                {2147483000, 10, 1, "ended"},
+                {-1, 10, 1, "ended"},
+                {::getpid(), 10, 1, "ended"}, // another program has the number by now
+                {living.processId(), 10, 0, "running"},
+                {living.processId(), 400, 1, "silent"}};
     for (const auto& row : rows) {
-        const QJsonObject status{{"pid", row.pid},
-                                 {"version", "1.1.0"},
-                                 {"started", now.addSecs(-7200).toString(Qt::ISODateWithMs)},
-                                 {"updated", now.addSecs(-row.age).toString(Qt::ISODateWithMs)},
-                                 {"written", 12},
-                                 {"failed", QJsonObject{{"writing", 3}}}};
+        const QJsonObject status{
+            {"pid", row.pid},
+            {"version", "1.1.0"},
+            {"started", now.addSecs(-7200).toString(Qt::ISODateWithMs)},
+            {"updated", now.addSecs(-row.age).toString(Qt::ISODateWithMs)},
+            {"written", 12},
+            {"lastImage", QJsonObject{{"file", "/out/x.png"},
+                                      {"written", now.addSecs(-240).toString(Qt::ISODateWithMs)},
+                                      {"secondsAfterArrival", 0.84},
+                                      {"secondsAfterProduct", 16909500.0}}},
+            {"failed", QJsonObject{{"writing", 3}}}};
         writeFile(file, QJsonDocument(status).toJson());
         const Result result = call({"status", "--file", file.toStdString()}, false);
         EXPECT_EQ(result.status, row.status);
-        for (const char* said : {row.said, "1.1.0", "2 h ago", "3 writing", "none yet"}) {
+        for (const char* said : {row.said, "1.1.0", "2 h ago", "3 writing", "/out/x.png", "4 min ago",
+                                 "0.8 s after its file", "196 days after its product time"}) {
             EXPECT_NE(result.out.find(said), std::string::npos) << result.out;
         }
     }
@@ -267,6 +340,8 @@ TEST_F(SetupCommandsTest, TellsALivingServiceFromASilentAndAnEndedOne) {
     EXPECT_NE(call({"status", "--file", file.toStdString()}, false).error.find("no status"),
               std::string::npos);
     EXPECT_EQ(call({"status", "--file", "/none"}, false).status, 1);
+    living.kill();
+    living.waitForFinished();
 }
 
 } // namespace

@@ -72,7 +72,10 @@ void become(const Account& account) {
 void ServiceUser::addOption(CLI::App& app) {
     app.add_option("--user", _named,
                    "The user that the service runs as (default: this one, for root the background user)")
-        ->type_name("NAME");
+        ->type_name("NAME")
+        ->check([](const std::string& name) {
+            return findByName(QString::fromStdString(name)) ? std::string() : "there is no user " + name;
+        });
 }
 
 QString ServiceUser::current() {

@@ -35,18 +35,24 @@ QDateTime timeOf(const QJsonValue& value) {
     return QDateTime::fromString(value.toString(), Qt::ISODateWithMs);
 }
 
+QString describeSpan(double seconds) {
+    const auto in = [&](int unit, const char* name) {
+        return QString::number(seconds / unit, 'f', 0) + QLatin1Char(' ') + QLatin1String(name);
+    };
+    return seconds < 10.0       ? QString::number(std::round(seconds * 10.0) / 10.0) + QStringLiteral(" s")
+           : seconds < 120.0    ? in(1, "s")
+           : seconds < 7200.0   ? in(60, "min")
+           : seconds < 172800.0 ? in(3600, "h")
+                                : in(86400, "days");
+}
+
 QString describeTime(const QJsonValue& value) {
     const QDateTime time = timeOf(value);
     if (!time.isValid()) {
         return QStringLiteral("unknown");
     }
-    const qint64 age = time.secsTo(QDateTime::currentDateTimeUtc());
-    const QString ago = age < 120      ? QString::number(age) + QStringLiteral(" s")
-                        : age < 7200   ? QString::number(age / 60) + QStringLiteral(" min")
-                        : age < 172800 ? QString::number(age / 3600) + QStringLiteral(" h")
-                                       : QString::number(age / 86400) + QStringLiteral(" days");
-    return time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) + QStringLiteral(" UTC, ") + ago +
-           QStringLiteral(" ago");
+    return time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) + QStringLiteral(" UTC, ") +
+           describeSpan(double(time.secsTo(QDateTime::currentDateTimeUtc()))) + QStringLiteral(" ago");
 }
 
 QString describeCounts(const QJsonObject& counts) {
@@ -70,9 +76,7 @@ QString describeDirectory(const QJsonObject& directory) {
 QString describeImage(const QJsonObject& image) {
     const auto seconds = [&](const char* name) {
         const QJsonValue value = image[QLatin1String(name)];
-        return value.isDouble()
-                   ? QString::number(std::round(value.toDouble() * 10.0) / 10.0) + QStringLiteral(" s")
-                   : QStringLiteral("unknown");
+        return value.isDouble() ? describeSpan(value.toDouble()) : QStringLiteral("unknown");
     };
     return image[QLatin1String("file")].toString() + QStringLiteral("\n                ") +
            describeTime(image[QLatin1String("written")]) + QStringLiteral("; ") +
