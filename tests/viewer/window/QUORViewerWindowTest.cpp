@@ -18,11 +18,13 @@
 #include <QImageReader>
 #include <QLabel>
 #include <QListWidget>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QSlider>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTranslator>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
@@ -466,6 +468,22 @@ TEST_F(QUORViewerWindowTest, RemembersItsWindowInAFileOfItsOwn) {
     EXPECT_EQ(readFile(ScratchHome::settingsDirectory() + QStringLiteral("/QUOR3D.conf")), settings);
     QUORViewerWindow again;
     EXPECT_EQ(again.size(), size);
+}
+
+TEST_F(QUORViewerWindowTest, SpeaksOtherLanguages) {
+    window.reset();
+    QTranslator german;
+    if (!german.load(QStringLiteral(QUOR_TRANSLATIONS "/quor3d-view_de.qm"))) {
+        GTEST_SKIP() << "built without translations";
+    }
+    QCoreApplication::installTranslator(&german);
+    makeWindow();
+    EXPECT_EQ(window->menuBar()->actions().at(0)->text(), QStringLiteral("&Datei"));
+    window->open(folders.path(QStringLiteral("missing.cap")));
+    EXPECT_TRUE(window->getMessage().endsWith(QStringLiteral(" gibt es nicht.")))
+        << window->getMessage().toStdString();
+    window.reset();
+    QCoreApplication::removeTranslator(&german);
 }
 
 // Of the volumes in QUOR_GUIDE_VOLUMES over the tiles in QUOR_GUIDE_TERRAIN, to the folder
