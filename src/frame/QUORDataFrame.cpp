@@ -274,7 +274,14 @@ QStringList QUORDataFrame::getLegendDetails(const QUORGeneralSettings& settings)
     QStringList lines;
     if (_activeData3d && _activeData3d->getFile()->isValid()) {
         lines << utc(*_activeData3d->getFile(), QStringLiteral("yyyy-MM-dd HH:mm:ss"))
-              << QStringLiteral("Heights x ") + QString::number(settings.getVerticalScale());
+              << QStringLiteral("Heights x %1, a tick each %2")
+                     .arg(QString::number(settings.getVerticalScale()),
+                          settings.formattedSmallLength(settings.getHeightTicks(), 0));
+        const double scale = _activeData3d->getFile()->getMapScale();
+        if (scale != 1.0) {
+            lines << QStringLiteral("Map distances: 100 %1 = %2 %1 of ground")
+                         .arg(settings.getLengthUnitBig(), QString::number(100.0 / scale, 'f', 0));
+        }
     }
     if (_data2d) {
         const QUORFile& file = *_data2d->getFile();

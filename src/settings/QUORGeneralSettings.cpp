@@ -27,6 +27,8 @@ const QString QUORGeneralSettings::ANIMATION_SPEED = QStringLiteral("animspeed")
 
 namespace {
 
+constexpr double METRIC_TICKS = 2500.0;
+constexpr double TEN_THOUSAND_FEET = 3048.0;
 constexpr const char* LAT_LON_TEXTS[] = {"d", "Dm", "DMs"};
 
 QString translated(const char* text) {
@@ -187,6 +189,10 @@ QString QUORGeneralSettings::formattedBigLength(double km, int decimals) const {
 
 QString QUORGeneralSettings::formattedSmallLength(double m, int decimals) const {
     return QString::number(getCorrectLengthSmall(m), 'f', decimals) + QLatin1Char(' ') + getLengthUnitSmall();
+}
+
+double QUORGeneralSettings::getHeightTicks() const {
+    return _values.metricUnits ? METRIC_TICKS : TEN_THOUSAND_FEET;
 }
 
 QString QUORGeneralSettings::formatCoordinates(const QUORCoordinate& coordinate,

@@ -96,6 +96,8 @@ public:
     QString getLengthUnitSmall() const;
     QString formattedBigLength(double km, int decimals) const;
     QString formattedSmallLength(double m, int decimals) const;
+    /// Metres of height between the ticks of the outline: a round number in the units in use.
+    double getHeightTicks() const;
     QString formatCoordinates(const QUORCoordinate& coordinate, QUORCoordinate::Modifier modifier) const;
     QString formatLatitude(const QUORCoordinate& coordinate) const;
     QString formatLongitude(const QUORCoordinate& coordinate) const;

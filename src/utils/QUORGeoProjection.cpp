@@ -183,6 +183,18 @@ bool QUORGeoProjection::isSameMap(const QUORGeoProjection& other) const {
            _inverseFlattening == other._inverseFlattening;
 }
 
+double QUORGeoProjection::getScaleAtReference() const {
+    const QMutexLocker lock(&_handles->mutex);
+    if (_handles->projection == nullptr) {
+        return 1.0;
+    }
+    const PJ_COORD place = proj_coord(_reference.getLon() * QUORUnits::RADIANS_PER_DEGREE,
+                                      _reference.getLat() * QUORUnits::RADIANS_PER_DEGREE, 0.0, 0.0);
+    proj_errno_reset(_handles->projection);
+    const double scale = proj_factors(_handles->projection, place).meridional_scale;
+    return std::isfinite(scale) && scale > 0.0 ? scale : 1.0;
+}
+
 bool QUORGeoProjection::isReady() const {
     return _handles->projection != nullptr;
 }

@@ -33,6 +33,9 @@ public:
     QUORCoordinate projectToLatLon(const QUORPoint3D& p) const;
 
     bool isReady() const;
+    /// Metres of the map for a metre of the ground at the reference location, along the meridian there: 1 for
+    /// an azimuthal map, more for Mercator away from the equator; 1 also where it cannot be told.
+    double getScaleAtReference() const;
     /// Whether both put every place at the same point.
     bool isSameMap(const QUORGeoProjection& other) const;
     QString getName() const { return _name; }

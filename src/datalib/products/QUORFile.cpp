@@ -31,6 +31,7 @@ constexpr double SMALLEST_EARTH_RADIUS = 6.0e6;
 constexpr double LARGEST_EARTH_RADIUS = 6.6e6;
 constexpr double SMALLEST_INVERSE_FLATTENING = 100.0;
 constexpr double LARGEST_EXTENT = 5.0e6; ///< metres, far beyond any radar's range
+constexpr double EXACT_MAP = 0.005;
 constexpr std::size_t SMALLEST_PURGE = 64;
 
 class Descriptor {
@@ -401,6 +402,11 @@ QString QUORFile::getProjection() const {
 
 QUORCoordinate QUORFile::getSiteCoordinates() const {
     return QUORCoordinate(LATITUDE(_header), LONGITUDE(_header));
+}
+
+double QUORFile::getMapScale() const {
+    const double scale = _projection ? _projection->getScaleAtReference() : 1.0;
+    return std::abs(scale - 1.0) < EXACT_MAP ? 1.0 : scale;
 }
 
 int QUORFile::getRawType() const {

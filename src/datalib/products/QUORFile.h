@@ -107,6 +107,9 @@ public:
     QUORCoordinate getSiteCoordinates() const;
     /// Null unless valid; files of one site share one object.
     std::shared_ptr<const QUORGeoProjection> getGeoProjection() const { return _projection; }
+    /// Metres of the map for a metre of the ground at the site; exactly 1 where they differ by less than half
+    /// a per cent.
+    double getMapScale() const;
 
     int getRawType() const;
     QUORDataType getDataType() const;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "QUORLegend.h"
 
+#include "QUORLegendBox.h"
 #include "QUORLog.h"
 
 #include <vtkCoordinate.h>
-#include <vtkLegendBoxActor.h>
 #include <vtkNew.h>
 #include <vtkPoints.h>
 #include <vtkPolyData.h>
@@ -30,8 +30,8 @@ bool isLight(const QUORStyleGroup::Color& color) {
 
 } // namespace
 
-vtkSmartPointer<vtkLegendBoxActor> QUORLegend::make(const QStringList& lines) {
-    auto legend = vtkSmartPointer<vtkLegendBoxActor>::New();
+vtkSmartPointer<QUORLegendBox> QUORLegend::make(const QStringList& lines) {
+    auto legend = vtkSmartPointer<QUORLegendBox>::New();
     vtkTextProperty* text = legend->GetEntryTextProperty();
     text->SetFontFamilyToArial();
     text->SetFontSize(12);
@@ -62,7 +62,7 @@ QUORPictureArea QUORLegend::getArea() {
     return AREA;
 }
 
-void QUORLegend::setColors(vtkLegendBoxActor* legend, const QUORStyleGroup::Color& text,
+void QUORLegend::setColors(QUORLegendBox* legend, const QUORStyleGroup::Color& text,
                            const QUORStyleGroup::Color& veil) {
     QUORStyleGroup::Color color = text;
     legend->GetEntryTextProperty()->SetColor(color.data());

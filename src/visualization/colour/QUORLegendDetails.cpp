@@ -5,7 +5,6 @@
 
 #include <vtkActor2D.h>
 #include <vtkCellArray.h>
-#include <vtkCoordinate.h>
 #include <vtkNew.h>
 #include <vtkPoints.h>
 #include <vtkPolyData.h>
@@ -14,17 +13,21 @@
 #include <vtkProperty2D.h>
 #include <vtkTextActor.h>
 #include <vtkTextProperty.h>
+#include <vtkViewport.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
-/// Of a line's height: letters, patches of colour, and what stands left of and behind them.
-constexpr double LETTERS = 0.52;
-constexpr double PATCH = 0.5;
-constexpr double GAP = 0.25;
-/// Of the box's width: where the text of the legend begins, and what is left free at its end.
-constexpr double INDENT = 0.055;
+/// Of the letters' size: a patch of colour, and the gaps after it and after an entry.
+constexpr double PATCH = 1.0;
+constexpr double PATCH_GAP = 0.45;
+constexpr double ENTRY_GAP = 0.8;
+/// Of a line's height: the largest letters that leave lines apart.
+constexpr double MOST_LETTERS = 0.7;
+/// Pixels left free at the end of a line.
+constexpr double MARGIN = 3.0;
 constexpr int LEGEND_LINES = 4;
 constexpr int SMALLEST_LETTERS = 6;
 
@@ -33,13 +36,14 @@ double lineHeight() {
     return (legend.top - legend.bottom) / LEGEND_LINES;
 }
 
-/// A rectangle of the viewport, from 0 to 1, or the line round it that is open at the bottom.
-vtkSmartPointer<vtkActor2D> makeRectangle(const QUORPictureArea& area, bool isLine) {
+using Places = std::array<std::array<double, 2>, 4>;
+
+/// An area with these corners, or the line round it that is open between the last and the first.
+void setShape(vtkActor2D* actor, const Places& corners, bool isLine) {
     vtkNew<vtkPoints> points;
-    points->InsertNextPoint(area.left, area.bottom, 0.0);
-    points->InsertNextPoint(area.left, area.top, 0.0);
-    points->InsertNextPoint(area.right, area.top, 0.0);
-    points->InsertNextPoint(area.right, area.bottom, 0.0);
+    for (const auto& [x, y] : corners) {
+        points->InsertNextPoint(x, y, 0.0);
+    }
     vtkNew<vtkCellArray> cells;
     cells->InsertNextCell({0, 1, 2, 3});
     vtkNew<vtkPolyData> data;
@@ -49,37 +53,14 @@ vtkSmartPointer<vtkActor2D> makeRectangle(const QUORPictureArea& area, bool isLi
     } else {
         data->SetPolys(cells);
     }
-    vtkNew<vtkCoordinate> viewport;
-    viewport->SetCoordinateSystemToNormalizedViewport();
-    vtkNew<vtkPolyDataMapper2D> mapper;
-    mapper->SetInputData(data);
-    mapper->SetTransformCoordinate(viewport);
+    vtkPolyDataMapper2D::SafeDownCast(actor->GetMapper())->SetInputData(data);
+}
+
+vtkSmartPointer<vtkActor2D> makeShape() {
     auto actor = vtkSmartPointer<vtkActor2D>::New();
+    vtkNew<vtkPolyDataMapper2D> mapper;
     actor->SetMapper(mapper);
     return actor;
-}
-
-/// A square of side 1 at its own place.
-vtkSmartPointer<vtkActor2D> makePatch(const std::array<int, 3>& color) {
-    auto patch = vtkSmartPointer<vtkActor2D>::New();
-    vtkNew<vtkPolyDataMapper2D> mapper;
-    patch->SetMapper(mapper);
-    patch->GetProperty()->SetColor(color[0] / 255.0, color[1] / 255.0, color[2] / 255.0);
-    return patch;
-}
-
-void setSide(vtkActor2D* patch, double side) {
-    vtkNew<vtkPoints> points;
-    points->InsertNextPoint(0.0, 0.0, 0.0);
-    points->InsertNextPoint(side, 0.0, 0.0);
-    points->InsertNextPoint(side, side, 0.0);
-    points->InsertNextPoint(0.0, side, 0.0);
-    vtkNew<vtkCellArray> cells;
-    cells->InsertNextCell({0, 1, 2, 3});
-    vtkNew<vtkPolyData> data;
-    data->SetPoints(points);
-    data->SetPolys(cells);
-    vtkPolyDataMapper2D::SafeDownCast(patch->GetMapper())->SetInputData(data);
 }
 
 } // namespace
@@ -89,10 +70,8 @@ QUORLegendDetails::QUORLegendDetails(const std::vector<Line>& lines)
     if (lines.empty()) {
         return;
     }
-    QUORPictureArea area = getArea(lines.size());
-    area.bottom = QUORLegend::getArea().top;
-    _box = makeRectangle(area, false);
-    _border = makeRectangle(area, true);
+    _box = makeShape();
+    _border = makeShape();
     _prop->AddPart(_box);
     _prop->AddPart(_border);
     for (const Line& line : lines) {
@@ -106,7 +85,9 @@ QUORLegendDetails::QUORLegendDetails(const std::vector<Line>& lines)
             text->SetVerticalJustificationToCentered();
             _prop->AddPart(piece.text);
             if (entry.color[0] >= 0) {
-                piece.patch = makePatch(entry.color);
+                piece.patch = makeShape();
+                piece.patch->GetProperty()->SetColor(entry.color[0] / 255.0, entry.color[1] / 255.0,
+                                                     entry.color[2] / 255.0);
                 _prop->AddPart(piece.patch);
             }
         }
@@ -138,33 +119,47 @@ void QUORLegendDetails::setColors(const QUORStyleGroup::Color& text, const QUORS
     }
 }
 
-void QUORLegendDetails::layOut(int width, int height) {
-    const QUORPictureArea area = getArea(_lines.size());
+void QUORLegendDetails::layOut(vtkViewport* viewport, const QUORLegendBox::Layout& legend) {
+    if (!_box || legend == _legend) {
+        return;
+    }
+    _legend = legend;
+    const int height = viewport->GetSize()[1];
     const double pitch = lineHeight() * height;
-    const double left = (area.left + INDENT * (area.right - area.left)) * width;
-    const double room = (area.right - INDENT * (area.right - area.left)) * width - left;
-    double middle = area.top * height;
+    const double top = legend.top + double(_lines.size()) * pitch;
+    const Places corners{{{legend.left, legend.top},
+                          {legend.left, top},
+                          {legend.right, top},
+                          {legend.right, legend.top}}};
+    setShape(_box, corners, false);
+    setShape(_border, corners, true);
+    double middle = top + 0.5 * pitch;
     for (const auto& line : _lines) {
         middle -= pitch;
-        // Letters as high as the line allows, or as its width does.
-        for (int size = std::max(int(LETTERS * pitch), SMALLEST_LETTERS); size >= SMALLEST_LETTERS; --size) {
-            const double scale = size / (LETTERS * pitch);
-            double x = left;
-            for (const Piece& piece : line) {
-                if (piece.patch) {
-                    const double side = PATCH * pitch * scale;
-                    setSide(piece.patch, side);
-                    piece.patch->SetPosition(x, middle + 0.5 * (pitch - side));
-                    x += side + GAP * pitch * scale;
-                }
-                piece.text->GetTextProperty()->SetFontSize(size);
-                piece.text->SetPosition(x, middle + 0.5 * pitch);
-                // About the width of the letters of this face.
-                x += (0.56 * double(QString::fromUtf8(piece.text->GetInput()).size()) + 0.6) * size;
-            }
-            if (x - left <= room) {
-                break;
-            }
+        int size = std::max(std::min(legend.fontSize, int(MOST_LETTERS * pitch)), SMALLEST_LETTERS);
+        while (!place(line, viewport, legend, middle, size) && size > SMALLEST_LETTERS) {
+            --size;
         }
     }
+}
+
+bool QUORLegendDetails::place(const std::vector<Piece>& line, vtkViewport* viewport,
+                              const QUORLegendBox::Layout& legend, double middle, int fontSize) {
+    double x = legend.textLeft;
+    double end = x;
+    for (const Piece& piece : line) {
+        if (piece.patch) {
+            const double side = PATCH * fontSize;
+            setShape(piece.patch, {{{0.0, 0.0}, {side, 0.0}, {side, side}, {0.0, side}}}, false);
+            piece.patch->SetPosition(x, std::round(middle - 0.5 * side));
+            x += side + PATCH_GAP * fontSize;
+        }
+        piece.text->GetTextProperty()->SetFontSize(fontSize);
+        piece.text->SetPosition(x, middle);
+        std::array<double, 2> size{};
+        piece.text->GetSize(viewport, size.data());
+        end = x + size[0];
+        x = end + ENTRY_GAP * fontSize;
+    }
+    return end <= legend.right - MARGIN;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORLegendBox.h"
 #include "QUORPictureArea.h"
 #include "QUORStyleGroup.h"
 
@@ -14,6 +15,7 @@
 class vtkActor2D;
 class vtkPropAssembly;
 class vtkTextActor;
+class vtkViewport;
 
 /// Further lines of the legend, in a box that stands on the legend's and looks like a part of it. Main thread
 /// only.
@@ -36,8 +38,8 @@ public:
     vtkPropAssembly* getProp() const;
     /// As of the legend.
     void setColors(const QUORStyleGroup::Color& text, const QUORStyleGroup::Color& veil);
-    /// Places everything in a picture of so many pixels.
-    void layOut(int width, int height);
+    /// Places everything in line with the legend as it lies in that picture.
+    void layOut(vtkViewport* viewport, const QUORLegendBox::Layout& legend);
     /// The legend's box with that many further lines on it.
     static QUORPictureArea getArea(std::size_t lines);
     std::size_t countLines() const { return _lines.size(); }
@@ -48,7 +50,12 @@ private:
         vtkSmartPointer<vtkActor2D> patch;
     };
 
+    /// False where the letters are too large for the line; `middle` is its height in the picture.
+    bool place(const std::vector<Piece>& line, vtkViewport* viewport, const QUORLegendBox::Layout& legend,
+               double middle, int fontSize);
+
     std::vector<std::vector<Piece>> _lines;
+    QUORLegendBox::Layout _legend;
     vtkSmartPointer<vtkActor2D> _box;
     vtkSmartPointer<vtkActor2D> _border;
     vtkSmartPointer<vtkPropAssembly> _prop;

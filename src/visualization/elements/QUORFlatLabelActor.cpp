@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "QUORFlatLabelActor.h"
 
+#include <vtkCamera.h>
 #include <vtkMapper.h>
+#include <vtkMath.h>
 #include <vtkMatrix4x4.h>
 #include <vtkObjectFactory.h>
 #include <vtkProperty.h>
@@ -17,6 +19,29 @@ constexpr double MOST_HALO = 0.28;
 /// Pixels below which a halo is not drawn, and by which a width may be off before it is set anew.
 constexpr double LEAST_HALO = 1.0;
 constexpr double TOLERANCE = 0.1;
+/// Pixels of letters that can just be read: their height, and the width that each has.
+constexpr double LEAST_HEIGHT = 7.0;
+constexpr double LEAST_WIDTH = 3.0;
+
+/// The cosine between line of sight and letters' normal from which on a text need not lean, and degrees by
+/// which it may be off.
+constexpr double LEAST_FACING = 0.5;
+constexpr double LEAN_TOLERANCE = 0.5;
+
+/// The text's length on the screen, and the distance of its upper edge from its lower one.
+struct Extent {
+    double length;
+    double height;
+};
+
+Extent measure(const QUORFlatLabelActor::Corners& corners) {
+    const double dx = corners[1][0] - corners[0][0];
+    const double dy = corners[1][1] - corners[0][1];
+    const double area =
+        std::abs(dx * (corners[3][1] - corners[0][1]) - dy * (corners[3][0] - corners[0][0]));
+    const double length = std::hypot(dx, dy);
+    return {length, area / std::max(length, 1e-6)};
+}
 
 } // namespace
 
@@ -25,6 +50,28 @@ vtkStandardNewMacro(QUORFlatLabelActor)
 QUORFlatLabelActor::QUORFlatLabelActor() = default;
 
 QUORFlatLabelActor::~QUORFlatLabelActor() = default;
+
+void QUORFlatLabelActor::LeanTowards(vtkCamera* camera) {
+    this->ComputeMatrix();
+    std::array<double, 3> sight{};
+    for (int i = 0; i < 3; ++i) {
+        sight.at(std::size_t(i)) = camera->GetPosition()[i] - this->GetMatrix()->GetElement(i, 3);
+    }
+    vtkMath::Normalize(sight.data());
+    // Of the normal's directions round the base line, the one nearest to the line of sight.
+    const double best = std::atan2(-sight[1], sight[2]);
+    const double reach = std::hypot(sight[1], sight[2]);
+    const double enough = std::acos(std::min(1.0, LEAST_FACING / std::max(reach, LEAST_FACING)));
+    const double angle =
+        vtkMath::DegreesFromRadians(std::copysign(std::max(0.0, std::abs(best) - enough), best));
+    if (std::abs(this->GetOrientation()[0] - angle) > LEAN_TOLERANCE) {
+        this->SetOrientation(angle, 0.0, 0.0);
+    }
+}
+
+void QUORFlatLabelActor::LieFlat() {
+    this->SetOrientation(0.0, 0.0, 0.0);
+}
 
 bool QUORFlatLabelActor::FindCorners(vtkRenderer* renderer, Corners& corners) {
     if (renderer == nullptr || this->GetMapper() == nullptr) {
@@ -47,27 +94,15 @@ bool QUORFlatLabelActor::FindCorners(vtkRenderer* renderer, Corners& corners) {
     return true;
 }
 
-bool QUORFlatLabelActor::FindBox(vtkRenderer* renderer, std::array<double, 4>& box) {
-    Corners corners;
-    if (!FindCorners(renderer, corners)) {
-        return false;
-    }
-    const auto [left, right] = std::ranges::minmax(corners, {}, [](const auto& p) { return p[0]; });
-    const auto [bottom, top] = std::ranges::minmax(corners, {}, [](const auto& p) { return p[1]; });
-    box = {left[0], right[0], bottom[1], top[1]};
-    return true;
+bool QUORFlatLabelActor::IsLegible(const Corners& corners) const {
+    const auto [length, height] = measure(corners);
+    return height >= LEAST_HEIGHT && length >= LEAST_WIDTH * double(Text.size());
 }
 
 int QUORFlatLabelActor::RenderOpaqueGeometry(vtkViewport* viewport) {
     Corners corners;
-    if (HaloWidth > 0.0 && FindCorners(vtkRenderer::SafeDownCast(viewport), corners)) {
-        // The distance of the text's upper edge from its lower one.
-        const double dx = corners[1][0] - corners[0][0];
-        const double dy = corners[1][1] - corners[0][1];
-        const double across =
-            std::abs(dx * (corners[3][1] - corners[0][1]) - dy * (corners[3][0] - corners[0][0]));
-        const double height = across / std::max(std::hypot(dx, dy), 1e-6);
-        const double width = std::min(HaloWidth, MOST_HALO * height);
+    if (IsHalo() && FindCorners(vtkRenderer::SafeDownCast(viewport), corners)) {
+        const double width = std::min(HaloWidth, MOST_HALO * measure(corners).height);
         if (width < LEAST_HALO) {
             return 0;
         }

@@ -3,22 +3,36 @@
 
 #include <vtkOpenGLActor.h>
 
+#include <QString>
+
 #include <array>
 
+class vtkCamera;
 class vtkRenderer;
 
-/// A text that lies flat in the scene, or the halo round one. A halo is drawn no wider than the letters'
+/// A text that lies flat in the scene until it is told to lean, or the halo round one. A halo is drawn no wider than the letters'
 /// height on the screen allows: seen from a low camera it would else turn them into dashes.
 class QUORFlatLabelActor : public vtkOpenGLActor {
 public:
     static QUORFlatLabelActor* New();
     vtkTypeMacro(QUORFlatLabelActor, vtkOpenGLActor)
 
+    /// In pixels: lower left, lower right, upper right and upper left of the text as it is read.
+    using Corners = std::array<std::array<double, 2>, 4>;
+
     /// Makes it a halo of that width in pixels at the most, with a property of its own.
     void SetHaloWidth(double pixels) { HaloWidth = pixels; }
-    /// The pixels that the text takes in the renderer's picture: left, right, bottom, top. False where a part
-    /// of it is behind the camera.
-    bool FindBox(vtkRenderer* renderer, std::array<double, 4>& box);
+    bool IsHalo() const { return HaloWidth > 0.0; }
+    void SetText(const QString& text) { Text = text; }
+    const QString& GetText() const { return Text; }
+    /// Turns the text about its base line, as far as a camera that stands low needs to read it; one that
+    /// looks down on it finds it flat.
+    void LeanTowards(vtkCamera* camera);
+    void LieFlat();
+    /// Where the text lies in the renderer's picture. False where a part of it is behind the camera.
+    bool FindCorners(vtkRenderer* renderer, Corners& corners);
+    /// Whether letters with these corners are high and wide enough on the screen to be read.
+    bool IsLegible(const Corners& corners) const;
 
     int RenderOpaqueGeometry(vtkViewport* viewport) override;
 
@@ -30,8 +44,6 @@ protected:
     ~QUORFlatLabelActor() override;
 
 private:
-    using Corners = std::array<std::array<double, 2>, 4>;
-    bool FindCorners(vtkRenderer* renderer, Corners& corners);
-
     double HaloWidth = 0.0;
+    QString Text;
 };

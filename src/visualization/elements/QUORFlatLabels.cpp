@@ -36,6 +36,7 @@ QUORFlatLabels::QUORFlatLabels(QUOR2DLayerActor& layer, const QUORStyleGroup& st
 QUORFlatLabels::~QUORFlatLabels() = default;
 
 void QUORFlatLabels::setText(const QString& text) {
+    _text = text;
     vtkNew<vtkVectorText> geometry;
     geometry->SetText(text.toLatin1().constData());
     geometry->Update();
@@ -62,6 +63,7 @@ void QUORFlatLabels::addAt(double x, double y) {
 
 void QUORFlatLabels::addActor(vtkProperty* property, double x, double y, double haloWidth) {
     vtkNew<QUORFlatLabelActor> label;
+    label->SetText(_text);
     label->SetHaloWidth(haloWidth);
     label->SetMapper(_mapper);
     label->SetProperty(property);

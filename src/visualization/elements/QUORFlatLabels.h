@@ -32,7 +32,8 @@ public:
     /// Begins a new text for the following calls.
     void setText(const QString& text);
     Size measure() const;
-    /// One more label with the current text; its lower left corner lies near the position, at height 0.
+    /// One more label with the current text; its lower left corner lies near the position, at height 0. Its
+    /// halo comes before it.
     void addAt(double x, double y);
 
 private:
@@ -44,5 +45,6 @@ private:
     /// Null without a halo.
     vtkSmartPointer<vtkProperty> _haloProperty;
     double _haloWidth = 0.0;
+    QString _text;
     vtkSmartPointer<vtkPolyDataMapper> _mapper;
 };

@@ -16,6 +16,7 @@
 #include "QUORGeneralSettings.h"
 #include "QUORLabelLayout.h"
 #include "QUORLegend.h"
+#include "QUORLegendBox.h"
 #include "QUORLegendDetails.h"
 #include "QUORLog.h"
 #include "QUORPointWidget.h"
@@ -28,7 +29,6 @@
 #include <vtkCamera.h>
 #include <vtkCommand.h>
 #include <vtkCompassWidget.h>
-#include <vtkLegendBoxActor.h>
 #include <vtkLight.h>
 #include <vtkLightCollection.h>
 #include <vtkNew.h>
@@ -312,6 +312,7 @@ void QUORRenderer::makeLegendDetails(const QUORDataFrame& frame, const QUORGener
         }
     }
     if (!shells.empty() && shells.size() <= MOST_SHELLS) {
+        shells.back().text += QLatin1Char(' ') + colormap.getDataUnits();
         lines.push_back(shells);
     }
     _legendDetails = std::make_unique<QUORLegendDetails>(lines);
@@ -458,9 +459,8 @@ void QUORRenderer::onDrawingStarts() {
     camera->GetClippingRange(_statedRange.data());
     const std::array<double, 2> fitted = QUORDepthRange::fit(camera, _lowestHeight, _greatestHeight);
     camera->SetClippingRange(fitted[0], fitted[1]);
-    const int* size = _mainRenderer->GetSize();
     if (_legendDetails) {
-        _legendDetails->layOut(size[0], size[1]);
+        _legendDetails->layOut(_mainRenderer, _legend->FindLayout(_mainRenderer));
     }
     _labels->arrange(_mainRenderer, getTakenAreas(), _style.number("label/apart") > 0.5);
     _snapshot->prepare();

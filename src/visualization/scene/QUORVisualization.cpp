@@ -18,8 +18,6 @@
 
 namespace {
 
-constexpr double METRIC_TICKS = 2500.0;
-constexpr double TEN_THOUSAND_FEET = 3048.0;
 /// The outer ring lies at a multiple of this, in metres or thousandths of a nautical mile.
 constexpr double RING_STEP = 20000.0;
 constexpr double GRID_FACTOR = 1.5;
@@ -236,15 +234,29 @@ void QUORVisualization::setParameters(const QUORGeneralSettings::CPtr& generalSe
     _params.labels.setVerticalScale(_params.verticalScale);
     _params.outline.setSiteAltitude(file.getRadarElevation());
     _params.outline.setDataHeight(file.getHeightM());
-    _params.outline.setTickInterval(metric ? METRIC_TICKS : TEN_THOUSAND_FEET);
+    _params.outline.setTickInterval(generalSettings->getHeightTicks());
     if (_pipelineItem) {
         _pipelineItem->setSite(leaf->getSite(), radarPosition(file, _params.verticalScale));
     }
     _params.grid.setGeoProjection(file.getGeoProjection());
+    noteMapDistances(*leaf);
     _params.labels.setGeoProjection(file.getGeoProjection());
     const double halfDiagonal = 0.5 * std::hypot(file.getLengthAroundRadarM(), file.getWidthAroundRadarM());
     _params.grid.setRange(GRID_FACTOR * halfDiagonal);
     setRingsParameters(file, halfDiagonal, metric);
+}
+
+/// Rings and data lie in the map's own metres, as terrain and degrees do.
+void QUORVisualization::noteMapDistances(const QUORFileLeaf& leaf) {
+    const double scale = leaf.getFile()->getMapScale();
+    if (_hasNotedMapDistances || scale == 1.0) {
+        return;
+    }
+    _hasNotedMapDistances = true;
+    QUORLog::Instance().logNotice(
+        QStringLiteral("The map of site %1 is larger than the ground: its distances, of rings and data too, are "
+                       "%2 times those on the ground there. The legend says so where legend/details is on.")
+            .arg(leaf.getSite(), QString::number(scale, 'f', 2)));
 }
 
 void QUORVisualization::setProduct3dParameters(const QUORGeneralSettings& generalSettings,

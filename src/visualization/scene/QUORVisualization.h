@@ -12,6 +12,7 @@
 #include <optional>
 #include <vector>
 
+class QUORFileLeaf;
 class QUORVisualizationObserver;
 class vtkDataSet;
 
@@ -77,6 +78,7 @@ private:
     void dropResult(const QString& reason);
     void setProduct3dParameters(const QUORGeneralSettings& generalSettings,
                                 const QUORProductSettings& productSettings);
+    void noteMapDistances(const QUORFileLeaf& leaf);
     void setRingsParameters(const QUORFile& file, double halfDiagonal, bool metric);
     /// Gives the records what only the frame knows.
     void completeParameters();
@@ -93,6 +95,7 @@ private:
     bool _generating = false;
     bool _dirty = false;
     bool _hardware = false;
+    bool _hasNotedMapDistances = false;
     QUORVisualizationParameters _params;
     QUORVisualizationParameters _appliedParams;
     QUORVisualizationPipelineItem::Ptr _pipelineItem;
