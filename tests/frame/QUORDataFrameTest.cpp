@@ -213,6 +213,26 @@ TEST_F(QUORDataFrameTest, DescribesItsProduct) {
     }
 }
 
+TEST_F(QUORDataFrameTest, SaysMoreWhereTheLegendHasRoom) {
+    TestProduct product;
+    product.projection = 1; // Mercator, at 60 N twice as large as the ground
+    write3d(product);
+    write2d(60, SampleProduct::Sri);
+    const QUORDataFrame frame(_store.open(), SITE, MOMENT, CAPPI, Z, SRI, 600, 1.0);
+    QUORGeneralSettings settings;
+    settings.setVerticalScale(3.0);
+    for (const bool metric : {true, false}) {
+        settings.setMetricUnits(metric);
+        EXPECT_EQ(
+            frame.getLegendDetails(settings),
+            QStringList({"2024-06-01 12:00:00 UTC",
+                         metric ? "Heights x 3, a tick each 2500 m" : "Heights x 3, a tick each 10000 ft",
+                         metric ? "Map distances: 100 km = 50 km of ground"
+                                : "Map distances: 100 NM = 50 NM of ground",
+                         "SRI, mm/h, 12:01:00 UTC"}));
+    }
+}
+
 TEST_F(QUORDataFrameTest, StoresNoSettingsOfARefusedFile) {
     TestProduct refused;
     refused.projection = 7;

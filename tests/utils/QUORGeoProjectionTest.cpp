@@ -42,6 +42,23 @@ TEST(QUORGeoProjectionTest, TheReferenceIsTheOrigin) {
     }
 }
 
+TEST(QUORGeoProjectionTest, TellsTheScaleOfTheMapAtTheSite) {
+    const struct {
+        const char* name;
+        double lat, rf, scale;
+    } rows[] = {{"aeqd", 42.0, FLATTENING, 1.0},
+                {"aeqd", 90.0, SPHERE, 1.0},
+                {"merc", 0.0, SPHERE, 1.0},
+                {"merc", -60.0, SPHERE, 2.0},
+                // Snyder, Map Projections: A Working Manual (1987), equation 7-8
+                {"merc", 42.0, FLATTENING, 1.34362},
+                {"no-such-map", 42.0, FLATTENING, 1.0}};
+    for (const auto& row : rows) {
+        EXPECT_NEAR(makeProjection(row.name, row.lat, 10.0, row.rf).getScaleAtReference(), row.scale, 1e-4)
+            << row.name << ' ' << row.lat;
+    }
+}
+
 TEST(QUORGeoProjectionTest, RoundTripsAndScales) {
     for (const char* name : {"aeqd", "merc"}) {
         const QUORGeoProjection projection = makeProjection(name, 42.0, 179.5);

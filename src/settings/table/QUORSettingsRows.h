@@ -177,7 +177,8 @@ inline constexpr auto ROWS = std::to_array<Key>({
                     "characters; all without it"),
     PRODUCTS.choice("product", "SRI", "SRI|PPI|VIL|MAX|(none)",
                     "2D product for one kind of 3D product, `(none)` to draw without"),
-    VIEWS.text("viewangle", "", "a further picture of every product: its view angle, as above where it is empty"),
+    VIEWS.text("viewangle", "",
+               "a further picture of every product: its view angle, as above where it is empty"),
     VIEWS.text("displaystate", "", "its display state, likewise"),
     VIEWS.whole("width", 0, 0.0, LARGEST_SIDE, "its size, pixels; 0 for that above"),
     VIEWS.whole("height", 0, 0.0, LARGEST_SIDE, "likewise"),
@@ -262,12 +263,13 @@ inline constexpr auto ROWS = std::to_array<Key>({
                     "1 draws tiles that there are no data of like sea; 0 leaves them out"),
     RENDERER.number(
         "label/apart", 0.0, 0.0, 1.0,
-        "1 leaves out the name of a landmark that would overlap one of a smaller priority number, "
-        "and degrees and distances under bar, compass and legend; 0 draws all"),
+        "1 leaves out the name of a landmark that would overlap one of a smaller priority number, and "
+        "degrees and distances that would overlap another text, bar, compass or legend, or are too small "
+        "to be read, and has them lean towards a low camera; 0 draws all"),
     RENDERER.number(
         "legend/details", 0.0, 0.0, 1.0,
-        "1 for further lines over the legend: UTC, height factor, isovalues with their colours, 2D "
-        "product; 0 for none"),
+        "1 for further lines over the legend: UTC, height factor and ticks, the scale of a map that is "
+        "larger than the ground, 2D product, isovalues with their colours; 0 for none"),
     COMPASS.color("compass/color", GREY, "compass"),
     COMPASS.opacity("compass/opacity/highlighted", "its opacity under a client's mouse"),
     COMPASS.opacity("compass/opacity/nonhighlighted", "its opacity"),

@@ -22,8 +22,7 @@ QUORPictureArea getArea();
 
 /// Text colour, and what lies under the text so that it can be read on any scene: light text stands on the
 /// legend's black box, dark text on a light veil.
-void setColors(QUORLegendBox* legend, const QUORStyleGroup::Color& text,
-               const QUORStyleGroup::Color& veil);
+void setColors(QUORLegendBox* legend, const QUORStyleGroup::Color& text, const QUORStyleGroup::Color& veil);
 
 /// Of a box that belongs to the legend.
 void setBoxColors(vtkProperty2D& box, const QUORStyleGroup::Color& text, const QUORStyleGroup::Color& veil);

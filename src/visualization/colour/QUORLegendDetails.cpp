@@ -127,10 +127,8 @@ void QUORLegendDetails::layOut(vtkViewport* viewport, const QUORLegendBox::Layou
     const int height = viewport->GetSize()[1];
     const double pitch = lineHeight() * height;
     const double top = legend.top + double(_lines.size()) * pitch;
-    const Places corners{{{legend.left, legend.top},
-                          {legend.left, top},
-                          {legend.right, top},
-                          {legend.right, legend.top}}};
+    const Places corners{
+        {{legend.left, legend.top}, {legend.left, top}, {legend.right, top}, {legend.right, legend.top}}};
     setShape(_box, corners, false);
     setShape(_border, corners, true);
     double middle = top + 0.5 * pitch;

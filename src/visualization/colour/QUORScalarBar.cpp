@@ -4,11 +4,13 @@
 #include <QString>
 
 #include <vtkDoubleArray.h>
+#include <vtkImageData.h>
 #include <vtkNew.h>
 #include <vtkObjectFactory.h>
 #include <vtkScalarBarActorInternal.h>
 #include <vtkTextActor.h>
 #include <vtkTextProperty.h>
+#include <vtkTextRenderer.h>
 
 #include <algorithm>
 #include <cmath>
@@ -23,6 +25,10 @@ constexpr double UNEVEN = 60.0;
 constexpr double ROUNDING = 1e-9;
 /// What the labels of an uneven scale have room for beside the bar: 0.1, 200.
 constexpr int LONGEST_LABEL = 3;
+
+/// At which labels are drawn, and what counts as drawn of 255.
+constexpr int DOTS_PER_INCH = 72;
+constexpr int HALF_COVERED = 100;
 
 constexpr double STEPS[] = {1.0, 2.0, 5.0};
 
@@ -39,6 +45,28 @@ double roundStep(double least) {
 
 QString textOf(double value) {
     return QString::number(value, 'g', 6);
+}
+
+/// How far over a text's position the middle of its digits lies, in pixels. A text's own box is higher than
+/// they are: it has room for what reaches below the line.
+double findMiddle(vtkTextProperty* property) {
+    vtkNew<vtkImageData> picture;
+    int dimensions[2] = {0, 0};
+    if (!vtkTextRenderer::GetInstance()->RenderString(property, "0", picture, dimensions, DOTS_PER_INCH)) {
+        return 0.0;
+    }
+    const int* extent = picture->GetExtent();
+    int lowest = extent[3];
+    int highest = extent[2];
+    for (int y = extent[2]; y <= extent[3]; ++y) {
+        for (int x = extent[0]; x <= extent[1]; ++x) {
+            if (static_cast<unsigned char*>(picture->GetScalarPointer(x, y, 0))[3] > HALF_COVERED) {
+                lowest = std::min(lowest, y);
+                highest = std::max(highest, y);
+            }
+        }
+    }
+    return 0.5 * (lowest + highest + 1);
 }
 
 } // namespace
@@ -109,11 +137,9 @@ std::vector<double> QUORScalarBar::FindLabels(int pixels) const {
 }
 
 void QUORScalarBar::LayoutTicks() {
-    const int bottom = this->P->ScalarBarBox.Posn[1];
-    const int pixels = this->P->ScalarBarBox.Size[1];
-    const std::vector<double> labels = FindLabels(pixels);
+    Labels = FindLabels(this->P->ScalarBarBox.Size[1]);
     vtkNew<vtkDoubleArray> places;
-    for (const double label : labels) {
+    for (const double label : Labels) {
         places->InsertNextValue(Uneven ? FindHeight(label) * double(Seams.size() - 1) : label);
     }
     // No notification: that would have the layout made again.
@@ -121,13 +147,20 @@ void QUORScalarBar::LayoutTicks() {
     this->CustomLabels = places;
     this->Superclass::LayoutTicks();
     this->CustomLabels = before;
-    for (std::size_t i = 0; i < std::min(labels.size(), this->P->TextActors.size()); ++i) {
+    for (std::size_t i = 0; Uneven && i < std::min(Labels.size(), this->P->TextActors.size()); ++i) {
+        this->P->TextActors[i]->SetInput(textOf(Labels[i]).toLatin1().constData());
+    }
+}
+
+void QUORScalarBar::ConfigureTicks() {
+    this->Superclass::ConfigureTicks();
+    if (this->P->TextActors.empty()) {
+        return;
+    }
+    const double middle = findMiddle(this->P->TextActors[0]->GetTextProperty());
+    const vtkScalarBarBox& box = this->P->ScalarBarBox;
+    for (std::size_t i = 0; i < std::min(Labels.size(), this->P->TextActors.size()); ++i) {
         vtkTextActor* text = this->P->TextActors[i];
-        if (Uneven) {
-            text->SetInput(textOf(labels[i]).toLatin1().constData());
-        }
-        text->GetTextProperty()->SetVerticalJustificationToCentered();
-        const double* place = text->GetPosition();
-        text->SetPosition(place[0], bottom + FindHeight(labels[i]) * pixels);
+        text->SetPosition(text->GetPosition()[0], box.Posn[1] + FindHeight(Labels[i]) * box.Size[1] - middle);
     }
 }

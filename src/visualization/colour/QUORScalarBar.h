@@ -30,8 +30,12 @@ protected:
     QUORScalarBar();
     ~QUORScalarBar() override;
     void LayoutTicks() override;
+    /// By then the bar has got its place: labels at its ends take some of its length.
+    void ConfigureTicks() override;
 
 private:
     std::vector<double> Seams{0.0, 1.0};
     bool Uneven = false;
+    /// Those that the bar has now.
+    std::vector<double> Labels;
 };

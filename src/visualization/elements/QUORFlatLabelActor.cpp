@@ -37,8 +37,7 @@ struct Extent {
 Extent measure(const QUORFlatLabelActor::Corners& corners) {
     const double dx = corners[1][0] - corners[0][0];
     const double dy = corners[1][1] - corners[0][1];
-    const double area =
-        std::abs(dx * (corners[3][1] - corners[0][1]) - dy * (corners[3][0] - corners[0][0]));
+    const double area = std::abs(dx * (corners[3][1] - corners[0][1]) - dy * (corners[3][0] - corners[0][0]));
     const double length = std::hypot(dx, dy);
     return {length, area / std::max(length, 1e-6)};
 }

@@ -10,8 +10,9 @@
 class vtkCamera;
 class vtkRenderer;
 
-/// A text that lies flat in the scene until it is told to lean, or the halo round one. A halo is drawn no wider than the letters'
-/// height on the screen allows: seen from a low camera it would else turn them into dashes.
+/// A text that lies flat in the scene until it is told to lean, or the halo round one. A halo is drawn no
+/// wider than the letters' height on the screen allows: seen from a low camera it would else turn them into
+/// dashes.
 class QUORFlatLabelActor : public vtkOpenGLActor {
 public:
     static QUORFlatLabelActor* New();

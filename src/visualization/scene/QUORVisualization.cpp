@@ -254,8 +254,9 @@ void QUORVisualization::noteMapDistances(const QUORFileLeaf& leaf) {
     }
     _hasNotedMapDistances = true;
     QUORLog::Instance().logNotice(
-        QStringLiteral("The map of site %1 is larger than the ground: its distances, of rings and data too, are "
-                       "%2 times those on the ground there. The legend says so where legend/details is on.")
+        QStringLiteral(
+            "The map of site %1 is larger than the ground: its distances, of rings and data too, are "
+            "%2 times those on the ground there. The legend says so where legend/details is on.")
             .arg(leaf.getSite(), QString::number(scale, 'f', 2)));
 }
 

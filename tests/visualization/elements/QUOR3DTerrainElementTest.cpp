@@ -52,6 +52,34 @@ TEST_F(QUOR3DTerrainElementTest, ShowsThePropOfItsSetAndLoadsItOnce) {
     EXPECT_EQ(element.getProp(), nullptr);
 }
 
+TEST_F(QUOR3DTerrainElementTest, LeavesOutMissingTilesWhereTheStyleSaysSo) {
+    const QUORTerrainSet::Ptr set =
+        makeSet({41.0, 1.0}, {43.0, 2.0}); // of which the northern tiles are missing
+    const auto countShown = [&] {
+        int shown = 0;
+        for (vtkActor* actor : actors()) {
+            shown += actor->GetVisibility();
+        }
+        return shown;
+    };
+    updateWith(set);
+    const int all = countShown();
+    ScratchHome::writeSettings(QStringLiteral("QUOR3DVisStyles.conf"),
+                               QStringLiteral("[RENDERER_DAY]\nterrain\\missing=0\n"));
+    element.invalidate();
+    updateWith(set);
+    const int measured = countShown();
+    EXPECT_GT(measured, 0);
+    EXPECT_LT(measured, all);
+    for (vtkActor* actor : actors()) {
+        EXPECT_EQ(bool(actor->GetVisibility()), actor->GetBounds()[3] < 60000.0) << "south of 42.5 N";
+    }
+    ScratchHome::removeSettings(QStringLiteral("QUOR3DVisStyles.conf"));
+    element.invalidate();
+    updateWith(set);
+    EXPECT_EQ(countShown(), all);
+}
+
 TEST_F(QUOR3DTerrainElementTest, TriesAgainAfterAnAbort) {
     const auto record = std::make_shared<QUORLayerParametersTerrain>();
     record->setTerrainSet(makeSet({41.0, 1.0}, {42.0, 2.0}));

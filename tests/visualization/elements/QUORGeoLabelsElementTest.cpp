@@ -132,7 +132,7 @@ TEST_F(QUORLandmarkLabelTest, DrawsASphereAndTheNameAboveIt) {
         int size;
         double scale;
         int leastHeight; ///< pixels of the text
-    } rows[] = {{11, 3.2, 8}, {6, 2.2, 6}};
+    } rows[] = {{11, 3.2, 11}, {6, 2.2, 7}};
     for (const auto& row : rows) {
         label->SetSize(row.size);
         window->Render();
@@ -141,7 +141,7 @@ TEST_F(QUORLandmarkLabelTest, DrawsASphereAndTheNameAboveIt) {
         double box[4];
         label->GetTextActor()->GetBoundingBox(renderer, box);
         EXPECT_GE(box[3] - box[2], row.leastHeight);
-        EXPECT_GT(redPixels(MIDDLE - 30, MIDDLE + 6, MIDDLE + 30, MIDDLE + 40), row.size > 6 ? 25 : 5);
+        EXPECT_GT(redPixels(MIDDLE - 30, MIDDLE + 6, MIDDLE + 30, MIDDLE + 40), row.size > 6 ? 40 : 10);
         EXPECT_EQ(redPixels(MIDDLE - 60, MIDDLE - 60, MIDDLE + 60, MIDDLE - 5), 0);
     }
 }

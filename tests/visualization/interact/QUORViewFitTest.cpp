@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "QUORViewFit.h"
 
-#include <gtest/gtest.h>
+#include "ViewProjection.h"
 
-#include <vtkCamera.h>
-#include <vtkMatrix4x4.h>
-#include <vtkNew.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
@@ -19,16 +17,10 @@ using Place = std::array<double, 2>;
 const std::vector<QUORPictureArea> TAKEN{
     {0.01, 0.59, 0.05, 0.99}, {0.01, 0.01, 0.35, 0.35}, {0.87, 0.82, 0.99, 0.99}};
 
-/// Points of the box's edges in fractions of the picture, by the toolkit's own camera.
+/// Points of the box's edges in fractions of the picture.
 std::vector<Place> edges(const QUORViewGeometry::View& view, const QUORPoint3D& lower,
                          const QUORPoint3D& upper, double aspect) {
-    vtkNew<vtkCamera> camera;
-    camera->SetPosition(view.position.x, view.position.y, view.position.z);
-    camera->SetFocalPoint(view.position.x + view.direction.x, view.position.y + view.direction.y,
-                          view.position.z + view.direction.z);
-    camera->SetViewUp(0.0, 0.0, 1.0);
-    camera->SetClippingRange(100.0, 8.0e6);
-    vtkMatrix4x4* matrix = camera->GetCompositeProjectionTransformMatrix(aspect, -1.0, 1.0);
+    const ViewProjection projection(view, aspect);
     std::vector<Place> places;
     for (int corner = 0; corner < 8; ++corner) {
         for (int axis = 0; axis < 3; ++axis) {
@@ -36,11 +28,10 @@ std::vector<Place> edges(const QUORViewGeometry::View& view, const QUORPoint3D& 
                 std::array<double, 3> at{double(corner & 1), double(corner >> 1 & 1),
                                          double(corner >> 2 & 1)};
                 at.at(std::size_t(axis)) = along;
-                double point[4] = {lower.x + at[0] * (upper.x - lower.x),
-                                   lower.y + at[1] * (upper.y - lower.y),
-                                   lower.z + at[2] * (upper.z - lower.z), 1.0};
-                matrix->MultiplyPoint(point, point);
-                places.push_back({0.5 + 0.5 * point[0] / point[3], 0.5 + 0.5 * point[1] / point[3]});
+                const Place place = projection.project(lower.x + at[0] * (upper.x - lower.x),
+                                                       lower.y + at[1] * (upper.y - lower.y),
+                                                       lower.z + at[2] * (upper.z - lower.z));
+                places.push_back({0.5 + 0.5 * place[0], 0.5 + 0.5 * place[1]});
             }
         }
     }

@@ -1,33 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "QUORViewPlan.h"
 
-#include <gtest/gtest.h>
+#include "ViewProjection.h"
 
-#include <vtkCamera.h>
-#include <vtkMatrix4x4.h>
-#include <vtkNew.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-/// How far from the middle of the picture the outermost corner of the data lies, 1 at the edge, by the
-/// toolkit's own camera.
+/// How far from the middle of the picture the outermost corner of the data lies, 1 at the edge.
 double outermost(const QUORViewGeometry::View& view, const QUORPoint3D& size, double aspect) {
-    vtkNew<vtkCamera> camera;
-    camera->SetPosition(view.position.x, view.position.y, view.position.z);
-    camera->SetFocalPoint(view.position.x + view.direction.x, view.position.y + view.direction.y,
-                          view.position.z + view.direction.z);
-    camera->SetViewUp(0.0, 0.0, 1.0);
-    camera->SetClippingRange(100.0, 8.0e6);
-    vtkMatrix4x4* matrix = camera->GetCompositeProjectionTransformMatrix(aspect, -1.0, 1.0);
+    const ViewProjection projection(view, aspect);
     double most = 0.0;
     for (int corner = 0; corner < 8; ++corner) {
-        double point[4] = {(corner & 1 ? 0.5 : -0.5) * size.x, (corner & 2 ? 0.5 : -0.5) * size.y,
-                           corner & 4 ? size.z : 0.0, 1.0};
-        matrix->MultiplyPoint(point, point);
-        most = std::max({most, std::abs(point[0] / point[3]), std::abs(point[1] / point[3])});
+        const auto [x, y] = projection.project((corner & 1 ? 0.5 : -0.5) * size.x,
+                                               (corner & 2 ? 0.5 : -0.5) * size.y, corner & 4 ? size.z : 0.0);
+        most = std::max({most, std::abs(x), std::abs(y)});
     }
     return most;
 }

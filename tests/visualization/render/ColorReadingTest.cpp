@@ -114,10 +114,12 @@ protected:
             QString::fromUtf8(readFile(sourcePath(QStringLiteral("share/QUOR3DColors.conf")))));
     }
 
+    /// Without values with the packaged surfaces.
     QImage draw(const TestProduct& product, const QString& configuration, const std::vector<double>& values,
                 const QString& view) {
         ScratchHome::writeSettings(QStringLiteral("QUOR3D.conf"),
-                                   SCENE + productGroup(configuration, values));
+                                   SCENE +
+                                       (values.empty() ? QString() : productGroup(configuration, values)));
         writeBackground(QStringLiteral("displaystate=Data\noutputformat=PNG\nviewangle=") + view, WIDTH,
                         HEIGHT);
         static int number = 0;
@@ -209,6 +211,35 @@ TEST_F(ColorReadingTest, ALevelSurfaceHasTheColorOfItsValueOnTheBar) {
         for (const Reading& reading : readings) {
             EXPECT_LE(std::abs(reading.error), row.allowed) << reading.value;
         }
+    }
+}
+
+/// The packaged opacities over a core of 50 dBZ that two shells lie over.
+TEST_F(ColorReadingTest, ACoreBehindTwoShellsIsReadAsStrong) {
+    const QString packaged = QString::fromUtf8(readFile(sourcePath(QStringLiteral("share/QUOR3D.conf"))));
+    ScratchHome::writePackaged(QStringLiteral("QUOR3D.conf"), packaged);
+    const QUORDataType type(9);
+    TestProduct product;
+    product.type = 9;
+    product.points = {41, 41, 25};
+    product.radar = {20000, 20000, 0};
+    // Level shells, one over the other: 20 dBZ at level 20, 40 at level 14, 50 at level 8.
+    product.fill = [&](int x, int y, int z) {
+        const bool inside = std::max(std::abs(x - 20), std::abs(y - 20)) < 16;
+        const double value = z > 14 ? 20.0 + (20 - z) * 20.0 / 6.0 : 40.0 + (14 - z) * 10.0 / 6.0;
+        return inside ? type.displayToAbsoluteValue(std::clamp(value, 0.0, 55.0)) : 1.0;
+    };
+    const QImage image = draw(product, QString(), {}, QStringLiteral("Default"));
+    const Bar bar(type);
+    std::vector<Reading> readings;
+    for (const auto& [x, y] : {std::pair(-60, 40), std::pair(60, 50), std::pair(0, 70)}) {
+        const double read = bar.read(colorAt(image, WIDTH / 2 + x, HEIGHT / 2 + y), bar.lowest(), false);
+        readings.push_back({50.0, read, read - 50.0});
+    }
+    printTable("dBZ of a core behind shells of 20 and 40 dBZ", readings);
+    for (const Reading& reading : readings) {
+        EXPECT_GE(reading.read, 48.0);
+        EXPECT_LE(reading.read, 52.0);
     }
 }
 

@@ -122,6 +122,22 @@ protected:
     QUORVisualization _visualization{this};
 };
 
+TEST_F(QUORVisualizationTest, aMapLargerThanTheGroundIsNotedOnce) {
+    build(makeFrame());
+    EXPECT_FALSE(_log.contains(QStringLiteral("larger than the ground")));
+    _volume.projection = 1;
+    for (int i = 0; i < 2; ++i) {
+        _volume.time = _volume.time.addSecs(300);
+        const auto frame = _folders.frame(_volume);
+        ASSERT_TRUE(frame);
+        build(frame);
+    }
+    EXPECT_EQ(
+        _log.count(QStringLiteral("N: The map of site TEST is larger than the ground: its distances, of "
+                                  "rings and data too, are 2.00 times those on the ground there.")),
+        1);
+}
+
 TEST_F(QUORVisualizationTest, itemsAreReusedForTheSameFrameOnly) {
     const auto frame = makeFrame();
     build(frame);
