@@ -100,6 +100,10 @@ TEST_F(QUORLabelLayoutTest, FlatLabelsKeepClearAndTheirHaloGoesWithTheCamera) {
     halo->GetProperty()->SetLineWidth(3.0F);
     halo->SetHaloWidth(3.0);
     _flat->AddPart(halo);
+    vtkNew<QUORFlatLabelActor> text;
+    text->SetMapper(mapper);
+    text->SetScale(15000.0, 15000.0, 1.0);
+    _flat->AddPart(text);
     renderer->AddViewProp(_flat);
     mapper->Update();
     const QUORPictureArea middle{0.45, 0.45, 0.55, 0.55};
@@ -107,8 +111,10 @@ TEST_F(QUORLabelLayoutTest, FlatLabelsKeepClearAndTheirHaloGoesWithTheCamera) {
     EXPECT_TRUE(halo->GetVisibility());
     arrange({middle}, true);
     EXPECT_FALSE(halo->GetVisibility());
+    EXPECT_FALSE(text->GetVisibility());
     arrange({{0.0, 0.0, 0.2, 0.2}}, true);
     EXPECT_TRUE(halo->GetVisibility());
+    EXPECT_TRUE(text->GetVisibility());
     window->Render();
     EXPECT_FLOAT_EQ(halo->GetProperty()->GetLineWidth(), 3.0F);
 
