@@ -267,7 +267,7 @@ QStringList QUORDataFrame::makeLegend(const QUORGeneralSettings& settings) const
                 QStringLiteral(" ASL")};
 }
 
-QStringList QUORDataFrame::getLegendDetails(const QUORGeneralSettings& settings) const {
+QStringList QUORDataFrame::getLegendDetails(const QUORGeneralSettings& settings, bool with2d) const {
     const auto utc = [](const QUORFile& file, const QString& form) {
         return file.getDataTime().toString(form) + QStringLiteral(" UTC");
     };
@@ -283,7 +283,7 @@ QStringList QUORDataFrame::getLegendDetails(const QUORGeneralSettings& settings)
                          .arg(settings.getLengthUnitBig(), QString::number(100.0 / scale, 'f', 0));
         }
     }
-    if (_data2d) {
+    if (with2d && _data2d) {
         const QUORFile& file = *_data2d->getFile();
         lines << _data2d->getProduct() + QStringLiteral(", ") + file.getDataType().getQuantityUnit() +
                      QStringLiteral(", ") + utc(file, QStringLiteral("HH:mm:ss"));

@@ -65,8 +65,9 @@ public:
     QString getDataId(const QUORGeneralSettings::CPtr& settings) const;
     /// Quantity, time, extent and site of the 3D product, one line each.
     QStringList getLegend(const QUORGeneralSettings::CPtr& settings) const;
-    /// What a legend may say beyond that: time in UTC to the second, height factor, 2D product.
-    QStringList getLegendDetails(const QUORGeneralSettings& settings) const;
+    /// What a legend may say beyond that: time in UTC to the second, height factor and ticks, the scale of a
+    /// map that is larger than the ground and, `with2d`, the 2D product.
+    QStringList getLegendDetails(const QUORGeneralSettings& settings, bool with2d = true) const;
 
     /// Null when not loaded, here and below.
     QUORFileLeaf::CPtr getData3d() const { return _activeData3d; }

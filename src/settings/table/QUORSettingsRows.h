@@ -269,7 +269,7 @@ inline constexpr auto ROWS = std::to_array<Key>({
     RENDERER.number(
         "legend/details", 0.0, 0.0, 1.0,
         "1 for further lines over the legend: UTC, height factor and ticks, the scale of a map that is "
-        "larger than the ground, 2D product, isovalues with their colours; 0 for none"),
+        "larger than the ground, 2D product and its colours, isovalues with theirs; 0 for none"),
     COMPASS.color("compass/color", GREY, "compass"),
     COMPASS.opacity("compass/opacity/highlighted", "its opacity under a client's mouse"),
     COMPASS.opacity("compass/opacity/nonhighlighted", "its opacity"),

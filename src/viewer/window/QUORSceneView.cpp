@@ -118,7 +118,7 @@ void QUORSceneView::showScene(const QUORViewerScene& scene, const QUORGeneralSet
     const QUORViewerScene previous = _scene; // dies when the renderer has let go of it
     _scene = scene;
     _verticalScale = settings->getVerticalScale();
-    _renderer->setInfoData(scene.frame, settings);
+    _renderer->setInfoData(scene.frame, settings, state.has2DEnabled());
     _renderer->setVisualization(scene.item);
     applyOpacity(state);
     setScenePlace();

@@ -47,12 +47,20 @@ vtkSmartPointer<vtkColorTransferFunction> makeBands(vtkColorTransferFunction& ma
     return bands;
 }
 
-/// Where the map has seams for labels to go by.
-void setScale(QUORScalarBar& bar, const QUORColormap& colormap) {
+/// Ascending, at least two; empty where the map has none for labels to go by.
+std::vector<double> findSeams(const QUORColormap& colormap) {
     const QVector<double>& scale = colormap.getScale();
     const int count = std::min<int>(colormap.getNSeamsInUse(), int(scale.size()));
     const std::vector<double> seams(scale.cbegin(), scale.cbegin() + std::max(count, 0));
     if (count < 2 || !std::is_sorted(seams.begin(), seams.end()) || !(seams.front() < seams.back())) {
+        return {};
+    }
+    return seams;
+}
+
+void setScale(QUORScalarBar& bar, const QUORColormap& colormap) {
+    const std::vector<double> seams = findSeams(colormap);
+    if (seams.empty()) {
         bar.UseCustomLabelsOff();
         return;
     }
@@ -74,4 +82,15 @@ vtkSmartPointer<vtkScalarBarActor> QUORColorBar::make(const QUORColormap& colorm
     // Else the title touches the first label in small pictures.
     bar->SetVerticalTitleSeparation(8);
     return bar;
+}
+
+QList<double> QUORColorBar::pickValues(const QUORColormap& colormap, int pixels) {
+    const std::vector<double> seams = findSeams(colormap);
+    if (seams.empty()) {
+        return {};
+    }
+    vtkNew<QUORScalarBar> bar;
+    bar->SetSeams(seams);
+    const std::vector<double> labels = bar->FindLabels(pixels);
+    return {labels.cbegin(), labels.cend()};
 }

@@ -51,6 +51,7 @@ QUORFlatLabelActor::QUORFlatLabelActor() = default;
 QUORFlatLabelActor::~QUORFlatLabelActor() = default;
 
 void QUORFlatLabelActor::LeanTowards(vtkCamera* camera) {
+    OnTop = true;
     this->ComputeMatrix();
     std::array<double, 3> sight{};
     for (int i = 0; i < 3; ++i) {
@@ -69,6 +70,7 @@ void QUORFlatLabelActor::LeanTowards(vtkCamera* camera) {
 }
 
 void QUORFlatLabelActor::LieFlat() {
+    OnTop = false;
     this->SetOrientation(0.0, 0.0, 0.0);
 }
 
@@ -99,6 +101,14 @@ bool QUORFlatLabelActor::IsLegible(const Corners& corners) const {
 }
 
 int QUORFlatLabelActor::RenderOpaqueGeometry(vtkViewport* viewport) {
+    return OnTop ? 0 : Draw(viewport);
+}
+
+int QUORFlatLabelActor::RenderOverlay(vtkViewport* viewport) {
+    return OnTop ? Draw(viewport) : 0;
+}
+
+int QUORFlatLabelActor::Draw(vtkViewport* viewport) {
     Corners corners;
     if (IsHalo() && FindCorners(vtkRenderer::SafeDownCast(viewport), corners)) {
         const double width = std::min(HaloWidth, MOST_HALO * measure(corners).height);

@@ -27,8 +27,10 @@ public:
     void SetText(const QString& text) { Text = text; }
     const QString& GetText() const { return Text; }
     /// Turns the text about its base line, as far as a camera that stands low needs to read it; one that
-    /// looks down on it finds it flat.
+    /// looks down on it finds it flat. It is drawn over the scene then: half under a shell, "170km" would
+    /// read "0km".
     void LeanTowards(vtkCamera* camera);
+    /// Back to where it was, in the order of the scene.
     void LieFlat();
     /// Where the text lies in the renderer's picture. False where a part of it is behind the camera.
     bool FindCorners(vtkRenderer* renderer, Corners& corners);
@@ -36,6 +38,7 @@ public:
     bool IsLegible(const Corners& corners) const;
 
     int RenderOpaqueGeometry(vtkViewport* viewport) override;
+    int RenderOverlay(vtkViewport* viewport) override;
 
     QUORFlatLabelActor(const QUORFlatLabelActor&) = delete;
     QUORFlatLabelActor& operator=(const QUORFlatLabelActor&) = delete;
@@ -45,6 +48,9 @@ protected:
     ~QUORFlatLabelActor() override;
 
 private:
+    int Draw(vtkViewport* viewport);
+
     double HaloWidth = 0.0;
+    bool OnTop = false;
     QString Text;
 };

@@ -361,7 +361,7 @@ void QUOROffscreenVisualizer::prepareRenderer(QUORVisualization& visualization) 
     } else {
         _renderer->restart();
     }
-    _renderer->setInfoData(visualization.getDataFrame(), _generalSettings);
+    _renderer->setInfoData(visualization.getDataFrame(), _generalSettings, _displayState->has2DEnabled());
     _renderer->toggleLegend(true);
     _renderer->toggleColorScale(true);
     logDebug(QStringLiteral("Setting visualization.."));

@@ -57,6 +57,21 @@ constexpr std::size_t MOST_SHELLS = 6;
 constexpr double USUAL_TOP = 30000.0;
 constexpr double USUAL_BOTTOM = -500.0;
 
+/// About the length of a bar with the labels that a line of the legend has room for.
+constexpr int KEY_PIXELS = 75;
+
+/// A patch of colour for each value, and the unit after the last.
+QUORLegendDetails::Line makeKey(const QList<double>& values, const QUORColormap& colormap) {
+    QUORLegendDetails::Line line;
+    for (const double value : values) {
+        line.push_back({QString::number(value), colormap.getColor(value)});
+    }
+    if (!line.empty()) {
+        line.back().text += QLatin1Char(' ') + colormap.getDataUnits();
+    }
+    return line;
+}
+
 void logToggle(const char* what, bool on) {
     logDebug(QStringLiteral("--- QUORRenderer: ") + QLatin1String(what) +
              (on ? QStringLiteral(" on") : QStringLiteral(" off")));
@@ -251,7 +266,7 @@ void QUORRenderer::updateLights() {
 }
 
 void QUORRenderer::setInfoData(const std::shared_ptr<const QUORDataFrame>& dataFrame,
-                               const std::shared_ptr<const QUORGeneralSettings>& settings) {
+                               const std::shared_ptr<const QUORGeneralSettings>& settings, bool with2d) {
     QUOR_ASSERT(dataFrame);
     QUOR_ASSERT(dataFrame->getData3d());
     QUOR_ASSERT(settings);
@@ -269,7 +284,7 @@ void QUORRenderer::setInfoData(const std::shared_ptr<const QUORDataFrame>& dataF
     const QUORColormap colormap(dataFrame->getProductSettings()->getColorMapName(),
                                 dataFrame->getData3d()->getFile()->getDataType(), QUORColormap::Display);
     updateColorBar(*dataFrame, colormap);
-    makeLegendDetails(*dataFrame, *settings, colormap);
+    makeLegendDetails(*dataFrame, *settings, colormap, with2d);
     updateSceneHeights(*dataFrame, settings->getVerticalScale());
 }
 
@@ -287,7 +302,7 @@ void QUORRenderer::updateColorBar(const QUORDataFrame& frame, const QUORColormap
 }
 
 void QUORRenderer::makeLegendDetails(const QUORDataFrame& frame, const QUORGeneralSettings& settings,
-                                     const QUORColormap& colormap) {
+                                     const QUORColormap& colormap, bool with2d) {
     if (_legendDetails) {
         setShown(_legendDetails->getProp(), false);
         _legendDetails->getProp()->ReleaseGraphicsResources(_window);
@@ -297,24 +312,25 @@ void QUORRenderer::makeLegendDetails(const QUORDataFrame& frame, const QUORGener
         return;
     }
     std::vector<QUORLegendDetails::Line> lines;
-    for (const QString& text : frame.getLegendDetails(settings)) {
+    for (const QString& text : frame.getLegendDetails(settings, with2d)) {
         lines.push_back({{text}});
     }
+    if (with2d && frame.getData2d()) {
+        const QUORColormap flat(QStringLiteral("Default"), frame.getData2d()->getFile()->getDataType(),
+                                QUORColormap::Display);
+        // What the bar shows the colours of needs no key.
+        if (flat.getDataUnits() != colormap.getDataUnits()) {
+            lines.push_back(makeKey(QUORColorBar::pickValues(flat, KEY_PIXELS), flat));
+        }
+    }
     const QUORProductSettings& product = *frame.getProductSettings();
-    QUORLegendDetails::Line shells;
     if (product.getRenderingType() == QUORProductSettings::Surface) {
-        for (const double value : product.getSurfaces().keys()) {
-            shells.push_back({QString::number(value), colormap.getColor(value)});
-        }
+        lines.push_back(makeKey(product.getSurfaces().keys(), colormap));
     } else {
-        for (const double value : {product.getVolumeValueLow(), product.getVolumeValueHigh()}) {
-            shells.push_back({QString::number(value), colormap.getColor(value)});
-        }
+        lines.push_back(makeKey({product.getVolumeValueLow(), product.getVolumeValueHigh()}, colormap));
+        lines.back().front().text += QStringLiteral(" to");
     }
-    if (!shells.empty() && shells.size() <= MOST_SHELLS) {
-        shells.back().text += QLatin1Char(' ') + colormap.getDataUnits();
-        lines.push_back(shells);
-    }
+    std::erase_if(lines, [](const auto& line) { return line.empty() || line.size() > MOST_SHELLS; });
     _legendDetails = std::make_unique<QUORLegendDetails>(lines);
     _legendDetails->setColors(_style.color("legend/text/color"), _style.color("colorscale/background/color"));
 }

@@ -66,9 +66,9 @@ public:
     void updateLights();
     void setNight(bool night) { _night = night; }
 
-    /// Legend lines and colour bar of the frame, which must have 3D data.
+    /// Legend lines and colour bar of the frame, which must have 3D data; `with2d`: its 2D product is shown.
     void setInfoData(const std::shared_ptr<const QUORDataFrame>& frame,
-                     const std::shared_ptr<const QUORGeneralSettings>& settings);
+                     const std::shared_ptr<const QUORGeneralSettings>& settings, bool with2d = true);
     /// Shows a finished item: it must have results.
     void setVisualization(const QUORVisualizationPipelineItem::Ptr& item);
     /// Shows nothing of the visualization any more and gives back the graphics buffers of its products;
@@ -112,7 +112,7 @@ private:
     void placeSiteMarker();
     void setShown(vtkProp* prop, bool shown);
     void makeLegendDetails(const QUORDataFrame& frame, const QUORGeneralSettings& settings,
-                           const QUORColormap& colormap);
+                           const QUORColormap& colormap, bool with2d);
     void updateColorBar(const QUORDataFrame& frame, const QUORColormap& colormap);
     void updateSceneHeights(const QUORDataFrame& frame, double verticalScale);
     void observeDrawing(unsigned long event, void (QUORRenderer::*handler)());

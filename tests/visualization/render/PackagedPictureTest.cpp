@@ -66,7 +66,8 @@ protected:
     QUORGeneralSettings::CPtr getVisualizationGeneralSettings() override { return _general; }
     QUORDisplayState::CPtr getVisualizationDisplayState() override { return _state; }
 
-    /// A thunderstorm's column at the site, in a product of so many points of 2 km.
+    /// A line of thunderstorms over the site that reaches 96 km to east and west, in a product of so many
+    /// points of 2 km.
     static TestProduct makeProduct(int points) {
         TestProduct product;
         product.site = "SAMPLE";
@@ -76,7 +77,7 @@ protected:
         product.stepsCm = {200000, 200000, 50000};
         product.radar = {points * 500, points * 500, 0};
         product.fill = [=](int x, int y, int z) {
-            const double r = std::hypot(x - 0.5 * points, y - 0.5 * points, z - 8.0);
+            const double r = std::hypot((x - 0.5 * points) / 4.0, y - 0.5 * points, z - 8.0);
             return r < 12.0 ? unsigned(180.0 - 5.0 * r) : 0U;
         };
         return product;
@@ -96,7 +97,7 @@ protected:
         _visualization.setSourceData(frame);
         _visualization.updateVisualization(true);
         ASSERT_TRUE(waitUntil([&] { return _finished > before; }, 60000));
-        _view->setInfoData(frame, _general);
+        _view->setInfoData(frame, _general, _with2d);
         _view->setVisualization(_visualization.getVisualizationResult());
         const QUORFile& file = *frame->getData3d()->getFile();
         const QUORViewFit fit({-0.5 * file.getWidthM(), -0.5 * file.getLengthM(), 0.0},
@@ -168,6 +169,7 @@ protected:
     TestStore _store;
     std::shared_ptr<QUORGeneralSettings> _general;
     std::shared_ptr<QUORDisplayState> _state = std::make_shared<QUORDisplayState>();
+    bool _with2d = false;
     int _finished = 0;
     std::unique_ptr<QUORRenderer> _view;
     QUORVisualization _visualization{this};
@@ -248,6 +250,8 @@ TEST_F(PackagedPictureTest, TextsThatLieInTheSceneStayApartAndLeanTowardsALowCam
                 const auto [low, high] =
                     std::ranges::minmax(label.corners, {}, [](const auto& p) { return p[1]; });
                 EXPECT_GE(high[1] - low[1], 7.0) << label.text.toStdString();
+                EXPECT_GT(countPixels(picture, label.corners, color), 10)
+                    << label.text.toStdString() << " is hidden by a shell";
             }
         }
         const QStringList texts = listTexts();
@@ -422,5 +426,30 @@ TEST_F(PackagedPictureTest, BarLabelsStandAtTheirColorWithinAPixel) {
                 EXPECT_NEAR(middles[i], bottom + 0.5 - over, 1.0) << values[i];
             }
         }
+    }
+}
+
+/// The bar of a velocity does not tell what the colours of the rain mean.
+TEST_F(PackagedPictureTest, RainUnderAnotherQuantityHasAKeyOfItsOwn) {
+    TestProduct rain = TestProduct::sri();
+    rain.site = "SAMPLE";
+    rain.write(_store.folder("2d"));
+    TestProduct velocity = makeProduct(120);
+    velocity.type = SampleProduct::Velocity8;
+    velocity.fill = nullptr;
+    const QUORColormap map(QStringLiteral("Default"), QUORDataType(SampleProduct::RainRate16),
+                           QUORColormap::Display);
+    const auto color = map.getColor(10.0);
+    for (const bool with2d : {false, true}) {
+        _with2d = with2d;
+        draw(velocity, 1600, 1200);
+        const QImage picture = readPicture();
+        int pixels = 0;
+        for (int y = 0.6 * 1200; y < 0.82 * 1200; ++y) {
+            for (int x = 20; x < 520; ++x) {
+                pixels += isColor(picture.pixelColor(x, y), color[0], color[1], color[2]) ? 1 : 0;
+            }
+        }
+        EXPECT_EQ(pixels > 300, with2d);
     }
 }
