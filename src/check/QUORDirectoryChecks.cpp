@@ -22,6 +22,8 @@ using Cost = QUORFinding::Cost;
 using File = QUORSettingsKey::File;
 
 const QString GENERAL = QStringLiteral("GENERAL");
+const QString BACKGROUND = QStringLiteral("BACKGROUND");
+const QString OUTPUT = QStringLiteral("directory");
 constexpr double TERRAIN_FACTOR = 0.75; // of the diagonal, as the jobs ask for it
 constexpr int MINIMUM_LATITUDES = 4;
 constexpr double SMALL_SPACE = 100.0e6; // bytes
@@ -171,21 +173,27 @@ void checkProducts(QUORFindingCollector& findings, const QUORProductSurvey& surv
     }
 }
 
-void checkOutput(QUORFindingCollector& findings, const QString& directory) {
-    const QString group = QStringLiteral("BACKGROUND");
-    const QString key = QStringLiteral("directory");
-    const auto report = [&](Cost cost, const char* code, const QString& problem, const QString& advice) {
-        findings.addAt(cost, code, File::Background, group, key, problem, advice);
-    };
+bool checkOutputSetting(QUORFindingCollector& findings, const QString& directory) {
     const QString path = QUORSystem::expandHome(directory);
-    const QByteArray name = QFile::encodeName(path);
-    if (QDir::isRelativePath(path)) {
-        report(Cost::Wrong, "output-relative",
-               QStringLiteral("images go to \"") + path +
-                   QStringLiteral("\" below the working directory of the service"),
-               QStringLiteral("quor3d set BACKGROUND/directory DIRECTORY, with the whole path"));
+    if (!QDir::isRelativePath(path)) {
+        return true;
+    }
+    findings.addAt(Cost::Wrong, "output-relative", File::Background, BACKGROUND, OUTPUT,
+                   QStringLiteral("images go to \"") + path +
+                       QStringLiteral("\" below the working directory of the service"),
+                   QStringLiteral("quor3d set BACKGROUND/directory DIRECTORY, with the whole path"));
+    return false;
+}
+
+void checkOutput(QUORFindingCollector& findings, const QString& directory) {
+    const auto report = [&](Cost cost, const char* code, const QString& problem, const QString& advice) {
+        findings.addAt(cost, code, File::Background, BACKGROUND, OUTPUT, problem, advice);
+    };
+    if (!checkOutputSetting(findings, directory)) {
         return;
     }
+    const QString path = QUORSystem::expandHome(directory);
+    const QByteArray name = QFile::encodeName(path);
     if (!QFileInfo::exists(path)) {
         report(Cost::NoImages, "output-missing",
                path + QStringLiteral(" does not exist or cannot be reached"),

@@ -10,6 +10,8 @@ namespace QUORDirectoryChecks {
 
 /// Both product directories, of which either may be empty for not configured.
 void checkProducts(QUORFindingCollector& findings, const QUORProductSurvey& survey, bool needs2d);
+/// Whether the output directory is named by its whole path.
+bool checkOutputSetting(QUORFindingCollector& findings, const QString& directory);
 /// The output directory as the settings name it.
 void checkOutput(QUORFindingCollector& findings, const QString& directory);
 /// The tiles under the sites of a survey.

@@ -190,6 +190,14 @@ QString keyOf2d(const QUORProductSurvey::Row& row) {
     return QStringLiteral("products/") + QString::number(index + 1) + QStringLiteral("/product");
 }
 
+/// Nobody can deliver what is no product.
+QString adviseOn2d(const QUORProductSurvey::Row& row) {
+    const QStringList known = QUORBackgroundSettings::getAll2DProducts();
+    return known.contains(row.product2d)
+               ? QStringLiteral("deliver ") + row.product2d + QStringLiteral(", or ")
+               : QStringLiteral("name one of ") + known.join(QStringLiteral(", ")) + QStringLiteral(", or ");
+}
+
 int readSize(QUORSettingsReader& reader) {
     const int size = reader.beginReadArray(QStringLiteral("points"), 1000);
     reader.endArray();
@@ -378,9 +386,8 @@ void checkPairing(QUORFindingCollector& findings, const QUORProductSurvey& surve
                               : Cost::Missing,
                        "no-2d-product", File::Background, BACKGROUND, keyOf2d(first),
                        cost + QStringLiteral(" and its product is missing: ") + first.detail,
-                       QStringLiteral("deliver ") + first.product2d +
-                           QStringLiteral(", or do without: quor3d set BACKGROUND/") + keyOf2d(first) +
-                           QStringLiteral(" '(none)'"));
+                       adviseOn2d(first) + QStringLiteral("do without: quor3d set BACKGROUND/") +
+                           keyOf2d(first) + QStringLiteral(" '(none)'"));
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORProductSurvey.h"
 
+#include "QUORBackgroundSettings.h"
 #include "QUORDirectoryListing.h"
 
 #include <QDir>
@@ -15,7 +16,18 @@ constexpr qsizetype MAXIMUM_PAIRED = 1000;
 constexpr qsizetype MAXIMUM_SAMPLE = 50;
 const QString ANY = QStringLiteral("*");
 
-QString findProductFolder(const QString& path) {
+QStringList namesOf(const QUORDirTop::Leaves& leaves, QString (QUORFileLeaf::*get)() const) {
+    QStringList names;
+    for (const QUORFileLeaf::Ptr& leaf : leaves) {
+        names.append((leaf.get()->*get)());
+    }
+    names.removeDuplicates();
+    return names;
+}
+
+} // namespace
+
+QString QUORProductSurvey::findProductFolder(const QString& path) {
     for (const QString& name : QDir(path).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         const QString folder = path + QLatin1Char('/') + name;
         const QStringList names = QUORDirectoryListing(folder).getNames().mid(0, MAXIMUM_SAMPLE);
@@ -28,17 +40,6 @@ QString findProductFolder(const QString& path) {
     }
     return {};
 }
-
-QStringList namesOf(const QUORDirTop::Leaves& leaves, QString (QUORFileLeaf::*get)() const) {
-    QStringList names;
-    for (const QUORFileLeaf::Ptr& leaf : leaves) {
-        names.append((leaf.get()->*get)());
-    }
-    names.removeDuplicates();
-    return names;
-}
-
-} // namespace
 
 template <class Top, class Other>
 std::shared_ptr<Top> QUORProductSurvey::survey(Directory& directory) {
@@ -111,6 +112,12 @@ QUORProductSurvey::Reason QUORProductSurvey::findReason(const QUOR2DTop& top, co
                                                         const QString& product2d, int timeWindow) {
     if (top.findBestMatching2DFile(leaf, product2d, timeWindow)) {
         return {};
+    }
+    const QStringList known = QUORBackgroundSettings::getAll2DProducts();
+    if (!known.contains(product2d) && !product2d.contains(QLatin1Char('*')) &&
+        !product2d.contains(QLatin1Char('?'))) {
+        const QString kind = QLatin1Char('"') + product2d + QStringLiteral("\" is no 2D product");
+        return {kind, kind};
     }
     const QString site = leaf->getSite();
     const QDateTime time = leaf->getFile()->getDataTime();

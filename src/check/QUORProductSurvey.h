@@ -51,6 +51,9 @@ public:
     QUORProductSurvey(const QString& path3d, const QString& path2d, int timeWindow,
                       const Product2dOf& product2dOf);
 
+    /// A folder in that directory that holds products; empty for none.
+    static QString findProductFolder(const QString& path);
+
     const Directory& get3D() const { return _directory3d; }
     const Directory& get2D() const { return _directory2d; }
     /// By site and configuration.

@@ -33,6 +33,9 @@ QString describeOutcome(const QUORSettingsKey& row, const QString& text) {
     if (row.name == "rendering") {
         return QStringLiteral("the product is not drawn");
     }
+    if (row.name == "product") {
+        return QStringLiteral("no product has this name, and images wait for one in vain");
+    }
     if (row.name == "outputformat") {
         return QStringLiteral("images are PNG under a name that ends in \".\"");
     }

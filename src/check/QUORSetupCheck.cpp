@@ -77,6 +77,9 @@ void QUORSetupCheck::runSettings() {
     QUORPresetChecks::checkFurtherViews(findings, general, background);
     QUORPresetChecks::checkProducts(findings, nullptr, _drawing.scaleNames);
     QUORPresetChecks::checkColors(findings);
+    if (QFileInfo::exists(background.getSettingsFileName())) {
+        QUORDirectoryChecks::checkOutputSetting(findings, background.getDirectory());
+    }
     _findings = findings.takeSorted();
 }
 
@@ -124,8 +127,8 @@ void QUORSetupCheck::checkBackgroundFile(QUORFindingCollector& findings,
     }
     findings.add(
         Cost::Wrong, "background-file-missing", path,
-        QStringLiteral("does not exist, its defaults count: TIFF images below the working directory, each "
-                       "with an SRI product"),
+        QStringLiteral("does not exist; ") +
+            background.describeDefaults(QStringLiteral("the working directory of the service")),
         QStringLiteral(
             "quor3d set BACKGROUND/directory DIRECTORY; the file is that of the background user, whom "
             "BG_USER names in the system configuration, or what QUOR3D_BG_SETTINGS names"));

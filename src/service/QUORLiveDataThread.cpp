@@ -16,6 +16,7 @@
 #include <QTimer>
 
 #include <exception>
+#include <utility>
 
 namespace {
 
@@ -253,8 +254,29 @@ void QUORLiveDataThread::runPass() {
     }
 }
 
+// Arrivals that lay there while the main thread was drawing are known before the next image is chosen: one of
+// them may be live. Left at once when the thread has to end.
+void QUORLiveDataThread::awaitArrivals() {
+    std::unique_lock lock(_mutex);
+    const int asked = ++_asked;
+    lock.unlock();
+    const auto answer = [this, asked] {
+        const std::lock_guard guard(_mutex);
+        _answered = asked;
+        _wakeUp.notify_one();
+    };
+    // A timer's turn comes behind that of the directories' notices.
+    QMetaObject::invokeMethod(
+        this, [this, answer] { QTimer::singleShot(0, this, answer); }, Qt::QueuedConnection);
+    lock.lock();
+    _wakeUp.wait(lock, [&] { return _stopRequested || _answered == asked; });
+}
+
 // One image, or the look for what a 2D file completes. False when nothing waits.
 bool QUORLiveDataThread::runNext() {
+    if (std::exchange(_hasDrawn, false)) {
+        awaitArrivals();
+    }
     if (const auto live = takeLive(_queue3d)) {
         draw3D(*live);
         return true;
@@ -305,6 +327,7 @@ void QUORLiveDataThread::complete3D(const QUORArrival& arrival2d) {
 
 void QUORLiveDataThread::draw(const QUORArrival& arrival, QUORVisualizationJobs::Need2D need) {
     QUORVisualizationJobs::Result result = QUORVisualizationJobs::Ignored;
+    _hasDrawn = true;
     runGuarded(arrival.path, [&] {
         _backgroundSettings->setActivated(true);
         checkActive(_backgroundSettings);

@@ -65,6 +65,7 @@ private:
     bool waitForWork();
     Clock::time_point getNextTime() const;
     void runPass();
+    void awaitArrivals();
     bool runNext();
     std::optional<QUORArrival> takeLive(QUORArrivalQueue& queue);
     std::optional<QUORArrival> takeFirst(QUORArrivalQueue& queue);
@@ -84,11 +85,14 @@ private:
     std::condition_variable _wakeUp;
     QUORArrivalQueue _queue3d;
     QUORArrivalQueue _queue2d;
+    int _asked = 0;    ///< how often the thread has asked for arrivals
+    int _answered = 0; ///< the last time that the main thread has told of them
     /// The switch as it was last noted, not whether anything is rendered; read by `checkActive` only.
     bool _active = true;
     // These belong to the live data thread.
     QList<QUORArrival> _completed; ///< 3D files of 2D arrivals
     bool _is2DsTurn = false;
+    bool _hasDrawn = false; ///< since arrivals were asked for
     QUORUnwrittenImages _unwritten;
     QUORWaitingFor2D _waiting;
     std::shared_ptr<QUORDataStore> _dataStore;

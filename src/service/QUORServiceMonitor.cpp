@@ -5,6 +5,7 @@
 #include "QUORFilePublisher.h"
 #include "QUORLog.h"
 #include "QUORLogOnce.h"
+#include "QUORProductSurvey.h"
 #include "QUORSystem.h"
 
 #include <QDir>
@@ -53,6 +54,21 @@ QUORServiceReport::Directory describe(const QString& path, const Tree& tree) {
     return {path, tree ? tree->countFiles() : 0};
 }
 
+/// Products are not looked for in folders; an operator who named the one above them sees nothing at all.
+void explainEmpty(const QUORServiceReport::Directory& directory, const char* key) {
+    const QString subject = QStringLiteral("products below ") + QLatin1String(key);
+    const QString folder = directory.path.isEmpty() || directory.products > 0
+                               ? QString()
+                               : QUORProductSurvey::findProductFolder(directory.path);
+    if (folder.isEmpty()) {
+        QUORLogOnce::forget(subject);
+    } else {
+        QUORLogOnce::logError(
+            subject, directory.path + QStringLiteral(" holds no products, but a folder of it does; write ") +
+                         QLatin1String(key) + QLatin1Char('=') + folder);
+    }
+}
+
 QString nameDirectory(const QUORServiceReport::Directory& directory) {
     return directory.path.isEmpty() ? QStringLiteral("nothing")
                                     : directory.path + QStringLiteral(" (") +
@@ -76,7 +92,7 @@ QUORServiceMonitor::QUORServiceMonitor(std::shared_ptr<const QUORDataStore> stor
         QStringLiteral("; writing images to ") + report.output + QStringLiteral(" as ") + report.imageFormat +
         QStringLiteral(" of ") + QString::number(report.width) + QStringLiteral(" x ") +
         QString::number(report.height) + QStringLiteral(" pixels"));
-    _settingsWatch.look();
+    look();
     write();
     startWatchdog();
     notifySupervisor(QStringLiteral("READY=1"));
@@ -117,8 +133,15 @@ void QUORServiceMonitor::feedWatchdog() {
 
 void QUORServiceMonitor::update() {
     _settings.load();
-    _settingsWatch.look();
+    look();
     write();
+}
+
+void QUORServiceMonitor::look() {
+    _settingsWatch.look();
+    const QUORServiceReport report = makeReport();
+    explainEmpty(report.directory3d, "data3d");
+    explainEmpty(report.directory2d, "data2d");
 }
 
 void QUORServiceMonitor::write() {

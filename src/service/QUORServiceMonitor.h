@@ -39,6 +39,7 @@ private:
     void startWatchdog();
     void feedWatchdog();
     void update();
+    void look();
     void write();
     QUORServiceReport makeReport() const;
 

@@ -144,7 +144,8 @@ void QUORBackgroundSettings::load() {
                    ? std::make_unique<QSettings>(_fileName, QSettings::NativeFormat)
                    : nullptr;
     };
-    QSettings* settings = shared.file.open(_fileName, open, [this] { return describeDefaults(); });
+    QSettings* settings = shared.file.open(
+        _fileName, open, [this] { return describeDefaults(QDir::current().absolutePath()); });
     _isRead = !shared.file.isDamaged();
     if (settings != nullptr) {
         QUORLog::Instance().logDebug(QStringLiteral("Loading background settings from ") + _fileName +
@@ -163,10 +164,10 @@ void QUORBackgroundSettings::readPackaged() {
     }
 }
 
-QString QUORBackgroundSettings::describeDefaults() const {
-    return QStringLiteral("where it says nothing else, images go to ") + QDir::current().absolutePath() +
-           QStringLiteral(" as ") + getOutputFormatString() + QStringLiteral(" of ") +
-           QString::number(_width) + QStringLiteral(" x ") + QString::number(_height) +
+QString QUORBackgroundSettings::describeDefaults(const QString& folder) const {
+    return QStringLiteral("where it says nothing else, images go to ") + folder + QStringLiteral(" as ") +
+           getOutputFormatString() + QStringLiteral(" of ") + QString::number(_width) +
+           QStringLiteral(" x ") + QString::number(_height) +
            QStringLiteral(" pixels, each with its 2D product ") + _products.first();
 }
 

@@ -55,6 +55,8 @@ public:
     void load();
     /// Whether the last load met a whole file.
     bool isRead() const { return _isRead; }
+    /// What becomes of images where the file says nothing, which then go to that folder.
+    QString describeDefaults(const QString& folder) const;
     void save() const;
     void reset();
     /// 0 when the file can be opened for reading and writing, which creates it when it is missing; 1 when
@@ -112,7 +114,6 @@ public:
 private:
     void read(class QSettings& settings);
     void readPackaged();
-    QString describeDefaults() const;
     void readViews(class QUORSettingsReader& reader);
     void readFormat(const class QUORSettingsReader& reader);
 

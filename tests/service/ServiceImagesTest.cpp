@@ -276,6 +276,11 @@ TEST_F(ServiceImagesTest, AWrongSetupIsNamedAtTheDefaultLevelWhenTheServiceStart
         const char* background;
         const char* line; ///< begins behind the file
     } rows[] = {
+        {"verticalscle=3\ngarbage\n", "",
+         ", line 5: GENERAL/verticalscle: is not known and does not count; write verticalscale"},
+        {"verticalscle=3\ngarbage\n", "", ", line 6: is no comment, [section] or key=value of one line"},
+        {"", "directory=out\n",
+         ", line 7: BACKGROUND/directory: images go to \"out\" below the working directory"},
         {"verticalscle=3\n", "",
          ", line 5: GENERAL/verticalscle: is not known and does not count; write verticalscale"},
         {"[GENRAL]\ntimewindow=60\n", "", ", line 5: GENRAL: is no group of this file"},
@@ -297,6 +302,18 @@ TEST_F(ServiceImagesTest, AWrongSetupIsNamedAtTheDefaultLevelWhenTheServiceStart
         EXPECT_EQ(_service.terminate(), 0);
         QFile::remove(_service.path(QStringLiteral("log")));
     }
+}
+
+TEST_F(ServiceImagesTest, ProductsInAFolderOfTheDirectoryAreAnError) {
+    ASSERT_TRUE(QDir().mkpath(_folders.path(QStringLiteral("3d/north"))));
+    _folders.drop(ServiceFolders::storm(), QStringLiteral("3d/north"));
+    start({}, 0);
+    EXPECT_EQ(count(QStringLiteral(" E: ") + _folders.path(QStringLiteral("3d")) +
+                    QStringLiteral(" holds no products, but a folder of it does; write data3d=") +
+                    _folders.path(QStringLiteral("3d/north"))),
+              1)
+        << qPrintable(_service.log());
+    EXPECT_EQ(count(QStringLiteral(" E: ")), 1) << qPrintable(_service.log());
 }
 
 TEST_F(ServiceImagesTest, SwappedDirectoriesAreOneErrorForEach) {

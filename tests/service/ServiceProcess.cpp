@@ -108,8 +108,8 @@ bool ServiceProcess::startForeground(const QStringList& arguments, int standardE
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
     pid_t pid = 0;
-    const int error = ::posix_spawn(&pid, QUOR3DD_BINARY, &actions, nullptr, words.data(),
-                                    words.data() + count + 1);
+    const int error =
+        ::posix_spawn(&pid, QUOR3DD_BINARY, &actions, nullptr, words.data(), words.data() + count + 1);
     ::posix_spawn_file_actions_destroy(&actions);
     _daemon = error == 0 ? pid : 0;
     return error == 0;

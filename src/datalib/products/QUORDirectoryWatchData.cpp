@@ -106,7 +106,7 @@ void QUORDirectoryWatchData::scan() {
     for (const QString& name : std::as_const(leftOut.wrongType)) {
         discard(name, stamps.value(name), false);
     }
-    explainFirst(leftOut.discarded + leftOut.wrongType);
+    explainFirst(readable(leftOut.discarded) + leftOut.wrongType);
     logDiscarded(leftOut.discarded);
     for (auto entry = leftOut.duplicates.cbegin(); entry != leftOut.duplicates.cend(); ++entry) {
         _duplicates.insert(entry.key(), {entry.value(), stamps.value(entry.key())});
@@ -370,12 +370,18 @@ QStringList QUORDirectoryWatchData::addAll(const QStringList& names) {
             discarded.append(name);
         }
     }
-    explainFirst(discarded);
+    explainFirst(readable(discarded));
     logDiscarded(discarded);
     for (const QString& name : std::as_const(unfinished)) {
         wait(name);
     }
     return added;
+}
+
+/// The others may be readable in a moment; what stays so is given up.
+QStringList QUORDirectoryWatchData::readable(QStringList names) const {
+    names.removeIf([this](const QString& name) { return !QUORFile::canBeRead(pathOf(name)); });
+    return names;
 }
 
 /// The level that operators see tells of one file of a directory, and what is the likely reason.
@@ -386,7 +392,10 @@ void QUORDirectoryWatchData::explainFirst(const QStringList& discarded) {
     const QString& name = discarded.constFirst();
     const QUORFile file(pathOf(name));
     const bool wants3d = _type == Directory3d;
-    QString reason = QStringLiteral("no product, or not to be read");
+    const QUORFile::Status status = file.getStatus();
+    QString reason = status == QUORFile::Incomplete || status == QUORFile::NoData
+                         ? QStringLiteral("cut short, or not a product")
+                         : QStringLiteral("no product, or not to be read");
     if (file.isValid()) {
         reason = (wants3d ? QStringLiteral("no 3D product") : QStringLiteral("no 2D product")) +
                  (file.getDimensions() == (wants3d ? 2 : 3)
@@ -514,6 +523,7 @@ QUORDirTop::Result QUORDirectoryWatchData::readAgain(QUORDirWatchRetryItem& item
 
 void QUORDirectoryWatchData::giveUp(const QString& name, const Stamp& stamp, QUORDirTop::Result result) {
     _exhausted.log(name);
+    explainFirst({name});
     if (!isUnfinished(result)) {
         return;
     }

@@ -137,6 +137,7 @@ private:
     void fillPlacesOf(const QStringList& removed);
     QMap<QString, Duplicate> takeDuplicatesOf(const QStringList& names);
     void discard(const QString& name, const Stamp& stamp, bool unreadable);
+    QStringList readable(QStringList names) const;
     void explainFirst(const QStringList& discarded);
     bool isReadableAgain(const QString& name, const Discarded& entry) const;
     bool reconsiderDiscarded();

@@ -15,6 +15,7 @@
 #include <cmath>
 #include <csignal>
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -74,14 +75,16 @@ QString describeDirectory(const QJsonObject& directory) {
 }
 
 QString describeImage(const QJsonObject& image) {
-    const auto seconds = [&](const char* name) {
-        const QJsonValue value = image[QLatin1String(name)];
-        return value.isDouble() ? describeSpan(value.toDouble()) : QStringLiteral("unknown");
-    };
+    QStringList late;
+    for (const auto& [name, what] : {std::pair{"secondsAfterArrival", " after its file"},
+                                     std::pair{"secondsAfterProduct", " after its product time"}}) {
+        if (const QJsonValue value = image[QLatin1String(name)]; value.isDouble()) {
+            late.append(describeSpan(value.toDouble()) + QLatin1String(what));
+        }
+    }
     return image[QLatin1String("file")].toString() + QStringLiteral("\n                ") +
-           describeTime(image[QLatin1String("written")]) + QStringLiteral("; ") +
-           seconds("secondsAfterArrival") + QStringLiteral(" after its file, ") +
-           seconds("secondsAfterProduct") + QStringLiteral(" after its product time");
+           describeTime(image[QLatin1String("written")]) +
+           (late.isEmpty() ? QString() : QStringLiteral("; ")) + late.join(QStringLiteral(", "));
 }
 
 } // namespace
