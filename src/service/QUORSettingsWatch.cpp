@@ -4,7 +4,7 @@
 #include "QUORBackgroundSettings.h"
 #include "QUORConfig.h"
 #include "QUORLog.h"
-#include "QUORSettingsFile.h"
+#include "QUORFileStamp.h"
 #include "QUORSettingsInForce.h"
 #include "QUORSetupCheck.h"
 
@@ -19,7 +19,7 @@ QString makeStamp() {
     for (const File file : {File::Main, File::Background, File::Colors, File::Styles, File::Landmarks}) {
         const QStringList paths = QUORSettingsInForce::getFiles(file);
         for (const QString& path : paths) {
-            text += path + QLatin1Char(' ') + QUORSettingsFile::stampOf(path).toText() + QLatin1Char('\n');
+            text += path + QLatin1Char(' ') + QUORFileStamp::of(path).toText() + QLatin1Char('\n');
         }
     }
     return text;

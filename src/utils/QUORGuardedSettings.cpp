@@ -2,6 +2,7 @@
 #include "QUORGuardedSettings.h"
 
 #include "QUORLogOnce.h"
+#include "QUORSettingsFile.h"
 
 #include <QFileInfo>
 
@@ -28,7 +29,7 @@ QSettings* QUORGuardedSettings::open(const QString& fileName, const Opener& open
         _lastGood.reset();
     }
     QUORSettingsFile::awaitSave(fileName);
-    const QUORSettingsFile::Stamp stamp = QUORSettingsFile::stampOf(fileName);
+    const QUORFileStamp stamp = QUORFileStamp::of(fileName);
     QString error;
     const std::optional<QByteArray> content = QUORSettingsFile::read(fileName, error);
     _damage = content ? findDamage(*content) : QStringLiteral("cannot be read: ") + error;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "QUORSettingsFile.h"
+#include "QUORFileStamp.h"
 
 #include <QByteArray>
 #include <QSettings>
@@ -48,7 +48,7 @@ private:
     QString _group;
     Group _need;
     QString _fileName;
-    QUORSettingsFile::Stamp _stamp; ///< of the file when it was opened last
+    QUORFileStamp _stamp; ///< of the file when it was opened last
     QByteArray _content;            ///< of the last whole file
     QString _damage;
     std::unique_ptr<QSettings> _settings;

@@ -111,23 +111,6 @@ std::optional<QByteArray> QUORSettingsFile::read(const QString& fileName, QStrin
     return error.isEmpty() ? std::optional(content) : std::nullopt;
 }
 
-QString QUORSettingsFile::Stamp::toText() const {
-    QString text;
-    for (const qint64 number : {qint64(device), qint64(inode), size, modified, changed}) {
-        text += QString::number(number) + QLatin1Char(' ');
-    }
-    return text;
-}
-
-QUORSettingsFile::Stamp QUORSettingsFile::stampOf(const QString& fileName) {
-    struct stat info {};
-    if (::stat(QFile::encodeName(fileName).constData(), &info) != 0) {
-        return {};
-    }
-    const auto nanoseconds = [](const timespec& t) { return qint64(t.tv_sec) * 1000000000 + t.tv_nsec; };
-    return {info.st_dev, info.st_ino, info.st_size, nanoseconds(info.st_mtim), nanoseconds(info.st_ctim)};
-}
-
 void QUORSettingsFile::forgetParsed() {
     // There is room for 100, of which a small file takes 10: so many others push out what is kept.
     constexpr QByteArrayView CONTENT("a=1\n");

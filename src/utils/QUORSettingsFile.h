@@ -16,20 +16,6 @@ namespace QUORSettingsFile {
 /// searched makes a file look as if it were missing.
 std::optional<QByteArray> read(const QString& fileName, QString& error);
 
-/// What tells one state of a file from another, all zero for no file. Size and time alone do not: a file can
-/// be replaced by one of equal size and time.
-struct Stamp {
-    quint64 device = 0;
-    quint64 inode = 0;
-    qint64 size = 0;
-    qint64 modified = 0; ///< nanoseconds
-    qint64 changed = 0;
-
-    bool operator==(const Stamp&) const = default;
-    QString toText() const;
-};
-Stamp stampOf(const QString& fileName);
-
 /// The settings layer keeps what it parsed of files that were closed, and takes a file of equal size and time
 /// for the same. After this it reads every file anew that nobody has open.
 void forgetParsed();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORSettingsReader.h"
 
+#include "QUORFileStamp.h"
 #include "QUORLogOnce.h"
 #include "QUORSettingsFile.h"
 #include "QUORSystem.h"
@@ -117,7 +118,7 @@ QString QUORSettingsReader::makeStamp(const QString& applicationName) {
     QString text;
     const QStringList files = findFiles(applicationName);
     for (const QString& file : files) {
-        text += QUORSettingsFile::stampOf(file).toText() + file + QLatin1Char('\n');
+        text += QUORFileStamp::of(file).toText() + file + QLatin1Char('\n');
     }
     return text;
 }

@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::size_t BUFFER_SIZE = 65536;
 constexpr std::uint32_t ENDED = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
-constexpr std::uint32_t WATCHED = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE |
-                                  IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr std::uint32_t WATCHED = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_MODIFY |
+                                  IN_CLOSE_WRITE | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 } // namespace
 
@@ -46,6 +46,7 @@ int QUORDirectoryNotifier::watch(const QString& path) {
         ::inotify_rm_watch(_queue, _watch);
         _watch = -1;
     }
+    _modified.clear();
     if (!open()) {
         return errno;
     }
@@ -53,9 +54,19 @@ int QUORDirectoryNotifier::watch(const QString& path) {
     return _watch < 0 ? errno : 0;
 }
 
+/// Whether this closes what was written. A file that goes is forgotten.
+bool QUORDirectoryNotifier::isWritten(const QString& name, quint32 event) {
+    if ((event & IN_MODIFY) != 0) {
+        _modified.insert(name);
+    }
+    return (event & (IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM)) != 0 && _modified.remove(name) &&
+           (event & IN_CLOSE_WRITE) != 0;
+}
+
 void QUORDirectoryNotifier::read() {
     alignas(inotify_event) std::array<char, BUFFER_SIZE> buffer;
     QStringList names;
+    QStringList written;
     bool news = false;
     bool lost = false;
     ssize_t length = 0;
@@ -77,12 +88,18 @@ void QUORDirectoryNotifier::read() {
             } else if (event.len == 0) {
                 news = true; // the directory's own rights
             } else if (name[0] != '.' && (event.mask & IN_ISDIR) == 0) {
-                names.append(QFile::decodeName(name));
-                news = true;
+                const QString file = QFile::decodeName(name);
+                if (isWritten(file, event.mask)) {
+                    written.append(file);
+                }
+                if (event.mask != IN_MODIFY) {
+                    names.append(file);
+                    news = true;
+                }
             }
         }
     }
     if (news) {
-        Q_EMIT changed(names, lost);
+        Q_EMIT changed(names, written, lost);
     }
 }

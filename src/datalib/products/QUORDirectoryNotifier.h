@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -22,15 +23,17 @@ public:
 
 Q_SIGNALS:
     /// Files came, went, were closed after writing or got other rights: their names, the hidden ones left
-    /// out. With `lost`, names are missing.
-    void changed(const QStringList& names, bool lost);
+    /// out, and once more of those that were `written`: opening to set the time, as `touch` does, is no
+    /// writing. With `lost`, names are missing.
+    void changed(const QStringList& names, const QStringList& written, bool lost);
 
 private:
     bool open();
     void read();
+    bool isWritten(const QString& name, quint32 event);
 
     int _queue = -1;
     int _watch = -1;
-    int _error = 0;
+    QSet<QString> _modified; ///< and not closed yet
     QSocketNotifier* _readable = nullptr;
 };

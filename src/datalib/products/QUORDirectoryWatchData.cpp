@@ -16,8 +16,6 @@
 namespace {
 
 constexpr int MOST_RETRIES = 10;
-/// What a pass says of many files costs so many lines, and one more for the rest.
-constexpr int MOST_LINES = 20;
 /// A check asks for the stamps of files so long, and goes on there with the next check: 100,000 files of a
 /// local disk take half of it.
 constexpr std::chrono::milliseconds STAMP_CHECK(200);
@@ -38,15 +36,6 @@ bool isUnfinished(QUORDirTop::Result result) {
            result == QUORDirTop::ResultNotReadable;
 }
 
-void logDiscarded(const QStringList& names) {
-    for (const QString& name : names.mid(0, MOST_LINES)) {
-        logWarning(DISCARDED + name);
-    }
-    if (const qsizetype rest = names.size() - MOST_LINES; rest > 0) {
-        logWarning(DISCARDED + QString::number(rest) + QStringLiteral(" more files"));
-    }
-}
-
 bool containsName(const QStringList& ascending, const QString& name) {
     return std::binary_search(ascending.begin(), ascending.end(), name);
 }
@@ -55,22 +44,6 @@ bool containsName(const QStringList& ascending, const QString& name) {
 
 QUORDirectoryWatchData::QUORDirectoryWatchData(DirectoryType type, QUORWatchTiming timing)
     : _type(type), _timing(timing), _exhausted{EXHAUSTED}, _discardedRetries{DISCARDED_RETRY} {}
-
-void QUORDirectoryWatchData::CappedLines::log(const QString& name) {
-    if (lines < MOST_LINES) {
-        ++lines;
-        logWarning(text + name);
-    } else {
-        ++rest;
-    }
-}
-
-void QUORDirectoryWatchData::CappedLines::endInterval() {
-    if (rest > 0) {
-        logWarning(text + QString::number(rest) + QStringLiteral(" more files"));
-    }
-    lines = rest = 0;
-}
 
 QUORDirectoryWatchData::~QUORDirectoryWatchData() = default;
 
@@ -107,7 +80,7 @@ void QUORDirectoryWatchData::scan() {
         discard(name, stamps.value(name), false);
     }
     explainFirst(readable(leftOut.discarded) + leftOut.wrongType);
-    logDiscarded(leftOut.discarded);
+    QUORCappedLines::log(DISCARDED, leftOut.discarded);
     for (auto entry = leftOut.duplicates.cbegin(); entry != leftOut.duplicates.cend(); ++entry) {
         _duplicates.insert(entry.key(), {entry.value(), stamps.value(entry.key())});
     }
@@ -129,9 +102,10 @@ void QUORDirectoryWatchData::markDirty() {
     _dirty = true;
 }
 
-void QUORDirectoryWatchData::markWritten(const QStringList& names) {
+void QUORDirectoryWatchData::markNotified(const QStringList& names, const QStringList& written) {
     const std::lock_guard lock(_notifiedMutex);
-    _notifiedNames.append(names);
+    _notified.names.append(names);
+    _notified.written.append(written);
 }
 
 void QUORDirectoryWatchData::markForCheck() {
@@ -144,7 +118,7 @@ bool QUORDirectoryWatchData::checkUpdates() {
     bool dirty = _dirty.exchange(false);
     bool retry = _retry.exchange(false);
     const bool check = _check.exchange(false);
-    const QStringList notified = takeNotified();
+    const Notified notified = takeNotified();
     if (!revive()) {
         return false;
     }
@@ -171,18 +145,29 @@ bool QUORDirectoryWatchData::checkUpdates() {
     return true;
 }
 
-QStringList QUORDirectoryWatchData::takeNotified() {
+QUORDirectoryWatchData::Notified QUORDirectoryWatchData::takeNotified() {
     const std::lock_guard lock(_notifiedMutex);
-    QStringList names = std::exchange(_notifiedNames, {});
-    names.removeDuplicates();
-    return names;
+    Notified notified = std::exchange(_notified, {});
+    notified.names.removeDuplicates();
+    return notified;
+}
+
+/// A writer that sets the time of modification back before it closes the file leaves no other sign.
+void QUORDirectoryWatchData::noteWriting(const QString& name) {
+    const QUORFileLeaf::CPtr leaf = _tree->findLeaf(name);
+    if (leaf && stampOf(name) != leaf->getFile()->getStamp()) {
+        _overwritten.insert(name);
+    }
 }
 
 /// True when files that wait are to be tried at once.
-bool QUORDirectoryWatchData::lookAtWritten(const QStringList& names) {
+bool QUORDirectoryWatchData::lookAtWritten(const Notified& notified) {
     bool waits = false;
-    const QSet<QString> waiting = getWaitingNames(names.isEmpty());
-    for (const QString& name : names) {
+    for (const QString& name : notified.written) {
+        noteWriting(name);
+    }
+    const QSet<QString> waiting = getWaitingNames(notified.names.isEmpty());
+    for (const QString& name : notified.names) {
         if (!containsName(_snapshot, name) || containsName(_addedNames, name)) {
             continue; // a listing tells
         }
@@ -305,9 +290,12 @@ QUORDirTop::Result QUORDirectoryWatchData::addToTree(const QString& name, Clock:
     const Stamp stamp = stampOf(name);
     const QUORFileLeaf::CPtr before = _tree->findLeaf(name);
     QString other;
-    const QUORDirTop::Result result = _tree->addFile(name, _removedNames, &other);
+    QUORDirTop::Result result = _tree->addFile(name, _removedNames, &other);
     if (before) {
+        result = judgeIssue(name, result, other == name);
         noteIssue(*before, name, result);
+    } else {
+        _overwritten.remove(name);
     }
     if (result == QUORDirTop::ResultDuplicate && other != name) {
         _duplicates.insert(name, {other, stamp, freshUntil});
@@ -320,6 +308,19 @@ QUORDirTop::Result QUORDirectoryWatchData::addToTree(const QString& name, Clock:
         discard(name, stamp, false);
     }
     return result;
+}
+
+/// Of a file that was in the tree before it was added again; the tree goes by the stamps.
+QUORDirTop::Result QUORDirectoryWatchData::judgeIssue(const QString& name, QUORDirTop::Result result,
+                                                      bool isSame) {
+    if (result == QUORDirTop::ResultIncomplete || result == QUORDirTop::ResultNoData) {
+        _overwritten.insert(name);
+    }
+    if (isUnfinished(result)) {
+        return result;
+    }
+    const bool isOverwritten = _overwritten.remove(name);
+    return isSame && isOverwritten && result == QUORDirTop::ResultDuplicate ? QUORDirTop::ResultOk : result;
 }
 
 /// Of a file that was in the tree before it was added again.
@@ -371,7 +372,7 @@ QStringList QUORDirectoryWatchData::addAll(const QStringList& names) {
         }
     }
     explainFirst(readable(discarded));
-    logDiscarded(discarded);
+    QUORCappedLines::log(DISCARDED, discarded);
     for (const QString& name : std::as_const(unfinished)) {
         wait(name);
     }
@@ -417,6 +418,7 @@ void QUORDirectoryWatchData::removeFilesFromDir() {
         }
         _discarded.remove(name);
         _duplicates.remove(name);
+        _overwritten.remove(name);
     }
     stopWaiting(_removedNames);
     _removedNames = removed;
@@ -438,7 +440,7 @@ void QUORDirectoryWatchData::fillPlacesOf(const QStringList& removed) {
         } else if (isUnfinished(result)) {
             wait(name);
         } else if (result == QUORDirTop::ResultInvalid) {
-            logDiscarded({name});
+            QUORCappedLines::log(DISCARDED, {name});
         }
     }
 }
@@ -539,7 +541,7 @@ QString QUORDirectoryWatchData::pathOf(const QString& name) const {
 }
 
 QUORDirectoryWatchData::Stamp QUORDirectoryWatchData::stampOf(const QString& name) const {
-    return Stamp::of(pathOf(name));
+    return Stamp::ofLink(pathOf(name));
 }
 
 void QUORDirectoryWatchData::wait(const QString& name) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QUORCappedLines.h"
 #include "QUORDirTop.h"
 #include "QUORDirWatchRetryItem.h"
 #include "QUORFileStamp.h"
@@ -54,8 +55,8 @@ public:
 
     /// A notification arrived.
     void markDirty();
-    /// Files of these names may have been written or replaced.
-    void markWritten(const QStringList& names);
+    /// Files of these names may have been written or replaced; those of `written` were closed after writing.
+    void markNotified(const QStringList& names, const QStringList& written);
     /// Files that wait are due.
     void markRetry() { _retry = true; }
     /// Time for a check of everything, notified or not.
@@ -103,14 +104,9 @@ private:
         bool unreadable = false;
     };
 
-    /// A line for each file, of which many give up within a minute: the first ones, and how many more.
-    struct CappedLines {
-        QString text;
-        int lines = 0;
-        int rest = 0;
-
-        void log(const QString& name);
-        void endInterval();
+    struct Notified {
+        QStringList names;
+        QStringList written; ///< those that were closed after writing
     };
 
     QUORDirTop::Ptr dirFactory(const QStringList& names, QUORDirTop::LeftOut& leftOut) const;
@@ -119,12 +115,14 @@ private:
     void noteListing(const QUORDirectoryListing& listing);
     QString pathOf(const QString& name) const;
     Stamp stampOf(const QString& name) const;
-    QStringList takeNotified();
+    Notified takeNotified();
     QSet<QString> getWaitingNames(bool none) const;
-    bool lookAtWritten(const QStringList& names);
+    bool lookAtWritten(const Notified& notified);
+    void noteWriting(const QString& name);
     bool isWrittenAnew(const QString& name) const;
     void checkStamps();
     QUORDirTop::Result addToTree(const QString& name, Clock::time_point freshUntil);
+    QUORDirTop::Result judgeIssue(const QString& name, QUORDirTop::Result result, bool isSame);
     void noteIssue(const QUORFileLeaf& before, const QString& name, QUORDirTop::Result result);
     void removeLost();
     bool retryFile(QUORDirWatchRetryItem& item);
@@ -155,12 +153,14 @@ private:
     QStringList _removedNames;
     /// Listed as before, but written or replaced since they were read.
     QStringList _writtenNames;
+    /// Files of the tree that were written since they were read, whatever their stamps say.
+    QSet<QString> _overwritten;
     /// Files of the tree that hold another product, or none, by now.
     QStringList _lostNames;
     QList<QUORDirWatchRetryItem::Ptr> _retryItems;
     bool _explained = false;
-    CappedLines _exhausted;
-    CappedLines _discardedRetries;
+    QUORCappedLines _exhausted;
+    QUORCappedLines _discardedRetries;
     std::atomic<int> _waiting{0};
     std::atomic<bool> _listingFailed{false};
     /// Files whose place in the tree a duplicate took before their removal was seen.
@@ -177,5 +177,5 @@ private:
     /// Where the next check of the stamps begins.
     qsizetype _nextStamp = 0;
     std::mutex _notifiedMutex;
-    QStringList _notifiedNames; ///< guarded by it
+    Notified _notified; ///< guarded by it
 };

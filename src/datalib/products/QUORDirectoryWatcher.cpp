@@ -127,12 +127,12 @@ void QUORDirectoryWatcher::stop() {
     QThread::wait();
 }
 
-void QUORDirectoryWatcher::noteChanges(const QStringList& names, bool lost) {
+void QUORDirectoryWatcher::noteChanges(const QStringList& names, const QStringList& written, bool lost) {
     QString path;
     {
         const std::lock_guard lock(_mutex);
         path = _data->getPath();
-        _data->markWritten(names);
+        _data->markNotified(names, written);
         if (lost) {
             _data->markForCheck();
         }
@@ -232,7 +232,7 @@ QUORDirectoryWatchData::Ptr QUORDirectoryWatcher::waitForWork() {
 /// The directory's own times tell of names that came or went; a file that took another's name may have
 /// another content, so that the stamps are looked at as well.
 void QUORDirectoryWatcher::poll(const QUORDirectoryWatchData::Ptr& data) {
-    const QUORFileStamp stamp = QUORFileStamp::of(data->getPath() + QStringLiteral("/."));
+    const QUORFileStamp stamp = QUORFileStamp::ofLink(data->getPath() + QStringLiteral("/."));
     if (stamp != _polled) {
         _polled = stamp;
         data->markForCheck();

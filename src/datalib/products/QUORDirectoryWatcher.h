@@ -57,7 +57,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     QUORDirectoryWatchData::Ptr load(const QString& path);
-    void noteChanges(const QStringList& names, bool lost);
+    void noteChanges(const QStringList& names, const QStringList& written, bool lost);
     bool watch(const QString& path);
     void noteNotification(const QString& path, int error);
     void poll(const QUORDirectoryWatchData::Ptr& data);

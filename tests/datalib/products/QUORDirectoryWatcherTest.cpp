@@ -2,19 +2,17 @@
 #include "QUORDirectoryWatcher.h"
 
 #include "LogCapture.h"
+#include "ProductFolder.h"
 #include "QUORLog.h"
-#include "TestFiles.h"
-#include "TestProduct.h"
 #include "WaitUntil.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QTemporaryDir>
 
-#include <gtest/gtest.h>
-
+#include <array>
+#include <cstdio>
+#include <fcntl.h>
 #include <functional>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -47,26 +45,8 @@ private:
     }
 };
 
-class QUORDirectoryWatcherTest : public testing::Test {
+class QUORDirectoryWatcherTest : public ProductFolder {
 protected:
-    QUORDirectoryWatcherTest() { QDir().mkpath(folder()); }
-
-    QString folder() const { return _dir.path() + QStringLiteral("/products"); }
-    QString pathOf(const QString& name) const { return folder() + QLatin1Char('/') + name; }
-    static TestProduct product(int minute) {
-        TestProduct product;
-        product.time.setTime({12, minute});
-        return product;
-    }
-    QString write(int minute) const {
-        product(minute).write(folder());
-        return product(minute).fileName();
-    }
-    void append(const QString& name, const QByteArray& bytes) const {
-        QFile file(pathOf(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Append));
-        file.write(bytes);
-    }
     std::unique_ptr<QUORDirectoryWatcher> watch(QUORWatchTiming timing = {}) const {
         return std::make_unique<QUORDirectoryWatcher>(folder(), QUORDirectoryWatchData::Directory3d, timing);
     }
@@ -77,7 +57,6 @@ protected:
 
     static constexpr QUORWatchTiming FAST{60000ms, 30ms};
     static constexpr QUORWatchTiming OFTEN{100ms, 30ms};
-    QTemporaryDir _dir;
 };
 
 } // namespace
@@ -173,16 +152,6 @@ TEST_F(QUORDirectoryWatcherTest, GivesUpWhatStopsGrowingButLooksAgainWhenItChang
     }
 }
 
-TEST_F(QUORDirectoryWatcherTest, ABusyDirectoryDoesNotShortenTheRetries) {
-    append(product(0).fileName(), product(0).bytes().left(650));
-    QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d, QUORWatchTiming{60000ms, 60000ms});
-    data.initialize(folder());
-    for (int i = 0; i < 30; ++i) {
-        data.doRetries();
-    }
-    EXPECT_EQ(data.getWaiting(), 1);
-}
-
 TEST_F(QUORDirectoryWatcherTest, DiscardsWhatIsNoNewProduct) {
     const LogCapture log;
     const QString first = write(0);
@@ -221,185 +190,6 @@ TEST_F(QUORDirectoryWatcherTest, ARenameIntoPlaceKeepsTheProduct) {
     EXPECT_EQ(leaves.first(), watcher->getTree()->findLeaf(name));
 }
 
-TEST_F(QUORDirectoryWatcherTest, ADuplicateFollowsItsOriginalAndIsAnnouncedWhenItIsNew) {
-    const struct {
-        const char* name;
-        bool atStart;
-        std::chrono::milliseconds recent;
-        bool announced;
-    } rows[] = {{"just arrived", false, 60000ms, true},
-                {"known for long", false, 0ms, false},
-                {"there at the start", true, 60000ms, false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const QString original = write(0);
-        const QStringList names{original, original + QStringLiteral(".copy"),
-                                original + QStringLiteral(".more")};
-        QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d, {60000ms, 1000ms, row.recent});
-        const auto look = [&data] {
-            data.markForCheck();
-            EXPECT_TRUE(data.checkUpdates());
-            return data.takeAddedNames();
-        };
-        if (!row.atStart) {
-            data.initialize(folder());
-        }
-        for (const QString& copy : names.mid(1)) {
-            EXPECT_EQ(::link(qPrintable(pathOf(original)), qPrintable(pathOf(copy))), 0);
-        }
-        if (row.atStart) {
-            data.initialize(folder());
-        }
-        EXPECT_EQ(look(), QStringList());
-        for (int i = 0; i < 2; ++i) {
-            QFile::remove(pathOf(names[i]));
-            EXPECT_EQ(look(), row.announced ? QStringList{names[i + 1]} : QStringList());
-            EXPECT_TRUE(data.getTree()->findLeaf(names[i + 1]));
-        }
-        QFile::remove(pathOf(names[2]));
-    }
-}
-
-TEST_F(QUORDirectoryWatcherTest, WhatIsWrittenAnewUnderItsNameIsAnnounced) {
-    const QString name = product(0).fileName();
-    const QString path = pathOf(name);
-    const QString aside = _dir.filePath(QStringLiteral("aside"));
-    TestProduct other = product(0);
-    other.groundElevationM = 7;
-    TestProduct sameHeader = product(0);
-    sameHeader.fill = [](int, int, int) { return 3U; };
-    const auto moveIn = [&](const TestProduct& next) {
-        next.writeTo(aside);
-        EXPECT_EQ(std::rename(qPrintable(aside), qPrintable(path)), 0);
-    };
-    const auto setBack = [&] {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadWrite));
-        EXPECT_TRUE(file.setFileTime(QDateTime({2020, 1, 1}, {0, 0}), QFileDevice::FileModificationTime));
-    };
-    const struct {
-        const char* what;
-        std::function<void()> act;
-        bool announced;
-    } rows[] = {
-        {"renamed over", [&] { moveIn(other); }, true},
-        {"the same header", [&] { moveIn(sameHeader); }, true},
-        {"removed and renamed",
-         [&] {
-             QFile::remove(path);
-             moveIn(other);
-         },
-         true},
-        {"written in place", [&] { sameHeader.writeTo(path); }, true},
-        {"its time set back by a transfer", setBack, false},
-        {"other rights", [&] { QFile::setPermissions(path, QFile::ReadOwner); }, false},
-        {"linked", [&] { EXPECT_EQ(::link(qPrintable(path), qPrintable(aside)), 0); }, false},
-        {"not touched", [] {}, false},
-    };
-    for (const bool isNotified : {true, false}) {
-        for (const auto& row : rows) {
-            SCOPED_TRACE(row.what);
-            QFile::remove(path);
-            QFile::remove(aside);
-            write(0);
-            QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d);
-            data.initialize(folder());
-            QThread::msleep(10); // a tick of the file system's clock
-            row.act();
-            const LogCapture log;
-            if (isNotified) {
-                data.markWritten({name, QStringLiteral("gone")});
-                data.markDirty();
-            } else {
-                data.markForCheck();
-            }
-            EXPECT_TRUE(data.checkUpdates());
-            EXPECT_EQ(data.takeAddedNames(), row.announced ? QStringList{name} : QStringList());
-            EXPECT_EQ(log.count(QStringLiteral("N: PRODUCT ISSUED AGAIN, REPLACES THE ONE BEFORE: ") + name),
-                      row.announced);
-            EXPECT_FALSE(log.contains(QStringLiteral("W: ")));
-            const QUORFileLeaf::CPtr leaf = data.getTree()->findLeaf(name);
-            ASSERT_TRUE(leaf);
-            EXPECT_TRUE(leaf->getFile()->isUnchanged());
-            data.markForCheck();
-            data.checkUpdates();
-            EXPECT_TRUE(data.takeAddedNames().isEmpty());
-        }
-    }
-}
-
-TEST_F(QUORDirectoryWatcherTest, AnotherProductUnderANameIsARemovalAndAnArrival) {
-    const QString first = write(0);
-    const QString second = write(1);
-    QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d);
-    data.initialize(folder());
-    const auto look = [&data] {
-        data.markForCheck();
-        EXPECT_TRUE(data.checkUpdates());
-        return std::pair(data.takeAddedNames(), data.takeRemovedNames());
-    };
-    const auto siteOf = [&data](const QString& name) {
-        const auto leaf = data.getTree()->findLeaf(name);
-        return leaf ? leaf->getSite() : QString();
-    };
-    TestProduct other = product(0);
-    other.site = "OTHER";
-    other.writeTo(pathOf(first));
-    EXPECT_EQ(look(), std::pair(QStringList{first}, QStringList{first}));
-    EXPECT_EQ(siteOf(first), QStringLiteral("OTHER"));
-
-    // Each takes what the other had, so that for a moment one is a duplicate.
-    TestProduct swapped = product(0);
-    swapped.type = 3;
-    swapped.writeTo(pathOf(first));
-    const QString copy = QStringLiteral("X") + first.mid(1);
-    other.writeTo(pathOf(copy));
-    EXPECT_EQ(look(), std::pair(QStringList({first, copy}), QStringList{first}));
-    QThread::msleep(10);
-    other.writeTo(pathOf(first));
-    swapped.writeTo(pathOf(copy));
-    EXPECT_EQ(look(), std::pair(QStringList({copy, first}), QStringList({first, copy})));
-    EXPECT_EQ(data.getTree()->findLeaf(first)->getConfiguration(), QStringLiteral("Z"));
-    EXPECT_EQ(data.getTree()->findLeaf(copy)->getConfiguration(), QStringLiteral("V"));
-
-    writeFile(pathOf(second), QByteArray(1000, 'x'));
-    EXPECT_EQ(look(), std::pair(QStringList(), QStringList{second}));
-    EXPECT_FALSE(data.getTree()->findLeaf(second));
-}
-
-TEST_F(QUORDirectoryWatcherTest, AProductThatIsBeingWrittenAnewWaits) {
-    const QByteArray whole = product(0).bytes();
-    for (const bool isFinished : {true, false}) {
-        SCOPED_TRACE(isFinished);
-        const QString name = write(0);
-        QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d, QUORWatchTiming{60000ms, 0ms});
-        data.initialize(folder());
-        QThread::msleep(10);
-        writeFile(pathOf(name), whole.left(650));
-        data.markWritten({name});
-        data.markDirty();
-        EXPECT_TRUE(data.checkUpdates());
-        EXPECT_EQ(data.getWaiting(), 1);
-        EXPECT_TRUE(data.getTree()->findLeaf(name));
-        if (isFinished) {
-            append(name, whole.mid(650));
-        }
-        QStringList added;
-        QStringList removed;
-        for (int i = 0; i < 12; ++i) {
-            data.markRetry();
-            data.markForCheck();
-            EXPECT_TRUE(data.checkUpdates());
-            added.append(data.takeAddedNames());
-            removed.append(data.takeRemovedNames());
-        }
-        EXPECT_EQ(data.getWaiting(), 0);
-        EXPECT_EQ(added, isFinished ? QStringList{name} : QStringList());
-        EXPECT_EQ(removed, isFinished ? QStringList() : QStringList{name});
-        EXPECT_EQ(bool(data.getTree()->findLeaf(name)), isFinished);
-    }
-}
-
 TEST_F(QUORDirectoryWatcherTest, NotificationsTellOfFilesThatAreWrittenInPlace) {
     const LogCapture log;
     const QString name = write(0);
@@ -416,6 +206,42 @@ TEST_F(QUORDirectoryWatcherTest, NotificationsTellOfFilesThatAreWrittenInPlace) 
     append(product(1).fileName(), product(1).bytes().mid(650));
     EXPECT_TRUE(waitUntil([&] { return announced.added.contains(product(1).fileName()); }));
     EXPECT_LT(timer.elapsed(), 900);
+}
+
+TEST_F(QUORDirectoryWatcherTest, ACorrectionOfEqualSizeAndTimeIsAnnounced) {
+    const LogCapture log;
+    const QString name = write(0);
+    struct stat info {};
+    ASSERT_EQ(::stat(qPrintable(pathOf(name)), &info), 0);
+    const std::array times{info.st_atim, info.st_mtim};
+    TestProduct corrected = product(0);
+    corrected.fill = [](int, int, int) { return 3U; };
+    const auto watcher = watch();
+    Announced announced(*watcher);
+    ASSERT_TRUE(isAsleep(log));
+
+    // As copying tools write that keep the times of their source.
+    const int fd = ::open(qPrintable(pathOf(name)), O_WRONLY | O_TRUNC);
+    const QByteArray bytes = corrected.bytes();
+    EXPECT_EQ(::write(fd, bytes.constData(), std::size_t(bytes.size())), bytes.size());
+    EXPECT_EQ(::futimens(fd, times.data()), 0);
+    ::close(fd);
+    EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList{name}; }));
+
+    const QString aside = _dir.filePath(QStringLiteral("aside"));
+    product(0).writeTo(aside);
+    EXPECT_EQ(::utimensat(AT_FDCWD, qPrintable(aside), times.data(), 0), 0);
+    EXPECT_EQ(std::rename(qPrintable(aside), qPrintable(pathOf(name))), 0);
+    EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList({name, name}); }));
+
+    // Only the time and the rights.
+    const int unwritten = ::open(qPrintable(pathOf(name)), O_WRONLY);
+    EXPECT_EQ(::futimens(unwritten, times.data()), 0);
+    ::close(unwritten);
+    EXPECT_EQ(::chmod(qPrintable(pathOf(name)), 0600), 0);
+    const QString next = write(1);
+    EXPECT_TRUE(waitUntil([&] { return announced.added.contains(next); }));
+    EXPECT_EQ(announced.added, QStringList({name, name, next}));
 }
 
 TEST_F(QUORDirectoryWatcherTest, ADirectoryWithoutNotificationsIsTwoErrorLinesAndLookedAt) {
@@ -459,72 +285,6 @@ TEST_F(QUORDirectoryWatcherTest, ForeignFilesAtStartAreFewLinesAndLookedAtAgain)
     product(0).writeTo(pathOf(name));
     EXPECT_TRUE(waitUntil([&] { return announced.added == QStringList{name}; }));
     EXPECT_EQ(log.count(warning), 21);
-}
-
-TEST_F(QUORDirectoryWatcherTest, ThousandsOfShortFilesAreFewLinesAndDelayNothing) {
-    const QString warning = QStringLiteral("W: TOO MANY RETRIES, FILE DISCARDED: ");
-    constexpr int files = 3000;
-    QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d, QUORWatchTiming{60000ms, 0ms});
-    for (int i = 0; i < files; ++i) {
-        append(QStringLiteral("CAZ%1").arg(i), product(0).bytes().left(650));
-    }
-    data.initialize(folder());
-    ASSERT_EQ(data.getWaiting(), files);
-    const LogCapture log;
-    QUORLog::Instance().setLevel(QUORLog::Warning);
-    for (int i = 0; i < 12; ++i) {
-        data.doRetries();
-    }
-    EXPECT_EQ(log.count(warning), 20);
-    data.markForCheck();
-    data.checkUpdates();
-    EXPECT_TRUE(log.contains(warning + QString::number(files - 20) + QStringLiteral(" more files")));
-
-    for (int i = 0; i < files; ++i) {
-        append(QStringLiteral("CAZ%1").arg(i), QByteArray(1, 'x'));
-    }
-    data.markForCheck();
-    data.checkUpdates();
-    ASSERT_EQ(data.getWaiting(), files);
-    QDir(folder()).removeRecursively();
-    QDir().mkpath(folder());
-    write(0);
-    QElapsedTimer timer;
-    timer.start();
-    data.markForCheck();
-    data.checkUpdates();
-    EXPECT_EQ(data.takeAddedNames(), QStringList{product(0).fileName()});
-    EXPECT_EQ(data.getWaiting(), 0);
-    EXPECT_LT(timer.elapsed(), 500);
-}
-
-TEST_F(QUORDirectoryWatcherTest, AFileThatCannotBeReadAtTheMomentWaits) {
-    const LogCapture log;
-    QUORDirectoryWatchData data(QUORDirectoryWatchData::Directory3d, QUORWatchTiming{60000ms, 0ms});
-    data.initialize(folder());
-    const QString first = write(0);
-    ASSERT_TRUE(data.isChanged());
-    {
-        const ResourceLimit noDescriptors(RLIMIT_NOFILE, 3);
-        data.refresh();
-    }
-    EXPECT_EQ(data.getWaiting(), 1);
-    data.doRetries();
-    EXPECT_EQ(data.takeAddedNames(), QStringList{first});
-
-    const QString second = write(1);
-    ASSERT_TRUE(data.isChanged());
-    {
-        const ResourceLimit noDescriptors(RLIMIT_NOFILE, 3);
-        for (int i = 0; i < 12; ++i) {
-            data.refresh();
-        }
-    }
-    EXPECT_TRUE(log.contains(QStringLiteral("W: TOO MANY RETRIES, FILE DISCARDED: ") + second));
-    EXPECT_EQ(data.getWaiting(), 0);
-    data.markForCheck();
-    EXPECT_TRUE(data.checkUpdates());
-    EXPECT_EQ(data.takeAddedNames(), QStringList{second});
 }
 
 TEST_F(QUORDirectoryWatcherTest, AVanishedDirectoryNeitherSpinsNorStaysLost) {
