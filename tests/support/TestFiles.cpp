@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <utility>
 
 void writeFile(const QString& path, const QByteArray& bytes) {
     QDir().mkpath(QFileInfo(path).path());
@@ -26,9 +27,21 @@ QString sourcePath(const QString& relative) {
 }
 
 QString sampleDataPath(const QString& relative) {
-    const QString root = qEnvironmentVariable("QUOR_SHARED_DATA", sourcePath(QStringLiteral("../shared/data")));
-    const QString path = root + QLatin1Char('/') + relative;
-    return QFileInfo::exists(path) ? path : QString();
+    QStringList folders{qEnvironmentVariable("QUOR3D_SAMPLE_DATA")};
+    if (folders.constFirst().isEmpty()) {
+        const QDir beside(sourcePath(QStringLiteral("..")));
+        folders = {beside.filePath(QStringLiteral("data"))};
+        for (const QString& name : beside.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+            folders.append(beside.filePath(name + QStringLiteral("/data")));
+        }
+    }
+    for (const QString& folder : std::as_const(folders)) {
+        const QString path = folder + QLatin1Char('/') + relative;
+        if (QFileInfo::exists(path)) {
+            return path;
+        }
+    }
+    return {};
 }
 
 ResourceLimit::ResourceLimit(__rlimit_resource resource, rlim_t most) : _resource(resource) {

@@ -13,8 +13,8 @@ QByteArray readFile(const QString& path);
 
 /// A path below the root of the source tree.
 QString sourcePath(const QString& relative);
-/// A path below the folder of sample data beside the source tree, or below QUOR_SHARED_DATA; empty when it is
-/// not there, and tests pass without it.
+/// A path below the folder QUOR3D_SAMPLE_DATA of measured products, otherwise below a folder "data" beside
+/// the source tree or in a folder beside it; empty when it is not there, and tests pass without it.
 QString sampleDataPath(const QString& relative);
 
 /// While it lives this process has no more than that: of RLIMIT_FSIZE, a disk that is full after so many
