@@ -93,6 +93,9 @@ TEST_F(TerrainFile, readsHeadersAndRefusesTheRest) {
         }
         QFile::remove(tile.getFileName());
     }
+}
+
+TEST_F(TerrainFile, namesAMissingFile) {
     QUORTerrainFile missing(path("N01E001.dt1"));
     EXPECT_FALSE(missing.loadFileInfo());
     EXPECT_TRUE(_log.contains(QStringLiteral("QUORTerrainFile::loadHeadersDTED1(): file not available: ")));

@@ -12,17 +12,38 @@
 
 namespace {
 
+namespace {
+
+struct PaletteRow {
+    const char* name;
+    QByteArray text;
+    int intervals;
+    double first;
+    double end;
+    QUORPaletteFile::Color lower; ///< of the last interval
+    QUORPaletteFile::Color upper;
+    const char* error;
+};
+
+void expectPalette(const PaletteRow& row) {
+    SCOPED_TRACE(row.name);
+    QString error;
+    const QUORPaletteFile palette = QUORPaletteFile::parse(row.text, error);
+    ASSERT_EQ(palette.getIntervals().size(), row.intervals) << qPrintable(error);
+    EXPECT_TRUE(error.contains(QLatin1String(row.error)) && error.isEmpty() == (row.intervals > 0))
+        << qPrintable(error);
+    if (row.intervals > 0) {
+        EXPECT_DOUBLE_EQ(palette.getIntervals().constFirst().value, row.first);
+        EXPECT_DOUBLE_EQ(palette.getEnd(), row.end);
+        EXPECT_EQ(palette.getIntervals().constLast().lower, row.lower);
+        EXPECT_EQ(palette.getIntervals().constLast().upper, row.upper);
+    }
+}
+
+} // namespace
+
 TEST(QUORColorScalesTest, ReadsPalettesAndNamesBadLines) {
-    const struct {
-        const char* name;
-        QByteArray text;
-        int intervals;
-        double first;
-        double end;
-        QUORPaletteFile::Color lower; ///< of the last interval
-        QUORPaletteFile::Color upper;
-        const char* error;
-    } rows[] = {
+    const PaletteRow rows[] = {
         {"table",
          "# c\n0 0 0 255 10 0 255 0\n10 0 255 0 20 255 0 0\nB 0 0 0\nN 128\n",
          2,
@@ -58,19 +79,8 @@ TEST(QUORColorScalesTest, ReadsPalettesAndNamesBadLines) {
         {"two alike", "Color: 5 1 1 1\nColor: 5 2 2 2\n", 0, 0, 0, {}, {}, "two intervals"},
         {"too many", QByteArray("1 1 1 1 2 2 2 2\n").repeated(2000), 0, 0, 0, {}, {}, "1000"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        QString error;
-        const QUORPaletteFile palette = QUORPaletteFile::parse(row.text, error);
-        ASSERT_EQ(palette.getIntervals().size(), row.intervals) << qPrintable(error);
-        EXPECT_TRUE(error.contains(QLatin1String(row.error)) && error.isEmpty() == (row.intervals > 0))
-            << qPrintable(error);
-        if (row.intervals > 0) {
-            EXPECT_DOUBLE_EQ(palette.getIntervals().constFirst().value, row.first);
-            EXPECT_DOUBLE_EQ(palette.getEnd(), row.end);
-            EXPECT_EQ(palette.getIntervals().constLast().lower, row.lower);
-            EXPECT_EQ(palette.getIntervals().constLast().upper, row.upper);
-        }
+    for (const PaletteRow& row : rows) {
+        expectPalette(row);
     }
 }
 

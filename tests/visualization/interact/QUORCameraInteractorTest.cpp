@@ -78,69 +78,76 @@ TEST(QUORCameraInteractorTest, StartsHighAboveTheOrigin) {
     EXPECT_DOUBLE_EQ(camera->getMaxTargetDistance(), 1200000.0);
 }
 
+namespace {
+
+struct Movement {
+    const char* name;
+    Step step;
+    QUORPoint3D position;
+    double heading;
+    double pitch;
+};
+
+void expectMovements(const Step& start, const std::vector<Movement>& rows) {
+    for (const Movement& row : rows) {
+        vtkNew<QUORCameraInteractor> camera;
+        start(*camera);
+        row.step(*camera);
+        expectNear(camera->getPosition(), row.position, 0.01, row.name);
+        EXPECT_NEAR(camera->getHeading(), row.heading, 1e-6) << row.name;
+        EXPECT_NEAR(camera->getPitch(), row.pitch, 3e-6) << row.name;
+        const QUORPoint3D& d = camera->getDirection();
+        EXPECT_NEAR(std::hypot(d.x, d.y, d.z), 1.0, 1e-12) << row.name;
+    }
+}
+
+} // namespace
+
 TEST(QUORCameraInteractorTest, Movements) {
     const double k = 0.001 * std::sqrt(2.0) * 50000.0;
     const double limit = 1.5690509957500003;
     const double root3 = std::sqrt(3.0);
     const QUORPoint3D south{0.0, -50000.0, 50000.0};
     const QUORPoint3D west{-50000.0, 0.0, 50000.0};
-    struct Row {
-        const char* name;
-        Step step;
-        QUORPoint3D position;
-        double heading;
-        double pitch;
-    };
-    const std::vector<Row> fromSouth{
-        {"pan", pan(10, 100), {10.0 * k, -50000.0 + 100.0 * k, 50000.0}, 0.0, PI / 4},
-        {"turn", turn(0.5, -0.25), south, 0.5, PI / 4 - 0.25},
-        {"turn past straight down", turn(0.0, 2.0), south, 0.0, limit},
-        {"orbit round", orbit(PI / 2, 0.0), west, PI / 2, PI / 4},
-        {"orbit down", orbit(0.0, PI / 12), {0.0, -k * 500.0, k * 500.0 * root3}, 0.0, PI / 3},
-        {"orbit over the top", orbit(PI / 2, 1.0), west, PI / 2, PI / 4},
-        {"orbit under the ground", orbit(0.0, -0.9), south, 0.0, PI / 4},
-        {"orbit below the floor", orbit(0.0, 0.02 - PI / 4), south, 0.0, PI / 4},
-        {"place", place(-PI / 2, PI / 6, 40000.0), {20000.0 * root3, 0.0, 20000.0}, -PI / 2, PI / 6},
-        {"floor", view({10.0, 0.0, -70.0}, {1.0, 0.0, -1.0}), {10.0, 0.0, 2000.0}, PI / 2, PI / 4},
-        {"to the origin",
-         [](auto& c) { c.panCamera(0.0, 500.0), c.targetToOrigo(); },
-         {0.0, -500.0 * (100.0 - k), 50000.0},
-         0.0,
-         std::atan(50000.0 / (50000.0 - 500.0 * k))},
-        {"outer limit", view({3e6, 0.0, 4e6}, {-1.0, 0.0, -1.0}), {6e5, 0.0, 8e5}, -PI / 2, PI / 4},
-        {"straight down leans north",
-         reset({0.0, 0.0, 9000.0}, {0.0, 0.0, -1.0}),
-         {0.0, 0.0, 9000.0},
-         0.0,
-         PI / 2},
-        {"straight down leans out",
-         reset({-5.0, 0.0, 9000.0}, {0.0, 0.0, -1.0}),
-         {-5.0, 0.0, 9000.0},
-         -PI / 2,
-         PI / 2},
-    };
-    const std::vector<Row> fromAbove{
-        {"zoom to 1999", zoom(0.03001), {0.0, 0.0, 5000.0}, 0.0, PI / 2},
-        {"zoom to 2001", zoom(0.02999), {0.0, 0.0, 2001.0}, 0.0, PI / 2},
-    };
-    const auto check = [](const Step& start, const std::vector<Row>& rows) {
-        for (const Row& row : rows) {
-            vtkNew<QUORCameraInteractor> camera;
-            start(*camera);
-            row.step(*camera);
-            expectNear(camera->getPosition(), row.position, 0.01, row.name);
-            EXPECT_NEAR(camera->getHeading(), row.heading, 1e-6) << row.name;
-            EXPECT_NEAR(camera->getPitch(), row.pitch, 3e-6) << row.name;
-            const QUORPoint3D& d = camera->getDirection();
-            EXPECT_NEAR(std::hypot(d.x, d.y, d.z), 1.0, 1e-12) << row.name;
-        }
-    };
-    check(lookFromSouth, fromSouth);
-    check(
+    expectMovements(
+        lookFromSouth,
+        {
+            {"pan", pan(10, 100), {10.0 * k, -50000.0 + 100.0 * k, 50000.0}, 0.0, PI / 4},
+            {"turn", turn(0.5, -0.25), south, 0.5, PI / 4 - 0.25},
+            {"turn past straight down", turn(0.0, 2.0), south, 0.0, limit},
+            {"orbit round", orbit(PI / 2, 0.0), west, PI / 2, PI / 4},
+            {"orbit down", orbit(0.0, PI / 12), {0.0, -k * 500.0, k * 500.0 * root3}, 0.0, PI / 3},
+            {"orbit over the top", orbit(PI / 2, 1.0), west, PI / 2, PI / 4},
+            {"orbit under the ground", orbit(0.0, -0.9), south, 0.0, PI / 4},
+            {"orbit below the floor", orbit(0.0, 0.02 - PI / 4), south, 0.0, PI / 4},
+            {"place", place(-PI / 2, PI / 6, 40000.0), {20000.0 * root3, 0.0, 20000.0}, -PI / 2, PI / 6},
+            {"floor", view({10.0, 0.0, -70.0}, {1.0, 0.0, -1.0}), {10.0, 0.0, 2000.0}, PI / 2, PI / 4},
+            {"to the origin",
+             [](auto& c) { c.panCamera(0.0, 500.0), c.targetToOrigo(); },
+             {0.0, -500.0 * (100.0 - k), 50000.0},
+             0.0,
+             std::atan(50000.0 / (50000.0 - 500.0 * k))},
+            {"outer limit", view({3e6, 0.0, 4e6}, {-1.0, 0.0, -1.0}), {6e5, 0.0, 8e5}, -PI / 2, PI / 4},
+            {"straight down leans north",
+             reset({0.0, 0.0, 9000.0}, {0.0, 0.0, -1.0}),
+             {0.0, 0.0, 9000.0},
+             0.0,
+             PI / 2},
+            {"straight down leans out",
+             reset({-5.0, 0.0, 9000.0}, {0.0, 0.0, -1.0}),
+             {-5.0, 0.0, 9000.0},
+             -PI / 2,
+             PI / 2},
+        });
+}
+
+TEST(QUORCameraInteractorTest, ZoomStopsTwoKilometresFromTheTarget) {
+    expectMovements(
         [](auto& c) {
             c.resetCamera({0.0, 0.0, 5000.0}, {0.0, 0.000001, -1.0}, 100000.0, 0.0);
         },
-        fromAbove);
+        {{"zoom to 1999", zoom(0.03001), {0.0, 0.0, 5000.0}, 0.0, PI / 2},
+         {"zoom to 2001", zoom(0.02999), {0.0, 0.0, 2001.0}, 0.0, PI / 2}});
 }
 
 TEST(QUORCameraInteractorTest, TargetsAndTheirLimits) {

@@ -263,17 +263,30 @@ TEST_F(QUORVisualizationTest, layersReceiveTheirRecordsAndPlaces) {
 }
 
 // Distances from the radar, which stands at the origin with rings and map.
-TEST_F(QUORVisualizationTest, theGridLiesRoundTheRadarAsItWasMeasured) {
+namespace {
+
+struct GridRow {
     using Ints = std::array<int, 3>;
-    const struct {
-        const char* name;
-        Ints points;
-        Ints stepsCm;
-        Ints radar;
-        std::array<double, 2> firstPoint; ///< of the product, in metres from the radar
-        std::array<double, 2> middle;     ///< of the outline
-        double reach;                     ///< from the radar, to the farthest point of the grid
-    } rows[] = {
+
+    const char* name;
+    Ints points;
+    Ints stepsCm;
+    Ints radar;
+    std::array<double, 2> firstPoint; ///< of the product, in metres from the radar
+    std::array<double, 2> middle;     ///< of the outline
+    double reach;                     ///< from the radar, to the farthest point of the grid
+
+    void shape(TestProduct& product, int dimensions) const {
+        std::copy_n(points.begin(), dimensions, product.points.begin());
+        std::copy(stepsCm.begin(), stepsCm.end(), product.stepsCm.begin());
+        std::copy(radar.begin(), radar.end(), product.radar.begin());
+    }
+};
+
+} // namespace
+
+TEST_F(QUORVisualizationTest, theGridLiesRoundTheRadarAsItWasMeasured) {
+    const GridRow rows[] = {
         {"oblong", {12, 6, 3}, {100000, 100000, 50000}, {6000, 3000, 0}, {-6e3, -3e3}, {0, 0}, 6041.5},
         {"steps differ", {8, 4, 3}, {50000, 200000, 50000}, {4000, 2000, 0}, {-2e3, -4e3}, {0, 0}, 3473.1},
         {"off the middle",
@@ -303,11 +316,8 @@ TEST_F(QUORVisualizationTest, theGridLiesRoundTheRadarAsItWasMeasured) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         TestProduct flat = TestProduct::sri();
-        for (TestProduct* product : {&_volume, &flat}) {
-            std::copy_n(row.points.begin(), product == &flat ? 2 : 3, product->points.begin());
-            std::copy(row.stepsCm.begin(), row.stepsCm.end(), product->stepsCm.begin());
-            std::copy(row.radar.begin(), row.radar.end(), product->radar.begin());
-        }
+        row.shape(_volume, 3);
+        row.shape(flat, 2);
         TestStore folders;
         flat.write(folders.folder("2d"));
         const auto frame = folders.frame(_volume);
