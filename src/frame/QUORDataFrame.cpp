@@ -219,6 +219,7 @@ void QUORDataFrame::resetFrame() {
     _activeData3d.reset();
     _data2d.reset();
     _isData2dGiven = false;
+    _isProductSettingsGiven = false;
     _terrainSet.reset();
     _landmarkSet.reset();
     _geoProjection.reset();

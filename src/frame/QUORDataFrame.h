@@ -26,7 +26,7 @@ public:
     using CPtr = std::shared_ptr<const QUORDataFrame>;
 
     explicit QUORDataFrame(QUORDataStore::Ptr store);
-    /// A copy without the product settings.
+    /// A copy without the product settings, given ones too: it reads those of the product.
     explicit QUORDataFrame(const QUORDataFrame::CPtr& other);
     /// Loads at once. An empty 2D product lets the frame choose the first one within the time window; the
     /// terrain range is half the grid's diagonal times the factor. Without the 3D product the frame stays

@@ -121,6 +121,30 @@ TEST_F(QUORDataFrameTest, LoadsAgainOnlyWhatChanged) {
     EXPECT_EQ(frame.getSite() + frame.getMoment() + frame.getProduct() + frame.getProduct2d(), QString());
 }
 
+TEST_F(QUORDataFrameTest, GivenProductSettingsLastUntilTheResetAndAreNotCopied) {
+    write3d({});
+    const QUORDataStore::Ptr store = _store.open();
+    const QUORFileLeaf::CPtr leaf = store->get3DTop()->findLeaf(SITE, CAPPI, Z, MOMENT);
+    ASSERT_TRUE(leaf);
+    const auto given = std::make_shared<QUORProductSettings>(CAPPI, Z, leaf->getFile()->getDataType(),
+                                                             QUORProductSettings::NotSaved);
+    const auto frame = std::make_shared<QUORDataFrame>(store);
+    frame->setData3d(leaf);
+    frame->setProductSettings(given);
+    EXPECT_TRUE(frame->updateData3d());
+    EXPECT_EQ(frame->getProductSettings(), given);
+
+    QUORDataFrame copy{QUORDataFrame::CPtr(frame)};
+    EXPECT_FALSE(copy.getProductSettings());
+    EXPECT_TRUE(copy.updateData3d());
+    EXPECT_TRUE(copy.getProductSettings() && copy.getProductSettings() != given);
+
+    frame->resetFrame();
+    frame->setData3d(leaf);
+    EXPECT_TRUE(frame->updateData3d());
+    EXPECT_TRUE(frame->getProductSettings() && frame->getProductSettings() != given);
+}
+
 TEST_F(QUORDataFrameTest, TakesAProductThatTheStoreHasNoMore) {
     write3d({});
     const QUORFileLeaf::CPtr leaf = _store.open()->get3DTop()->findLeaf(SITE, CAPPI, Z, MOMENT);
