@@ -5,36 +5,34 @@
 #include "QUORConfig.h"
 #include "QUORLog.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
-struct GroupRow {
-    int key;
-    const char* name;
-};
+using State = QUORDisplayState;
 
-struct LayerRow {
-    int group;
-    int key;
-    const char* name;
-    int order;
-    bool lasting;
-};
-
-constexpr GroupRow GROUPS[] = {
-    {QUORDisplayState::RADAR_GROUP, "GROUP_RADARLAYERS"},
-    {QUORDisplayState::GEO_GROUP, "GROUP_GEOLAYERS"},
-};
-
-constexpr LayerRow LAYERS[] = {
-    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::OUTLINE_LAYER, "LAYER_3DOUTLINE", 301, true},
-    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::PRODUCT_3D_LAYER, "LAYER_3DPRODUCT", 200, false},
-    {QUORDisplayState::RADAR_GROUP, QUORDisplayState::PRODUCT_2D_LAYER, "LAYER_2DPRODUCT", 100, false},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::TERRAIN_LAYER, "LAYER_3DTERRAIN", 0, true},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::LAT_LON_GRID_LAYER, "LAYER_LATLONGRID", 101, true},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::RANGE_RINGS_LAYER, "LAYER_RANGERINGS", 110, true},
-    {QUORDisplayState::GEO_GROUP, QUORDisplayState::GEO_LABELS_LAYER, "LAYER_GEOLABELS", 300, true},
+constexpr QUORDisplayState::Row ROWS[] = {
+    {State::RADAR_GROUP, State::RADAR_GROUP, "GROUP_RADARLAYERS", "radar",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "Radar"), 0, false},
+    {State::OUTLINE_LAYER, State::RADAR_GROUP, "LAYER_3DOUTLINE", "outline",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "Outline and heights"), 301, true},
+    {State::PRODUCT_3D_LAYER, State::RADAR_GROUP, "LAYER_3DPRODUCT", "product",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "3D product"), 200, false},
+    {State::PRODUCT_2D_LAYER, State::RADAR_GROUP, "LAYER_2DPRODUCT", "2d",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "2D product"), 100, false},
+    {State::GEO_GROUP, State::GEO_GROUP, "GROUP_GEOLAYERS", "geo",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "Map"), 0, false},
+    {State::TERRAIN_LAYER, State::GEO_GROUP, "LAYER_3DTERRAIN", "terrain",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "Terrain"), 0, true},
+    {State::LAT_LON_GRID_LAYER, State::GEO_GROUP, "LAYER_LATLONGRID", "grid",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "Latitudes and longitudes"), 101, true},
+    {State::RANGE_RINGS_LAYER, State::GEO_GROUP, "LAYER_RANGERINGS", "rings",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "Range rings"), 110, true},
+    {State::GEO_LABELS_LAYER, State::GEO_GROUP, "LAYER_GEOLABELS", "landmarks",
+     QT_TRANSLATE_NOOP("QUORDisplayState", "Places"), 300, true},
 };
 
 QString describe(const QUORDisplayLayer& layer) {
@@ -45,6 +43,16 @@ QString describe(const QUORDisplayLayer& layer) {
 
 } // namespace
 
+std::span<const QUORDisplayState::Row> QUORDisplayState::getRows() {
+    return ROWS;
+}
+
+const QUORDisplayState::Row& QUORDisplayState::getRow(int key) {
+    const auto row = std::ranges::find(ROWS, key, &Row::key);
+    QUOR_ASSERT(row != std::end(ROWS));
+    return *row;
+}
+
 QUORDisplayState::QUORDisplayState() {
     constructDefaultState();
 }
@@ -52,10 +60,13 @@ QUORDisplayState::QUORDisplayState() {
 void QUORDisplayState::constructDefaultState() {
     _name = QUORConfig::VALUE_DEFAULT;
     _members.clear();
-    for (const GroupRow& group : GROUPS) {
+    for (const Row& group : ROWS) {
+        if (!group.isGroup()) {
+            continue;
+        }
         QVector<QUORDisplayLayer::Ptr> layers;
-        for (const LayerRow& layer : LAYERS) {
-            if (layer.group == group.key) {
+        for (const Row& layer : ROWS) {
+            if (!layer.isGroup() && layer.group == group.key) {
                 layers.append(std::make_shared<QUORDisplayLayer>(layer.key, QString::fromLatin1(layer.name),
                                                                  layer.order));
             }
@@ -93,8 +104,8 @@ bool QUORDisplayState::has2DEnabled() const {
 }
 
 bool QUORDisplayState::isLasting(int layerKey) {
-    return std::ranges::any_of(
-        LAYERS, [layerKey](const LayerRow& layer) { return layer.key == layerKey && layer.lasting; });
+    return std::ranges::any_of(ROWS,
+                               [layerKey](const Row& row) { return row.key == layerKey && row.lasting; });
 }
 
 void QUORDisplayState::copyState(const QUORDisplayState& other) {

@@ -3,6 +3,8 @@
 
 #include "QUORDisplayGroup.h"
 
+#include <span>
+
 /// Which parts of the scene are shown: always the same tree of two groups and seven layers, so that states
 /// differ only in visibility, opacity and name. Belongs to one owner at a time; the pipeline works on a
 /// copy of its own, made with `copyState`.
@@ -22,6 +24,23 @@ public:
     static constexpr int GEO_LABELS_LAYER = 43;
     static constexpr int RANGE_RINGS_LAYER = 44;
 
+    /// A group, or a layer of one.
+    struct Row {
+        int key;
+        int group; ///< that of a layer; of a group its own key
+        const char* name;
+        const char* word;  ///< on a command line
+        const char* label; ///< in a window, translated in the context "QUORDisplayState"
+        int order;         ///< of drawing
+        bool lasting;      ///< shows what lasts from one product to the next
+
+        bool isGroup() const { return key == group; }
+    };
+    /// Each group before its layers.
+    static std::span<const Row> getRows();
+    /// One of the keys above.
+    static const Row& getRow(int key);
+
     QUORDisplayState();
     QUORDisplayState(const QUORDisplayState&) = delete;
     QUORDisplayState& operator=(const QUORDisplayState&) = delete;
@@ -38,8 +57,8 @@ public:
     QUORDisplayLayer::Ptr getLayer(int key) const;
     /// Whether the 2D product is shown: its layer and the group that holds it.
     bool has2DEnabled() const;
-    /// Whether the layer of that key shows what lasts from one product to the next, so that what was built
-    /// for the last image may serve the next one.
+    /// Whether what was built of that layer for the last image may serve the next one; false for an unknown
+    /// key.
     static bool isLasting(int layerKey);
 
     /// Takes over visibility and opacity, not the name; parameters and elements stay with this state.

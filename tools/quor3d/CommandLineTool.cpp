@@ -19,8 +19,9 @@ void CommandLineTool::add(std::unique_ptr<Subcommand> subcommand) {
 int CommandLineTool::run(int argc, const char* const* argv) {
     CLI::App app("Tools around the weather-radar image service quor3dd.", "quor3d");
     app.set_version_flag("--version", std::string("quor3d ") + QUOR_VERSION);
-    app.footer("quor3d SUBCOMMAND --help tells more. Exit status: 0 success, 1 something was found or failed, "
-               "2 wrong use.");
+    app.footer(
+        "quor3d SUBCOMMAND --help tells more. Exit status: 0 success, 1 something was found or failed, "
+        "2 wrong use.");
     // Not required by the parser: it would complain of a missing subcommand where one is misspelt.
     app.require_subcommand(0, 1);
     Subcommand* chosen = nullptr;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORLayersPanel.h"
 
+#include <QCoreApplication>
 #include <QHeaderView>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -41,28 +42,7 @@ QUORLayersPanel::QUORLayersPanel(QWidget* parent) : QWidget(parent), _tree(new Q
 }
 
 QString QUORLayersPanel::getLabel(int key) {
-    switch (key) {
-    case QUORDisplayState::RADAR_GROUP:
-        return tr("Radar");
-    case QUORDisplayState::OUTLINE_LAYER:
-        return tr("Outline and heights");
-    case QUORDisplayState::PRODUCT_3D_LAYER:
-        return tr("3D product");
-    case QUORDisplayState::PRODUCT_2D_LAYER:
-        return tr("2D product");
-    case QUORDisplayState::GEO_GROUP:
-        return tr("Map");
-    case QUORDisplayState::TERRAIN_LAYER:
-        return tr("Terrain");
-    case QUORDisplayState::LAT_LON_GRID_LAYER:
-        return tr("Latitudes and longitudes");
-    case QUORDisplayState::RANGE_RINGS_LAYER:
-        return tr("Range rings");
-    case QUORDisplayState::GEO_LABELS_LAYER:
-        return tr("Places");
-    default:
-        return QString::number(key);
-    }
+    return QCoreApplication::translate("QUORDisplayState", QUORDisplayState::getRow(key).label);
 }
 
 QTreeWidgetItem* QUORLayersPanel::addRow(QTreeWidgetItem* parent, int key) {

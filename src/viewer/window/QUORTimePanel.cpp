@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QUORTimePanel.h"
 
+#include "QUORDataType.h"
 #include "QUORTimeList.h"
 
 #include <QCheckBox>
@@ -18,13 +19,13 @@ constexpr int STEPS_A_SECOND = 2;
 constexpr int MOST_STEPS_A_SECOND = 20;
 
 QString nameOf(const QString& configuration) {
-    const QMap<QString, QString> names{{QStringLiteral("Z"), QUORTimePanel::tr("Reflectivity")},
-                                       {QStringLiteral("V"), QUORTimePanel::tr("Velocity")},
-                                       {QStringLiteral("W"), QUORTimePanel::tr("Spectrum width")},
-                                       {QStringLiteral("R"), QUORTimePanel::tr("Rain rate")}};
-    return names.contains(configuration)
-               ? names[configuration] + QStringLiteral(" (") + configuration + QLatin1Char(')')
-               : configuration;
+    for (const QUORDataType::Row& row : QUORDataType::getRows()) {
+        if (configuration == QLatin1String(row.configuration)) {
+            return QUORDataType(row.code).getQuantityName() + QStringLiteral(" (") + configuration +
+                   QLatin1Char(')');
+        }
+    }
+    return configuration;
 }
 
 QString textOf(const QUORFileLeaf& leaf) {

@@ -46,7 +46,7 @@ void LoopCommand::addOptions(CLI::App& app) {
     app.add_option("SOURCE", _source, "A folder of pictures; with --orbit a 3D product file.")->required();
     app.add_option("-o,--output", _output, "The moving picture: .webp, .mp4 or .gif.")->required();
     app.add_option("--site", _site, "The site of the pictures; may be left out where there is one.");
-    app.add_option("--configuration", _configuration, "Their configuration (Z, V, W or R); likewise.");
+    app.add_option("--configuration", _configuration, "Their configuration, such as Z; likewise.");
     app.add_option("--view", _view, "Their view; the first view without it.");
     app.add_option("--last", _last, "How many pictures, the newest.")
         ->check(CLI::Range(1, 100000))

@@ -3,13 +3,13 @@
 
 #include "PictureName.h"
 #include "QUORDirectoryListing.h"
+#include "QUORSystem.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 
-#include <cstring>
 #include <map>
 #include <tuple>
 
@@ -25,7 +25,7 @@ QString PictureSeries::id() const {
 PictureCatalogue::PictureCatalogue(const QString& folder) {
     const QUORDirectoryListing listing(folder);
     if (!listing.isComplete()) {
-        _error = folder + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(listing.getError()));
+        _error = folder + QStringLiteral(": ") + QUORSystem::errorText(listing.getError());
         return;
     }
     const QDir directory(folder);

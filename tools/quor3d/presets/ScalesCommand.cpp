@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ScalesCommand.h"
 
+#include "QUORBackgroundSettings.h"
 #include "QUORDataType.h"
 #include "QUORFilePublisher.h"
 #include "QUORLog.h"
@@ -51,8 +52,11 @@ void ScalesCommand::addOptions(CLI::App& app) {
         return group;
     };
     const auto addData = [&](CLI::App* group) {
-        return group->add_option("--data", _configuration, "Kind of data: Z, V, W or R")
-            ->check(CLI::IsMember({"Z", "V", "W", "R"}));
+        std::vector<std::string> kinds;
+        for (const QString& kind : QUORBackgroundSettings::getAllConfigurations()) {
+            kinds.push_back(kind.toStdString());
+        }
+        return group->add_option("--data", _configuration, "Kind of data")->check(CLI::IsMember(kinds));
     };
     nested("list", "List the scales", Action::List);
     CLI::App* const preview = nested("preview", "Draw a scale as a PNG picture", Action::Preview);

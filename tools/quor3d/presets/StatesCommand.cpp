@@ -16,23 +16,6 @@
 
 namespace {
 
-struct LayerRow {
-    const char* word;
-    int key;
-};
-
-constexpr LayerRow LAYERS[] = {
-    {"radar", QUORDisplayState::RADAR_GROUP},
-    {"outline", QUORDisplayState::OUTLINE_LAYER},
-    {"product", QUORDisplayState::PRODUCT_3D_LAYER},
-    {"2d", QUORDisplayState::PRODUCT_2D_LAYER},
-    {"geo", QUORDisplayState::GEO_GROUP},
-    {"terrain", QUORDisplayState::TERRAIN_LAYER},
-    {"grid", QUORDisplayState::LAT_LON_GRID_LAYER},
-    {"landmarks", QUORDisplayState::GEO_LABELS_LAYER},
-    {"rings", QUORDisplayState::RANGE_RINGS_LAYER},
-};
-
 struct Stored {
     QUORDisplayState current;
     QList<QUORDisplayState::Ptr> states;
@@ -42,21 +25,17 @@ struct Stored {
     }
 };
 
-/// A layer is seen when its group is shown too.
-bool isSeen(const QUORDisplayState& state, int key) {
-    const int group =
-        key < QUORDisplayState::GEO_GROUP ? QUORDisplayState::RADAR_GROUP : QUORDisplayState::GEO_GROUP;
-    return state.getLayer(group)->isVisible() && state.getLayer(key)->isVisible();
-}
+using Row = QUORDisplayState::Row;
 
-bool isGroup(int key) {
-    return key == QUORDisplayState::RADAR_GROUP || key == QUORDisplayState::GEO_GROUP;
+/// A layer is seen when its group is shown too.
+bool isSeen(const QUORDisplayState& state, const Row& row) {
+    return state.getLayer(row.group)->isVisible() && state.getLayer(row.key)->isVisible();
 }
 
 QStringList describe(const QUORDisplayState& state, bool seen) {
     QStringList words;
-    for (const LayerRow& row : LAYERS) {
-        if (!isGroup(row.key) && isSeen(state, row.key) == seen) {
+    for (const Row& row : QUORDisplayState::getRows()) {
+        if (!row.isGroup() && isSeen(state, row) == seen) {
             words.append(QString::fromLatin1(row.word));
         }
     }
@@ -65,16 +44,24 @@ QStringList describe(const QUORDisplayState& state, bool seen) {
 
 void setVisible(QUORDisplayState& state, const std::vector<std::string>& words, bool visible) {
     for (const std::string& word : words) {
-        const auto row = std::ranges::find(LAYERS, word, &LayerRow::word);
+        const auto row = std::ranges::find(QUORDisplayState::getRows(), word, &Row::word);
         const QUORDisplayLayer::Ptr layer = state.getLayer(row->key);
         layer->setVisible(visible);
         layer->setOpacity(visible ? 100 : layer->getOpacity());
-        if (visible && !isGroup(row->key)) {
-            const int group = row->key < QUORDisplayState::GEO_GROUP ? QUORDisplayState::RADAR_GROUP
-                                                                     : QUORDisplayState::GEO_GROUP;
-            state.getLayer(group)->setVisible(true);
+        if (visible) {
+            state.getLayer(row->group)->setVisible(true);
         }
     }
+}
+
+/// Each group with its layers.
+std::string listWords() {
+    std::string list;
+    for (const Row& row : QUORDisplayState::getRows()) {
+        list += row.isGroup() ? (list.empty() ? "" : "; ") + std::string(row.word) + " (group of) "
+                              : (list.ends_with(' ') ? "" : ", ") + std::string(row.word);
+    }
+    return list;
 }
 
 } // namespace
@@ -86,7 +73,8 @@ std::string StatesCommand::examples() const {
            "  quor3d states rename '3D only' Plain\n"
            "  quor3d states remove Plain\n"
            "  quor3d set displaystate '3D only'             use it\n"
-           "Layers: radar (group of) outline, product, 2d; geo (group of) terrain, grid, landmarks, rings.\n";
+           "Layers: " +
+           listWords() + ".\n";
 }
 
 void StatesCommand::addOptions(CLI::App& app) {
@@ -94,7 +82,7 @@ void StatesCommand::addOptions(CLI::App& app) {
     _json.addOption(app);
     app.require_subcommand(0, 1);
     std::vector<std::string> words;
-    for (const LayerRow& row : LAYERS) {
+    for (const Row& row : QUORDisplayState::getRows()) {
         words.emplace_back(row.word);
     }
     const auto nested = [&](const char* word, const char* text, Action action) {

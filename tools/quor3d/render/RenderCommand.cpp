@@ -45,14 +45,22 @@ QStringList toList(const std::vector<std::string>& texts) {
     return list;
 }
 
+std::vector<std::string> toStandard(const QStringList& list) {
+    std::vector<std::string> texts;
+    for (const QString& text : list) {
+        texts.push_back(text.toStdString());
+    }
+    return texts;
+}
+
 /// Of the ending of a file name; nothing for another one.
 std::optional<QUORExportSettings::OutputFormat> formatOf(const QString& path) {
     const QString ending = QFileInfo(path).suffix().toLower();
-    for (const auto format : {QUORExportSettings::Tiff, QUORExportSettings::Png, QUORExportSettings::Jpeg}) {
-        const QString own = QUORExportSettings::getOutputFileExtension(format).mid(1).toLower();
-        if (ending == own || (ending == QStringLiteral("tif") && format == QUORExportSettings::Tiff) ||
-            (ending == QStringLiteral("jpeg") && format == QUORExportSettings::Jpeg) ||
-            (ending == QStringLiteral("jpg") && format == QUORExportSettings::Jpeg)) {
+    for (const QString& name : QUORExportSettings::getSupportedOutputFormats()) {
+        const auto format = QUORExportSettings::getOutputFormatFromString(name);
+        if (ending == name.toLower() ||
+            QLatin1Char('.') + ending == QUORExportSettings::getOutputFileExtension(format) ||
+            (ending == QStringLiteral("tif") && format == QUORExportSettings::Tiff)) {
             return format;
         }
     }
@@ -99,9 +107,8 @@ void RenderCommand::addOptions(CLI::App& app) {
     app.add_flag("--fit", _isFitted,
                  "As near as the whole product fits into the picture; so without --distance.")
         ->excludes(distance);
-    app.add_option("--format", _format,
-                   "TIFF, PNG or JPEG; by the output's ending or the settings without it.")
-        ->check(CLI::IsMember({"TIFF", "PNG", "JPEG"}, CLI::ignore_case));
+    app.add_option("--format", _format, "Of the pictures; by the output's ending or the settings without it.")
+        ->check(CLI::IsMember(toStandard(QUORExportSettings::getSupportedOutputFormats()), CLI::ignore_case));
     _scene.addTo(app);
     app.add_option(
         "--name", _name, "Names below the output folder, with {" + [] {
