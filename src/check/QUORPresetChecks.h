@@ -34,7 +34,8 @@ void checkProducts(QUORFindingCollector& findings, const QUORProductSurvey* surv
                    const ScaleNames& scaleNames);
 /// The numbers that the groups of the colours file refer to each other by.
 void checkColors(QUORFindingCollector& findings);
-/// How the volumes find their 2D products; wait2d: after how many seconds they do without, negative for never.
+/// How the volumes find their 2D products; wait2d: after how many seconds they do without, negative for
+/// never.
 void checkPairing(QUORFindingCollector& findings, const QUORProductSurvey& survey, int wait2d);
 
 } // namespace QUORPresetChecks

@@ -3,6 +3,7 @@
 
 #include "QUORLog.h"
 #include "QUORProcessSetup.h"
+#include "QUORSystem.h"
 #include "QUORToolMessages.h"
 
 #include <QDir>
@@ -19,7 +20,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -269,7 +269,7 @@ int QUORApplication::startDaemon() {
     }
     const pid_t child = ::fork();
     if (child < 0) {
-        const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+        const QString reason = QUORSystem::errorText();
         log.logError(QStringLiteral("Failed to start daemon"));
         printError(QStringLiteral("Failed to start daemon: ") + reason);
         ::close(ready[0]);

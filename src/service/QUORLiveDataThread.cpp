@@ -47,16 +47,12 @@ void logWhenNothingIsConfigured(const QUORGeneralSettings& settings) {
     }
 }
 
-QString fileNameOf(const QString& path) {
-    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
 /// What the tree knows of a file; one that it has not is an arrival all the same, never a live one. The
 /// series of a 3D file is its site and configuration, of a 2D file its site and product.
 QUORArrival describe(const QString& path, const QUORDirTop::CPtr& tree, bool is2D) {
     QUORArrival arrival;
     arrival.path = path;
-    if (const QUORFileLeaf::CPtr leaf = tree ? tree->findLeaf(fileNameOf(path)) : nullptr) {
+    if (const QUORFileLeaf::CPtr leaf = tree ? tree->findLeaf(QUORFile::nameOf(path)) : nullptr) {
         arrival.key = leaf->getKey();
         arrival.series =
             leaf->getSite() + QLatin1Char('/') + (is2D ? leaf->getProduct() : leaf->getConfiguration());
@@ -384,7 +380,7 @@ void QUORLiveDataThread::drawUnwritten() {
         return;
     }
     const auto tree = _dataStore->get3DTop();
-    const QUORFileLeaf::CPtr leaf = tree ? tree->findLeaf(fileNameOf(image->path)) : nullptr;
+    const QUORFileLeaf::CPtr leaf = tree ? tree->findLeaf(QUORFile::nameOf(image->path)) : nullptr;
     if (!leaf || leaf->getKey() != image->key) {
         _unwritten.remove(image->key);
         QUORActivity::Instance().setUnwritten(_unwritten.getCount());

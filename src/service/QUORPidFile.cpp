@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "QUORPidFile.h"
 
+#include "QUORSystem.h"
+
 #include <QFile>
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -30,12 +31,12 @@ QUORPidFile::Result QUORPidFile::lock(const QString& path) {
         _descriptor = ::open(QFile::encodeName(path).constData(),
                              O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
         if (_descriptor < 0) {
-            _error = QString::fromLocal8Bit(std::strerror(errno));
+            _error = QUORSystem::errorText();
             return Failed;
         }
         if (::flock(_descriptor, LOCK_EX | LOCK_NB) != 0) {
             const bool isTaken = errno == EWOULDBLOCK;
-            _error = QString::fromLocal8Bit(std::strerror(errno));
+            _error = QUORSystem::errorText();
             return isTaken ? Taken : Failed;
         }
     } while (!isStillThere());
@@ -52,7 +53,7 @@ bool QUORPidFile::write() {
     const bool isWhole = ::ftruncate(_descriptor, 0) == 0 &&
                          ::pwrite(_descriptor, text.constData(), size_t(text.size()), 0) == text.size();
     if (!isWhole) {
-        _error = QString::fromLocal8Bit(std::strerror(errno));
+        _error = QUORSystem::errorText();
     }
     return isWhole;
 }
@@ -66,7 +67,6 @@ qint64 QUORPidFile::readPid() const {
 bool QUORPidFile::isStillThere() const {
     struct stat ours {};
     struct stat named {};
-    return ::fstat(_descriptor, &ours) == 0 &&
-           ::lstat(QFile::encodeName(_path).constData(), &named) == 0 && ours.st_dev == named.st_dev &&
-           ours.st_ino == named.st_ino;
+    return ::fstat(_descriptor, &ours) == 0 && ::lstat(QFile::encodeName(_path).constData(), &named) == 0 &&
+           ours.st_dev == named.st_dev && ours.st_ino == named.st_ino;
 }

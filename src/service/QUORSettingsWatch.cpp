@@ -3,8 +3,8 @@
 
 #include "QUORBackgroundSettings.h"
 #include "QUORConfig.h"
-#include "QUORLog.h"
 #include "QUORFileStamp.h"
+#include "QUORLog.h"
 #include "QUORSettingsInForce.h"
 #include "QUORSetupCheck.h"
 

@@ -13,7 +13,6 @@
 #include "QUORStopwatch.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <cmath>
@@ -44,8 +43,15 @@ public:
     Job& operator=(const Job&) = delete;
 };
 
-QString fileNameOf(const QString& path) {
-    return QFileInfo(path).fileName();
+/// Leaves those of the first one's display state, which are drawn of one scene.
+std::vector<QUORPictureOrder> takeOtherStates(std::vector<QUORPictureOrder>& orders) {
+    const QString state = orders.front().displayState;
+    const auto others = std::ranges::stable_partition(
+        orders, [&state](const QUORPictureOrder& order) { return order.displayState == state; });
+    std::vector<QUORPictureOrder> taken(std::make_move_iterator(others.begin()),
+                                        std::make_move_iterator(others.end()));
+    orders.erase(others.begin(), others.end());
+    return taken;
 }
 
 } // namespace
@@ -82,7 +88,7 @@ QUORVisualizationJobs::Result QUORVisualizationJobs::visualize(const QString& pa
 
 QUORVisualizationJobs::Result QUORVisualizationJobs::render(const QString& path, Need2D need) {
     const QUORDirTop::Ptr top = _dataStore->get3DTop();
-    const QUORFileLeaf::CPtr leaf = top ? top->findLeaf(fileNameOf(path)) : nullptr;
+    const QUORFileLeaf::CPtr leaf = top ? top->findLeaf(QUORFile::nameOf(path)) : nullptr;
     if (!leaf || !leaf->getFile() || !leaf->getFile()->isUnchanged()) {
         logGone(path);
         return Ignored;
@@ -104,17 +110,13 @@ QUORVisualizationJobs::Result QUORVisualizationJobs::render(const QString& path,
     }
     cleanOutputDirectory(*_backgroundSettings);
     std::vector<QUORPictureOrder> orders = getOrders(*leaf, *_backgroundSettings);
-    const auto further = std::ranges::stable_partition(orders, [state = orders.front().displayState](const auto& order) {
-        return order.displayState == state;
-    });
-    const std::vector<QUORPictureOrder> rest(further.begin(), further.end());
-    orders.erase(further.begin(), further.end());
+    std::vector<QUORPictureOrder> rest = takeOtherStates(orders);
     Result result = need == AsShown ? Missing2D : Ignored;
     if (isWanted(frame, leaf, product2d, need)) {
         result = draw(frame, orders);
     }
     const bool waived = need == Waived || QUORBackgroundSettings::isNoProduct(product2d);
-    return rest.empty() ? result : drawFurther(frame, rest, waived ? Waived : need, result);
+    return rest.empty() ? result : drawFurther(frame, std::move(rest), waived ? Waived : need, result);
 }
 
 /// The pictures of the other display states, a scene each. What one lacks does not keep back the others.
@@ -124,12 +126,7 @@ QUORVisualizationJobs::Result QUORVisualizationJobs::drawFurther(const std::shar
     Result result = first;
     QUORBackgroundSettings settings(*_backgroundSettings);
     while (!orders.empty()) {
-        const auto others =
-            std::ranges::stable_partition(orders, [state = orders.front().displayState](const auto& order) {
-                return order.displayState == state;
-            });
-        const std::vector<QUORPictureOrder> rest(others.begin(), others.end());
-        orders.erase(others.begin(), others.end());
+        std::vector<QUORPictureOrder> rest = takeOtherStates(orders);
         settings.setDisplayStateName(orders.front().displayState);
         _visualizer->initVisualization(*_generalSettings, settings);
         if (need == Waived || _visualizer->canVisualize(frame, need == Required)) {
@@ -138,7 +135,7 @@ QUORVisualizationJobs::Result QUORVisualizationJobs::drawFurther(const std::shar
                 result = drawn;
             }
         }
-        orders = rest;
+        orders = std::move(rest);
     }
     return result;
 }
@@ -249,9 +246,10 @@ std::vector<QUORPictureOrder> QUORVisualizationJobs::getOrders(const QUORFileLea
         if (std::ranges::find(orders, order.path, &QUORPictureOrder::path) == orders.end()) {
             orders.push_back(order);
         } else {
-            QUORLogOnce::logWarning(QStringLiteral("picture") + name,
-                                    QStringLiteral("Two of the views would have the same name, the first is drawn: ") +
-                                        order.path);
+            QUORLogOnce::logWarning(
+                QStringLiteral("picture") + name,
+                QStringLiteral("Two of the views would have the same name, the first is drawn: ") +
+                    order.path);
         }
     }
     return orders;
@@ -259,7 +257,7 @@ std::vector<QUORPictureOrder> QUORVisualizationJobs::getOrders(const QUORFileLea
 
 QStringList QUORVisualizationJobs::findCompleted(const QString& path) {
     const QUOR2DTop::Ptr top2d = _dataStore->get2DTop();
-    const QUORFileLeaf::CPtr leaf2d = top2d ? top2d->findLeaf(fileNameOf(path)) : nullptr;
+    const QUORFileLeaf::CPtr leaf2d = top2d ? top2d->findLeaf(QUORFile::nameOf(path)) : nullptr;
     if (!leaf2d) {
         logGone(path);
         return {};

@@ -29,8 +29,8 @@ public:
     QUORGuardedSettings& operator=(const QUORGuardedSettings&) = delete;
 
     /// The settings to read now, until `release`: what `opener` makes, or what it made last of a whole file.
-    /// Null when it makes nothing. `consequence` completes the error line about a required file that has never
-    /// been whole: what follows from it. Another file name starts anew.
+    /// Null when it makes nothing. `consequence` completes the error line about a required file that has
+    /// never been whole: what follows from it. Another file name starts anew.
     QSettings* open(const QString& fileName, const Opener& opener,
                     const std::function<QString()>& consequence = {});
     /// Pending changes are written.
@@ -49,10 +49,10 @@ private:
     Group _need;
     QString _fileName;
     QUORFileStamp _stamp; ///< of the file when it was opened last
-    QByteArray _content;            ///< of the last whole file
+    QByteArray _content;  ///< of the last whole file
     QString _damage;
     std::unique_ptr<QSettings> _settings;
-    /// Over the last whole file. Objects of one file share what they have read, and nobody opens a damaged one
-    /// while this lives.
+    /// Over the last whole file. Objects of one file share what they have read, and nobody opens a damaged
+    /// one while this lives.
     std::unique_ptr<QSettings> _lastGood;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "QUORLog.h"
 
+#include "QUORSystem.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -10,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -118,7 +119,7 @@ void QUORLog::logReopen() {
             }
             return;
         }
-        failure = name + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno));
+        failure = name + QStringLiteral(": ") + QUORSystem::errorText();
     }
     logError(QStringLiteral("The log file cannot be opened again, the one in use stays: ") + failure);
 }

@@ -18,7 +18,8 @@ class QUORSettingsText;
 /// The new content is made in a copy beside the file, under the lock file of the settings layer, and
 /// published by rename: other groups and other processes' edits stay, and nothing of a failed save is kept
 /// in memory to be written over a newer edit later. A file with lines that cannot be understood is left
-/// alone, and so is one that would not be read back as it was meant. New files get mode 0600 in new folders of mode 0700. Used by one thread.
+/// alone, and so is one that would not be read back as it was meant. New files get mode 0600 in new folders
+/// of mode 0700. Used by one thread.
 class QUORSettingsWriter {
 public:
     /// What a settings file can hold without becoming opaque to an editor.

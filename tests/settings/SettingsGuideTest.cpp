@@ -111,12 +111,13 @@ TEST(SettingsGuideTest, ChoicesAreThoseOfTheProgram) {
     for (const QString& name : QUORExportSettings::getSupportedOutputFormats()) {
         EXPECT_TRUE(isChoice(QUORSettingsTable::row("BACKGROUND", "outputformat"), name));
     }
-    for (const auto& [text, problem] : QMap<QString, QString>{
-             {QStringLiteral("1600"), {}},
-             {QStringLiteral("1600px"), QStringLiteral("is not a whole number")},
-             {QStringLiteral("0"), QStringLiteral("is out of range, which is 1 to 16384")}}
+    for (const auto& [text, problem] :
+         QMap<QString, QString>{{QStringLiteral("1600"), {}},
+                                {QStringLiteral("1600px"), QStringLiteral("is not a whole number")},
+                                {QStringLiteral("0"), QStringLiteral("is out of range, which is 1 to 16384")}}
              .asKeyValueRange()) {
-        EXPECT_EQ(QUORSettingsValue::findProblem(QUORSettingsTable::row("BACKGROUND", "width"), text), problem);
+        EXPECT_EQ(QUORSettingsValue::findProblem(QUORSettingsTable::row("BACKGROUND", "width"), text),
+                  problem);
     }
 }
 

@@ -72,8 +72,8 @@ TEST(QUORLogTest, LinesForTheJournalBeginWithTheirPriority) {
     struct stat info {};
     ASSERT_EQ(::fstat(STDERR_FILENO, &info), 0);
     for (const ino_t inode : {info.st_ino, info.st_ino + 1}) {
-        qputenv("JOURNAL_STREAM", QByteArray::number(qulonglong(info.st_dev)) + ':' +
-                                      QByteArray::number(qulonglong(inode)));
+        qputenv("JOURNAL_STREAM",
+                QByteArray::number(qulonglong(info.st_dev)) + ':' + QByteArray::number(qulonglong(inode)));
         QUORLog::Instance().logOpen({});
         logAllLevels();
     }

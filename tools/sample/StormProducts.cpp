@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace {
 
@@ -60,7 +61,7 @@ StormProducts::Fields StormProducts::sampleVolume(int seconds) const {
 }
 
 std::vector<float> StormProducts::sampleSweep(int seconds) const {
-    constexpr double elevation = 0.5 / 180.0 * 3.14159265358979;
+    constexpr double elevation = 0.5 / 180.0 * std::numbers::pi;
     constexpr double effectiveRadius = 6371000.0 * 4.0 / 3.0;
     std::vector<float> sweep;
     for (int j = 0; j < _frame.points[1]; ++j) {

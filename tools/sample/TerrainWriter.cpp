@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -94,7 +95,7 @@ double TerrainWriter::landShare(double lat, double lon) const {
 
 double TerrainWriter::volcano(double lat, double lon) const {
     const double north = lat - _siteLat - VOLCANO_NORTH;
-    const double east = (lon - _siteLon - VOLCANO_EAST) * std::cos(_siteLat * 0.0174532925);
+    const double east = (lon - _siteLon - VOLCANO_EAST) * std::cos(_siteLat * std::numbers::pi / 180.0);
     const double distance = std::hypot(north, east);
     if (distance >= VOLCANO_RADIUS) {
         return 0.0;

@@ -288,7 +288,11 @@ QString QUORFile::getPath() const {
 }
 
 QString QUORFile::getName() const {
-    return _path.mid(_path.lastIndexOf(QLatin1Char('/')) + 1);
+    return nameOf(_path);
+}
+
+QString QUORFile::nameOf(const QString& path) {
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
 QString QUORFile::getBaseName() const {

@@ -61,6 +61,8 @@ public:
     /// Absolute.
     virtual QString getPath() const;
     virtual QString getName() const;
+    /// The name of a file from its path.
+    static QString nameOf(const QString& path);
     /// The name up to its first dot.
     virtual QString getBaseName() const;
 

@@ -44,7 +44,7 @@ constexpr qint64 srtmBytes(int posts) {
     return qint64(posts) * posts * 2;
 }
 
-void logError(const char* method, const QString& text) {
+void logFailure(const char* method, const QString& text) {
     QUORLog::Instance().logError(QLatin1String("QUORTerrainFile::") + QLatin1String(method) +
                                  QLatin1String("(): ") + text);
 }
@@ -87,13 +87,13 @@ double signedAngle(const QString& letter, const QString& degrees, QChar positive
 std::optional<QByteArray> readWhole(const QString& fileName, const char* method, qint64 size) {
     QFile file(fileName);
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
-        logError(method, QStringLiteral("Accessing file failed."));
+        logFailure(method, QStringLiteral("Accessing file failed."));
         QUORLog::Instance().logError(QStringLiteral("filename: ") + fileName);
         return std::nullopt;
     }
     const QByteArray bytes = file.read(size + 1);
     if (!QUOR_VERIFY(bytes.size() == size)) {
-        logError(method, QStringLiteral("file not correct size: ") + fileName);
+        logFailure(method, QStringLiteral("file not correct size: ") + fileName);
         return std::nullopt;
     }
     return bytes;
@@ -116,8 +116,8 @@ bool QUORTerrainFile::loadFileInfo() {
 bool QUORTerrainFile::loadHeadersDTED1() {
     const QString error = readHeadersDTED1();
     if (!error.isEmpty()) {
-        logError("loadHeadersDTED1", error + _fileName);
-        logError("loadHeadersDTED1", QStringLiteral("FAILED!"));
+        logFailure("loadHeadersDTED1", error + _fileName);
+        logFailure("loadHeadersDTED1", QStringLiteral("FAILED!"));
     }
     return error.isEmpty();
 }
@@ -167,12 +167,12 @@ bool QUORTerrainFile::loadHeadersSRTM() {
     constexpr auto METHOD = "loadHeadersSRTM";
     QFile file(_fileName);
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
-        logError(METHOD, QStringLiteral("file not available: ") + _fileName);
+        logFailure(METHOD, QStringLiteral("file not available: ") + _fileName);
         return false;
     }
     const qint64 size = file.size();
     if (size != srtmBytes(SRTM3_POSTS) && size != srtmBytes(SRTM1_POSTS)) {
-        logError(METHOD, QStringLiteral("file not correct size: ") + _fileName);
+        logFailure(METHOD, QStringLiteral("file not correct size: ") + _fileName);
         return false;
     }
     static const QRegularExpression location(QStringLiteral("^(.)\\s*([+-]?\\d+)(.)\\s*([+-]?\\d+)"));
@@ -180,7 +180,7 @@ bool QUORTerrainFile::loadHeadersSRTM() {
     const double lat = match.hasMatch() ? signedAngle(match.captured(1), match.captured(2), 'N', 'S') : NAN;
     const double lon = match.hasMatch() ? signedAngle(match.captured(3), match.captured(4), 'E', 'W') : NAN;
     if (!isTileOrigin(lat, lon)) {
-        logError(METHOD, QStringLiteral("Parsing location from filename failed: ") + _fileName);
+        logFailure(METHOD, QStringLiteral("Parsing location from filename failed: ") + _fileName);
         return false;
     }
     _type = size == srtmBytes(SRTM1_POSTS) ? Srtm1 : Srtm3;
@@ -211,7 +211,7 @@ bool QUORTerrainFile::convertData(const QUORGeoProjection::CPtr& projection, con
     _cacheError.clear();
     _block = QUORTerrainBlock();
     if (!projection || !projection->isReady()) {
-        logError("convertData", QStringLiteral("no projection for ") + getBlockName());
+        logFailure("convertData", QStringLiteral("no projection for ") + getBlockName());
         return false;
     }
     const bool isSea = _type == Empty;
@@ -222,7 +222,7 @@ bool QUORTerrainFile::convertData(const QUORGeoProjection::CPtr& projection, con
     _block.mesh = QUORTerrainMesh::make(
         isSea ? QUORTerrainGrid(QUORTerrainBlock::SIDE) : grid->thin(THINNING), _origin, *projection);
     if (!_block.mesh) {
-        logError("convertData", QStringLiteral("the projection cannot place ") + getBlockName());
+        logFailure("convertData", QStringLiteral("the projection cannot place ") + getBlockName());
         return false;
     }
     _block.texture = isSea ? QUORTerrainColors::makeSeaTexture() : QUORTerrainColors::makeTexture(*grid);

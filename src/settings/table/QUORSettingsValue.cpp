@@ -107,8 +107,7 @@ QString findProblem(const QUORSettingsKey& key, const QString& text) {
     case Type::Color:
         return findNumberProblem(key, text);
     case Type::Choice:
-        return getChoices(key).contains(text) ? QString()
-                                              : QStringLiteral("is not ") + describeRange(key);
+        return getChoices(key).contains(text) ? QString() : QStringLiteral("is not ") + describeRange(key);
     case Type::Text:
     case Type::Directory:
         break;

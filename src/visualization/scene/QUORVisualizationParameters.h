@@ -14,8 +14,8 @@
 struct QUORVisualizationParameters {
     virtual ~QUORVisualizationParameters() = default;
 
-    /// Whether both show the same objects with the same records. The grid follows from the frame and takes
-    /// no part.
+    /// Whether both show the same objects with the same records. The grid takes no part: its record is made
+    /// of the 3D product's file alone, so that a frame of the same product has the same.
     bool isSame(const QUORVisualizationParameters& other) const;
 
     QUORDataFrame::CPtr dataFrame;
