@@ -4,8 +4,9 @@
 /// Factors between units, each once.
 namespace QUORUnits {
 
-/// Pi as every conversion between degrees and radians takes it. Projected positions follow from it to the
-/// centimetre, and stored cameras to the digit: a better one would move both.
+/// Pi as the conversions of projected positions, cameras and the compass take it. Positions follow from it to
+/// the centimetre, and stored cameras to the digit: a better one would move both. Plain geometry takes
+/// std::numbers::pi.
 constexpr double PI = 3.14159265;
 constexpr double DEGREES_PER_RADIAN = 180.0 / PI;
 constexpr double RADIANS_PER_DEGREE = PI / 180.0;

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -32,7 +33,7 @@ vtkIdType insertAt(vtkPoints* points, double radius, double angle) {
 void addRing(vtkPoints* points, vtkCellArray* lines, double radius) {
     const vtkIdType first = points->GetNumberOfPoints();
     for (int k = 0; k < RING_POINTS; ++k) {
-        insertAt(points, radius, k * 2.0 * QUORUnits::PI / RING_POINTS);
+        insertAt(points, radius, k * 2.0 * std::numbers::pi / RING_POINTS);
     }
     for (int k = 0; k < RING_POINTS; ++k) {
         lines->InsertNextCell({first + k, first + (k + 1) % RING_POINTS});
@@ -41,7 +42,7 @@ void addRing(vtkPoints* points, vtkCellArray* lines, double radius) {
 
 void addSpokes(vtkPoints* points, vtkCellArray* lines, double radius) {
     for (int k = 0; k < SPOKES; ++k) {
-        const double angle = k * 2.0 * QUORUnits::PI / SPOKES;
+        const double angle = k * 2.0 * std::numbers::pi / SPOKES;
         const vtkIdType outer = insertAt(points, radius, angle);
         lines->InsertNextCell({outer, insertAt(points, radius * RING_FRACTIONS.back(), angle)});
     }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "QUORViewFit.h"
 
-#include "QUORUnits.h"
 #include "QUORViewPlan.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
 #include <optional>
 
 using namespace QUORViewGeometry;
@@ -14,7 +14,7 @@ using namespace QUORViewGeometry;
 namespace {
 
 /// Half of the camera's vertical angle.
-constexpr double HALF_ANGLE = 15.0 * QUORUnits::RADIANS_PER_DEGREE;
+constexpr double HALF_ANGLE = 15.0 * std::numbers::pi / 180.0;
 /// The camera's model never stands lower, metres.
 constexpr double LOWEST_CAMERA = 2000.0;
 /// Between the box and the picture's edge, and what it has to stay clear of; from -1 to 1 across a picture.

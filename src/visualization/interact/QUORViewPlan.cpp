@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "QUORViewPlan.h"
 
-#include "QUORUnits.h"
-
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace {
 
-constexpr double DEGREE = QUORUnits::RADIANS_PER_DEGREE;
+constexpr double DEGREE = std::numbers::pi / 180.0;
 /// Half of the camera's vertical angle.
 constexpr double HALF_ANGLE = 15.0 * DEGREE;
 constexpr double MARGIN = 1.05;

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "QUORDepthRange.h"
 
-#include "QUORUnits.h"
-
 #include <vtkCamera.h>
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 std::array<double, 2> QUORDepthRange::fit(vtkCamera* camera, double lowestHeight, double greatestHeight) {
     const double* stated = camera->GetClippingRange();
     const double height = camera->GetPosition()[2];
-    const double halfAngle = camera->GetViewAngle() * 0.5 * QUORUnits::RADIANS_PER_DEGREE;
+    const double halfAngle = camera->GetViewAngle() * 0.5 * std::numbers::pi / 180.0;
     const double spread = std::tan(halfAngle) * camera->GetViewUp()[2];
     // The fall of the picture's steepest and flattest ray, per unit of depth.
     const double down = -camera->GetDirectionOfProjection()[2];
