@@ -22,6 +22,8 @@ constexpr double LABEL_PITCH = 14.0;
 constexpr double MOST_LABELS = 21.0;
 /// Of the largest step of a scale to its smallest, from which on the scale is uneven.
 constexpr double UNEVEN = 60.0;
+/// Pixels of a small picture's bar: a step of less than one would not be seen.
+constexpr double SMALL_BAR = 200.0;
 constexpr double ROUNDING = 1e-9;
 /// What the labels of an uneven scale have room for beside the bar: 0.1, 200.
 constexpr int LONGEST_LABEL = 3;
@@ -92,7 +94,10 @@ bool QUORScalarBar::IsUneven(const std::vector<double>& seams) {
         least = std::min(least, seams[i] - seams[i - 1]);
         most = std::max(most, seams[i] - seams[i - 1]);
     }
-    return least > 0.0 && most > UNEVEN * least;
+    const double count = double(seams.size()) - 1.0;
+    const double range = count > 0.0 ? seams.back() - seams.front() : 0.0;
+    const bool isTooNarrow = SMALL_BAR * least < range && 2.0 * count * least < range;
+    return least > 0.0 && (most > UNEVEN * least || isTooNarrow);
 }
 
 double QUORScalarBar::FindHeight(double value) const {
@@ -120,17 +125,23 @@ std::vector<double> QUORScalarBar::FindLabels(int pixels) const {
         }
         return labels;
     }
+    const auto add = [&](double value) {
+        const bool hasRoom =
+            labels.empty() || (FindHeight(value) - FindHeight(labels.back())) * pixels >= LABEL_PITCH;
+        if (value >= low && value <= high && hasRoom && textOf(value).size() <= LONGEST_LABEL) {
+            labels.push_back(value);
+        }
+    };
+    if (low < 0.0) {
+        std::for_each(Seams.begin(), Seams.end(), add);
+        return labels;
+    }
     // 0.1, 0.2, 0.5, 1, 2, 5 and so on, where one has room over the one before.
     const double first = std::max(low, Seams[1]);
     for (double power = std::pow(10.0, std::floor(std::log10(std::max(first, ROUNDING)))); power <= high;
          power *= 10.0) {
         for (const double step : STEPS) {
-            const double value = step * power;
-            const bool hasRoom =
-                labels.empty() || (FindHeight(value) - FindHeight(labels.back())) * pixels >= LABEL_PITCH;
-            if (value >= low && value <= high && hasRoom && textOf(value).size() <= LONGEST_LABEL) {
-                labels.push_back(value);
-            }
+            add(step * power);
         }
     }
     return labels;

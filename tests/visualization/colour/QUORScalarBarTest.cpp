@@ -32,6 +32,7 @@ TEST(QUORScalarBarTest, LabelsStandOnRoundValuesThatHaveRoom) {
         {rain, 800, {0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100, 200}},
         {rain, 130, {0.1, 0.5, 2, 10, 50, 200}},
         {{7, 7}, 100, {}},
+        {{-30, -10, -0.1, 0.1, 10, 30}, 100, {-30, -10, 0.1, 10, 30}},
     };
     for (const auto& row : rows) {
         vtkNew<QUORScalarBar> bar;
@@ -46,6 +47,20 @@ TEST(QUORScalarBarTest, LabelsStandOnRoundValuesThatHaveRoom) {
     bar->SetSeams(rain);
     EXPECT_NEAR(bar->FindHeight(2.73), 4.0 / 7.0, 1e-12) << "bands of equal height";
     EXPECT_NEAR(bar->FindHeight(0.5 * (2.73 + 11.5)), 4.5 / 7.0, 1e-12);
+}
+
+TEST(QUORScalarBarTest, EveryColourHasAPixelOfASmallBar) {
+    const Values rows[] = {{-30, 0, 75},
+                           {0, 0.1, 5, 10, 15, 20, 25, 30, 35, 40, 45, 50, 55, 60, 65, 70, 75},
+                           {0, 5, 10, 15, 20, 25, 30, 35, 40, 45, 50, 55, 55.25, 60},
+                           {0, 0.0365, 0.154, 0.648, 2.73, 11.5, 48.6, 205}};
+    for (const Values& seams : rows) {
+        vtkNew<QUORScalarBar> bar;
+        bar->SetSeams(seams);
+        for (std::size_t i = 1; i < seams.size(); ++i) {
+            EXPECT_GE((bar->FindHeight(seams[i]) - bar->FindHeight(seams[i - 1])) * 200.0, 1.0) << seams[i];
+        }
+    }
 }
 
 /// What is packaged: a rate and the reflectivity that goes with it have one colour, whether the rate is
