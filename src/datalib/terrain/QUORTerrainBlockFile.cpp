@@ -117,7 +117,7 @@ vtkSmartPointer<vtkImageData> fromPng(const QByteArray& bytes) {
     if (reader.size() != QSize(TEXTURE_SIDE, TEXTURE_SIDE)) {
         return nullptr;
     }
-    const QImage image = reader.read();
+    const QImage image = reader.read().convertToFormat(QImage::Format_RGB888);
     if (image.isNull()) {
         return nullptr;
     }
@@ -125,13 +125,8 @@ vtkSmartPointer<vtkImageData> fromPng(const QByteArray& bytes) {
     texture->SetDimensions(TEXTURE_SIDE, TEXTURE_SIDE, 1);
     texture->AllocateScalars(VTK_UNSIGNED_CHAR, 3);
     for (int row = 0; row < TEXTURE_SIDE; ++row) {
-        auto* to = static_cast<uchar*>(texture->GetScalarPointer(0, TEXTURE_SIDE - 1 - row, 0));
-        for (int column = 0; column < TEXTURE_SIDE; ++column) {
-            const QRgb color = image.pixel(column, row);
-            *to++ = uchar(qRed(color));
-            *to++ = uchar(qGreen(color));
-            *to++ = uchar(qBlue(color));
-        }
+        std::memcpy(texture->GetScalarPointer(0, TEXTURE_SIDE - 1 - row, 0), image.constScanLine(row),
+                    std::size_t(TEXTURE_ROW_BYTES));
     }
     return texture;
 }
