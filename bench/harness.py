@@ -51,7 +51,8 @@ class Service:
     """quor3dd in the foreground with a home of its own; a context manager. Lines of its log are kept with
     the time at which they arrived."""
 
-    def __init__(self, loglevel=0, displaystate="Default", settings="", product2d="(none)", background=""):
+    def __init__(self, loglevel=0, displaystate="Default", settings="", product2d="(none)", background="",
+                 image_format="TIFF"):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="quor3d-bench."))
         self.volumes, self.flat, self.images = (self.root / name for name in ("3d", "2d", "images"))
         self.conf = self.root / "home" / ".config" / "QUOR"
@@ -65,9 +66,10 @@ class Service:
         (self.conf / "QUOR3D.conf").write_text(
             "[GENERAL]\ndata3d=%s\ndata2d=%s\n%s%s%s" % (self.volumes, self.flat, pinned, settings, product))
         (self.root / "background.conf").write_text(
-            "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=TIFF\ndisplaystate=%s\n%sproducts\\size=4\n%s"
-            % (self.images, displaystate, background,
+            "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=%s\ndisplaystate=%s\n%sproducts\\size=4\n%s"
+            % (self.images, image_format, displaystate, background,
                "".join("products\\%d\\product=%s\n" % (i, product2d) for i in range(1, 5))))
+        self.extension = {"TIFF": "tiff", "PNG": "png", "JPEG": "jpg"}[image_format]
         self.loglevel = loglevel
         self.lines = []
         self.process = None
@@ -141,7 +143,7 @@ class Service:
         hidden = self.volumes / ".part"
         shutil.copy(source, hidden)
         hidden.rename(self.volumes / ("CAZ%s.cap" % key))
-        return "_Z_%s.tiff" % key
+        return "_Z_%s.%s" % (key, self.extension)
 
     def wait_image(self, ending, deadline=DEADLINE):
         return self.wait("image *" + ending, lambda: next(
