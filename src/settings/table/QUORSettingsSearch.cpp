@@ -3,6 +3,7 @@
 
 #include "QUORSettingsTable.h"
 
+#include <QHash>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -68,8 +69,15 @@ const FileRow& rowOf(File file) {
     return *std::ranges::find(FILES, file, &FileRow::file);
 }
 
+/// Each row's pattern is compiled once: a check of all files asks for each of them thousands of times.
 bool matches(const QString& pattern, const QString& text) {
-    return QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(text).hasMatch();
+    thread_local QHash<QString, QRegularExpression> compiled;
+    auto expression = compiled.find(pattern);
+    if (expression == compiled.end()) {
+        expression =
+            compiled.insert(pattern, QRegularExpression(QRegularExpression::anchoredPattern(pattern)));
+    }
+    return expression->match(text).hasMatch();
 }
 
 bool isGroupOf(const Key& row, const QString& group) {
