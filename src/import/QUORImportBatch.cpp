@@ -3,10 +3,10 @@
 
 #include "QUORImportError.h"
 
-#include <optional>
-
-QUORImportBatch::QUORImportBatch(int joinSeconds, Read read, Make make, Fail fail, Progress progress)
+QUORImportBatch::QUORImportBatch(int joinSeconds, std::size_t memory, Read read, Make make, Fail fail,
+                                 Progress progress)
     : _joiner(joinSeconds),
+      _memory(memory),
       _read(std::move(read)),
       _make(std::move(make)),
       _fail(std::move(fail)),
@@ -14,29 +14,30 @@ QUORImportBatch::QUORImportBatch(int joinSeconds, Read read, Make make, Fail fai
 
 void QUORImportBatch::run(const QStringList& files) {
     step(0);
-    if (files.size() == 1) {
-        makeJoined(files); // nothing to be joined with
-        step(2);
-        return;
-    }
     for (const QString& file : files) {
-        look(file);
+        take(file);
     }
-    for (const QUORVolumeJoiner::Volume& outline : _joiner.takeAll()) {
-        makeJoined(outline.files);
-        step(int(outline.files.size()));
+    for (QUORVolumeJoiner::Volume& volume : _joiner.takeAll()) {
+        const auto count = int(volume.files.size());
+        makeJoined(std::move(volume));
+        step(count);
     }
 }
 
-void QUORImportBatch::look(const QString& file) {
+/// All of it is read, so that no file with damaged values takes the place of a good one.
+void QUORImportBatch::take(const QString& file) {
     try {
-        QUORRadarData data = _read(file, QUORReadExtent::Outline);
+        QUORRadarData data = _read(file);
         if (QUORVolumeJoiner::mayJoin(data)) {
-            keepOutline(std::move(data), file);
+            _pieces[file] = pieceOf(data);
+            if (_joiner.getSize() + data.size() > _memory) {
+                data.dropValues();
+            }
+            _joiner.add(std::move(data), file);
             step(1);
             return;
         }
-        make(data.isOutline ? _read(file, QUORReadExtent::Whole) : data, {file});
+        make(data, {file});
     } catch (const QUORImportError& error) {
         _fail({file}, error.getReason());
     }
@@ -44,43 +45,37 @@ void QUORImportBatch::look(const QString& file) {
 }
 
 QUORImportBatch::Piece QUORImportBatch::pieceOf(const QUORRadarData& data) {
-    return {data.time, data.site.name, data.sweeps.size()};
-}
-
-/// Only what joining asks for: there may be thousands.
-void QUORImportBatch::keepOutline(QUORRadarData data, const QString& file) {
-    _pieces[file] = pieceOf(data);
-    QUORRadarData outline;
-    outline.site = data.site;
-    outline.time = data.time;
-    outline.isPiece = data.isPiece;
-    outline.isOutline = true;
+    Piece piece{data.time, data.site.name, {}};
     for (const QUORRadarSweep& sweep : data.sweeps) {
-        QUORRadarSweep& kept = outline.sweeps.emplace_back();
-        kept.fixedAngle = sweep.fixedAngle;
+        piece.sweeps.push_back({sweep.fixedAngle, {}});
         for (const QUORRadarMoment& moment : sweep.moments) {
-            kept.moments.emplace_back().quantity = moment.quantity;
+            piece.sweeps.back().second.push_back(moment.quantity);
         }
     }
-    _joiner.add(std::move(outline), file);
+    return piece;
 }
 
-QUORRadarData QUORImportBatch::readPiece(const QString& file) const {
-    QUORRadarData data = _read(file, QUORReadExtent::Whole);
+QUORRadarData QUORImportBatch::readAgain(const QString& file) const {
+    QUORRadarData data = _read(file);
     if (const auto known = _pieces.constFind(file); known != _pieces.constEnd() && *known != pieceOf(data)) {
         throw QUORImportError(QStringLiteral("it has changed while others were imported"));
     }
     return data;
 }
 
-/// A file that fails costs its own part of the volume.
-void QUORImportBatch::makeJoined(const QStringList& files) {
-    std::optional<QUORVolumeJoiner::Volume> volume;
+/// A file that fails now costs its own part of the volume.
+void QUORImportBatch::makeJoined(QUORVolumeJoiner::Volume volume) {
+    if (volume.data.hasValues) {
+        make(volume.data, volume.files);
+        return;
+    }
+    const QStringList files = volume.files;
+    volume = {};
     for (const QString& file : files) {
         try {
-            QUORRadarData data = readPiece(file);
-            if (volume) {
-                QUORVolumeJoiner::append(*volume, std::move(data), file);
+            QUORRadarData data = readAgain(file);
+            if (!volume.files.isEmpty()) {
+                QUORVolumeJoiner::append(volume, std::move(data), file);
             } else {
                 volume = {std::move(data), {file}};
             }
@@ -88,8 +83,8 @@ void QUORImportBatch::makeJoined(const QStringList& files) {
             _fail({file}, error.getReason());
         }
     }
-    if (volume) {
-        make(volume->data, volume->files);
+    if (!volume.files.isEmpty()) {
+        make(volume.data, volume.files);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace {
 
@@ -81,6 +82,7 @@ std::size_t QUORVolumeJoiner::findStart(const Pieces& pieces, std::size_t repeat
 void QUORVolumeJoiner::append(Volume& volume, QUORRadarData piece, const QString& file) {
     QUORRadarData& data = volume.data;
     volume.files.append(file);
+    data.hasValues = data.hasValues && piece.hasValues;
     std::move(piece.sweeps.begin(), piece.sweeps.end(), std::back_inserter(data.sweeps));
     data.wavelength = data.wavelength > 0.0 ? data.wavelength : piece.wavelength;
     data.beamWidth = data.beamWidth > 0.0 ? data.beamWidth : piece.beamWidth;
@@ -180,26 +182,8 @@ void QUORVolumeJoiner::add(QUORRadarData data, const QString& file) {
 }
 
 std::size_t QUORVolumeJoiner::getSize() const {
-    std::size_t values = 0;
-    for (const Piece& piece : _pieces) {
-        for (const QUORRadarSweep& sweep : piece.data.sweeps) {
-            for (const QUORRadarMoment& moment : sweep.moments) {
-                values += moment.codes.size();
-            }
-        }
-    }
-    return values * sizeof(quint16);
-}
-
-std::vector<QUORVolumeJoiner::Volume> QUORVolumeJoiner::takeAlone() {
-    std::vector<Volume> volumes;
-    const auto hasCompany = [](const Piece& piece) { return mayJoin(piece.data); };
-    const auto alone = std::stable_partition(_pieces.begin(), _pieces.end(), hasCompany);
-    for (auto piece = alone; piece != _pieces.end(); ++piece) {
-        volumes.push_back({std::move(piece->data), {piece->file}});
-    }
-    _pieces.erase(alone, _pieces.end());
-    return volumes;
+    return std::accumulate(_pieces.begin(), _pieces.end(), std::size_t(0),
+                           [](std::size_t bytes, const Piece& piece) { return bytes + piece.data.size(); });
 }
 
 std::vector<QUORVolumeJoiner::Volume> QUORVolumeJoiner::takeComplete(std::chrono::milliseconds quiet) {
@@ -211,7 +195,7 @@ std::vector<QUORVolumeJoiner::Volume> QUORVolumeJoiner::takeComplete(std::chrono
         return std::all_of(pieces.begin(), pieces.end(),
                            [&](const Piece& piece) { return now - piece.added >= wait; });
     };
-    std::vector<Volume> complete = takeAlone();
+    std::vector<Volume> complete;
     for (Pieces& radar : takeByRadar()) {
         for (Pieces& volume : divide(std::move(radar))) {
             if (isReady(volume)) {

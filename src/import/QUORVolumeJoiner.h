@@ -24,15 +24,13 @@ public:
 
     /// Whether other files may belong to the same volume.
     static bool mayJoin(const QUORRadarData& data);
-    /// Adds a piece to a volume that has one already.
+    /// Adds a piece to a volume that has one already; it has values when all its pieces have.
     static void append(Volume& volume, QUORRadarData piece, const QString& file);
 
-    /// In any order.
+    /// What may join, with or without its values, in any order.
     void add(QUORRadarData data, const QString& file);
-    /// Volumes that need no other piece, and those that got none for so long; in the order of their times.
+    /// Volumes that got no other piece for so long, in the order of their times.
     std::vector<Volume> takeComplete(std::chrono::milliseconds quiet);
-    /// Those that need no other piece.
-    std::vector<Volume> takeAlone();
     /// All that are left.
     std::vector<Volume> takeAll();
     bool isEmpty() const { return _pieces.empty(); }

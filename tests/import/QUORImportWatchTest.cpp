@@ -36,6 +36,27 @@ void watchReadings() {
     readings = 0;
 }
 
+/// SIGTERM waits to be taken.
+class EndBlocked {
+public:
+    EndBlocked() {
+        sigemptyset(&_ending);
+        sigaddset(&_ending, SIGTERM);
+        ::pthread_sigmask(SIG_BLOCK, &_ending, &_before);
+    }
+    ~EndBlocked() { ::pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
+    EndBlocked(const EndBlocked&) = delete;
+    EndBlocked& operator=(const EndBlocked&) = delete;
+    void take() const {
+        int signal = 0;
+        ::sigwait(&_ending, &signal);
+    }
+
+private:
+    sigset_t _ending;
+    sigset_t _before;
+};
+
 class QUORImportWatchTest : public testing::Test {
 protected:
     QUORImportWatchTest() {
@@ -48,14 +69,17 @@ protected:
     void start() {
         watch = std::make_unique<QUORImportWatch>(
             in(), folder.filePath("out/record"), 600,
-            QUORImportWatch::Timing{.settle = zero,
+            QUORImportWatch::Limits{.settle = zero,
                                     .quiet = quiet,
-                                    .again = zero,
+                                    .again = again,
                                     .interrupted = interrupted,
                                     .pass = pass,
-                                    .reading = limits},
-            [this](const QUORRadarData&, const QStringList& files) {
-                if (diskFull) {
+                                    .reading = limits,
+                                    .memory = memory},
+            [this](const QUORRadarData& data, const QStringList& files) {
+                EXPECT_TRUE(data.hasValues);
+                ++attempts;
+                if (diskFull || (refusesCapitals && files.first()[0].isUpper())) {
                     throw QUORWriteError(QStringLiteral("disk full"));
                 }
                 if (askedTooMuch) {
@@ -63,6 +87,9 @@ protected:
                 }
                 readAtImport.push_back(readings);
                 imported.append(files.join(QLatin1Char('+')));
+                if (endsAtImport) {
+                    ::kill(::getpid(), SIGTERM);
+                }
             },
             [this](const QStringList& files, const QString& reason) {
                 reported.append(files.join(QLatin1Char('+')) + QStringLiteral(": ") + reason);
@@ -82,7 +109,12 @@ protected:
     static constexpr std::chrono::milliseconds zero{0};
     QTemporaryDir folder;
     std::chrono::milliseconds quiet{0};
+    std::chrono::milliseconds again{0};
+    std::size_t memory = QUORImportWatch::Limits().memory;
     bool diskFull = false;
+    bool refusesCapitals = false; ///< cannot write the products of such names
+    bool endsAtImport = false;
+    int attempts = 0; ///< to write
     bool askedTooMuch = false;
     QUORReaderProcess::Limits limits;
     std::chrono::milliseconds interrupted{0};
@@ -194,14 +226,23 @@ TEST_F(QUORImportWatchTest, TriesAgainForAWhileWhatWasInterrupted) {
         bool isLate;
         int signal;
         int readings;
-        const char* reason;
+        QStringList reasons;
     } rows[] = {
-        {"slow", true, 0, 5,
-         "slow: reading it took longer than 0 s; it will be tried again, 4 times at most"},
-        {"killed", false, SIGKILL, 5,
-         "killed: reading it was ended from outside (Killed); it will be tried again, 4 times at most"},
-        {"crash", false, SIGABRT, 1, "crash: reading it crashed (Aborted)"},
-        {"costly", false, SIGXCPU, 1, "costly: reading it took more than 60 s of processor time"},
+        {"slow",
+         true,
+         0,
+         5,
+         {"slow: reading it took longer than 0 s; it will be tried again, 4 times at most",
+          "slow: reading it took longer than 0 s; given up, it will not be tried again until it changes"}},
+        {"killed",
+         false,
+         SIGKILL,
+         5,
+         {"killed: reading it was ended from outside (Killed); it will be tried again, 4 times at most",
+          "killed: reading it was ended from outside (Killed); given up, it will not be tried again until "
+          "it changes"}},
+        {"crash", false, SIGABRT, 1, {"crash: reading it crashed (Aborted)"}},
+        {"costly", false, SIGXCPU, 1, {"costly: reading it took more than 60 s of processor time"}},
     };
     for (const auto& row : rows) {
         limits.wall = row.isLate ? zero : QUORReaderProcess::Limits().wall;
@@ -212,7 +253,7 @@ TEST_F(QUORImportWatchTest, TriesAgainForAWhileWhatWasInterrupted) {
         writeFile(path(row.file), volume + row.file);
         EXPECT_EQ(look(10), QStringList());
         EXPECT_EQ(readings, row.readings) << row.file;
-        EXPECT_EQ(reported, QStringList(row.reason));
+        EXPECT_EQ(reported, row.reasons);
         EXPECT_FALSE(watch->isWaiting());
         endOfReadings = 0;
         EXPECT_EQ(look(), QStringList());
@@ -242,11 +283,7 @@ TEST_F(QUORImportWatchTest, ReadsNothingMoreWhenTheProgramEnds) {
     for (const char* name : {"a", "b"}) {
         writeFile(path(name), volume + name);
     }
-    sigset_t ending;
-    sigset_t before;
-    sigemptyset(&ending);
-    sigaddset(&ending, SIGTERM);
-    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &ending, &before), 0);
+    const EndBlocked block;
     const pid_t other = ::fork();
     if (other == 0) {
         ::usleep(100000);
@@ -255,47 +292,144 @@ TEST_F(QUORImportWatchTest, ReadsNothingMoreWhenTheProgramEnds) {
     }
     endOfReadings = SIGSTOP; // hangs
     EXPECT_EQ(look(3), QStringList()) << "long before the wall-clock limit";
-    int signal = 0;
-    ::sigwait(&ending, &signal);
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    block.take();
     ::waitpid(other, nullptr, 0);
     EXPECT_EQ(reported, QStringList());
     endOfReadings = 0;
     EXPECT_EQ(look(), QStringList({"a", "b"}));
 }
 
-TEST_F(QUORImportWatchTest, ReadsNoMoreThanItCanWrite) {
+TEST_F(QUORImportWatchTest, WritesNothingMoreWhenTheProgramEnds) {
     look();
-    const auto writeFiles = [this](char first, int count) {
-        for (int i = 0; i < count; ++i) {
-            const char name[]{char(first + i), '\0'};
-            writeFile(path(name), volume + name);
-        }
-    };
-    writeFiles('a', 3);
+    for (const char* name : {"0", "1", "2"}) {
+        RadarFiles::writeOdimScan(path(name), 0.5, "DBZH", 300 * (name[0] - '0'));
+    }
+    const EndBlocked block;
+    endsAtImport = true;
+    EXPECT_EQ(look(), QStringList("0"));
+    block.take();
+    endsAtImport = false;
+    diskFull = true;
+    start();
+    EXPECT_EQ(look(), QStringList()) << "what was left has not been recorded";
+    EXPECT_EQ(reported, QStringList({"1: disk full", "2: disk full"}));
+    diskFull = false;
+    endsAtImport = true;
+    EXPECT_EQ(look(), QStringList("1"));
+    block.take();
+}
+
+TEST_F(QUORImportWatchTest, ImportsWhatStandsAloneAtOnceAndInItsTurn) {
+    look();
+    for (const char* name : {"a", "b", "c"}) {
+        writeFile(path(name), volume + name);
+    }
     readings = 0;
-    readAtImport.clear();
     EXPECT_EQ(look(1), QStringList({"a", "b", "c"}));
     EXPECT_EQ(readAtImport, (std::vector{1, 2, 3})) << "each before the next is read";
 
-    diskFull = true;
-    writeFiles('d', 12);
-    readings = 0;
-    EXPECT_EQ(look(4), QStringList());
-    EXPECT_EQ(readings, 8);
-    EXPECT_EQ(reported.size(), 8);
-    EXPECT_TRUE(watch->isWaiting());
-    EXPECT_FALSE(watch->hasMore());
-    diskFull = false;
-    EXPECT_EQ(look(3).size(), 12);
-    EXPECT_EQ(readings, 12);
-    EXPECT_EQ(reported.size(), 8);
-
     pass = zero; // others have their turn before the first file
     start();
-    writeFiles('p', 1);
+    writeFile(path("p"), volume + "p");
     EXPECT_EQ(look(2), QStringList());
     EXPECT_TRUE(watch->hasMore());
+    QDir(in()).removeRecursively();
+    EXPECT_EQ(look(1), QStringList());
+    EXPECT_FALSE(watch->hasMore()) << "a folder that is away is not looked at without pause";
+}
+
+TEST_F(QUORImportWatchTest, JoinsWholeVolumesOfABacklogThatMemoryHasNoRoomFor) {
+    look();
+    for (int i = 0; i < 12; ++i) { // the sweep comes first in the name
+        const char name[]{char('A' + i / 4), char('0' + i % 4), '\0'};
+        RadarFiles::writeOdimScan(path(name), 0.5 + i / 4, "DBZH", 300 * (i % 4) + 20 * (i / 4));
+    }
+    pass = std::chrono::milliseconds(1);                  // a file or two
+    for (const std::size_t room : {0U, 800U, 1U << 20}) { // of about 200 bytes a sweep
+        memory = room;
+        QFile::remove(folder.filePath("out/record"));
+        start();
+        watch->takeExisting();
+        readings = 0;
+        EXPECT_EQ(look(100), QStringList({"A0+B0+C0", "A1+B1+C1", "A2+B2+C2", "A3+B3+C3"})) << room;
+        EXPECT_EQ(readings, room > 10000 ? 12 : 24) << room;
+    }
+    EXPECT_EQ(reported, QStringList());
+}
+
+TEST_F(QUORImportWatchTest, ReadsAgainUnderTheNameOfToday) {
+    look();
+    memory = 0;
+    diskFull = true;
+    start();
+    const char* const names[] = {"s1", "s2", "s3", "s4"};
+    for (int i = 0; i < 4; ++i) {
+        RadarFiles::writeOdimScan(path(names[i]), 0.5 + i, "DBZH", 20 * i);
+    }
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_EQ(reported, QStringList("s1+s2+s3+s4: disk full"));
+    EXPECT_TRUE(QFile::rename(path("s2"), path("renamed")));
+    EXPECT_TRUE(QFile::remove(path("s3")));
+    RadarFiles::writeOdimScan(path("s4"), 0.5, "DBZH", 600);
+    diskFull = false;
+    endOfReadings = SIGKILL;
+    EXPECT_EQ(look(1), QStringList());
+    endOfReadings = 0;
+    reported.clear();
+    EXPECT_EQ(look(3), QStringList({"s1+s2", "s4"}));
+    EXPECT_EQ(reported, QStringList({"s3: gone or changed before its volume was made",
+                                     "s4: gone or changed before its volume was made"}));
+    reported.clear();
+    start();
+    EXPECT_EQ(look(), QStringList());
+    EXPECT_EQ(reported, QStringList());
+}
+
+TEST_F(QUORImportWatchTest, GoesOnBesideWhatCannotBeWritten) {
+    look();
+    for (const std::size_t room : {std::size_t(0), memory}) {
+        memory = room;
+        refusesCapitals = true;
+        start();
+        reported.clear();
+        for (int i = 0; i < 20; ++i) {
+            const char name[]{char((i % 2 == 0 ? 'A' : 'a') + i), room > 0 ? '+' : '-', '\0'};
+            writeFile(path(name), volume + name);
+        }
+        readings = 0;
+        EXPECT_EQ(look(1).size(), 10) << "those of other radars";
+        EXPECT_EQ(reported.size(), 10);
+        EXPECT_EQ(readings, 20);
+        EXPECT_FALSE(watch->hasMore());
+        EXPECT_TRUE(watch->isWaiting());
+        attempts = 0;
+        EXPECT_EQ(look(1), QStringList());
+        EXPECT_EQ(attempts, 8) << "no more in one round";
+        EXPECT_EQ(readings, room > 0 ? 20 : 28) << "read again where memory had no room";
+        refusesCapitals = false;
+        EXPECT_EQ(look(1).size(), 10);
+        EXPECT_FALSE(watch->isWaiting());
+        EXPECT_EQ(reported.size(), 10);
+    }
+    again = std::chrono::hours(1); // not again before its time
+    diskFull = true;
+    start();
+    writeFile(path("z"), volume + "z");
+    attempts = 0;
+    EXPECT_EQ(look(3), QStringList());
+    EXPECT_EQ(attempts, 1);
+}
+
+TEST_F(QUORImportWatchTest, RefusesAHugeFileUnread) {
+    look();
+    QFile huge(path("huge"));
+    ASSERT_TRUE(huge.open(QIODevice::WriteOnly));
+    if (!huge.resize(qint64(1) << 40)) {
+        GTEST_SKIP() << "no room for a file of holes";
+    }
+    huge.close();
+    EXPECT_EQ(look(12), QStringList());
+    EXPECT_EQ(reported, QStringList("huge: larger than 2 GiB"));
 }
 
 TEST_F(QUORImportWatchTest, RecordsNeitherWhatOptionsRefuseNorCutOffLines) {

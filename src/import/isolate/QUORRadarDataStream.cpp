@@ -154,7 +154,6 @@ void carry(Stream& stream, Data& data) {
     stream.number(data.wavelength);
     stream.number(data.beamWidth);
     stream.number(data.isPiece);
-    stream.number(data.isOutline);
     stream.texts(data.leftOut);
     stream.texts(data.warnings);
     stream.list(data.sweeps, [&](auto& sweep) { carrySweep(stream, sweep); });

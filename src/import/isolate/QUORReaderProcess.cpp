@@ -50,6 +50,13 @@ void limit(__rlimit_resource resource, rlim_t soft, rlim_t hard) {
     ::setrlimit(resource, &value);
 }
 
+/// Bytes of the process, which a child takes over from its parent.
+[[maybe_unused]] rlim_t addressSpace() {
+    QFile file(QStringLiteral("/proc/self/statm"));
+    const QByteArray pages = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return pages.left(pages.indexOf(' ')).toULongLong() * rlim_t(::sysconf(_SC_PAGESIZE));
+}
+
 /// In the child. What a library prints about a bad file is not for the user.
 void confine(const QUORReaderProcess::Limits& limits, pid_t parent) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -67,7 +74,8 @@ void confine(const QUORReaderProcess::Limits& limits, pid_t parent) {
         ::dup2(null, standard);
     }
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    limit(RLIMIT_AS, limits.memory, limits.memory);
+    const rlim_t memory = addressSpace() + limits.memory;
+    limit(RLIMIT_AS, memory, memory);
 #endif
     const auto seconds = rlim_t(limits.processorSeconds);
     limit(RLIMIT_CPU, seconds, seconds + 5);
@@ -82,13 +90,13 @@ void confine(const QUORReaderProcess::Limits& limits, pid_t parent) {
 }
 
 /// In the child; the code that it ends with.
-int readInto(int file, int result, QUORReadExtent extent) {
+int readInto(int file, int result) {
     QFile out;
     if (!out.open(result, QIODevice::WriteOnly | QIODevice::Unbuffered, QFileDevice::DontCloseHandle)) {
         return NoResult;
     }
     try {
-        const QUORRadarData data = QUORRadarReader::read(file, extent);
+        const QUORRadarData data = QUORRadarReader::read(file);
         return QUORRadarDataStream::write(out, data) ? DataFollow : NoMemory;
     } catch (const std::bad_alloc&) {
         return NoMemory;
@@ -176,7 +184,7 @@ bool QUORReaderProcess::isEnding() {
            (sigismember(&pending, SIGTERM) == 1 || sigismember(&pending, SIGINT) == 1);
 }
 
-QUORRadarData QUORReaderProcess::read(const QString& path, QUORReadExtent extent) const {
+QUORRadarData QUORReaderProcess::read(const QString& path) const {
     const Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat info {};
     if (file.get() < 0 || ::fstat(file.get(), &info) != 0) {
@@ -193,7 +201,7 @@ QUORRadarData QUORReaderProcess::read(const QString& path, QUORReadExtent extent
     }
     if (child == 0) {
         confine(_limits, parent);
-        ::_exit(readInto(file.get(), result.get(), extent));
+        ::_exit(readInto(file.get(), result.get()));
     }
     int status = 0;
     if (!awaitEnd(child, _limits.wall, status)) {
@@ -215,7 +223,7 @@ QUORRadarData QUORReaderProcess::read(const QString& path, QUORReadExtent extent
         throwFate(status, _limits);
     }
     std::optional<QUORRadarData> data = QUORRadarDataStream::read(in);
-    if (!data || (data->isOutline && extent == QUORReadExtent::Whole)) {
+    if (!data) {
         throw QUORImportError(QStringLiteral("reading it gave nothing usable"));
     }
     QUORRadarChecks::verify(*data);

@@ -12,7 +12,7 @@
 class QUORReaderProcess {
 public:
     struct Limits {
-        std::size_t memory = std::size_t(2) << 30; ///< bytes of address space
+        std::size_t memory = std::size_t(2) << 30; ///< bytes of address space beside what the program has
         int processorSeconds = 60;
         std::chrono::milliseconds wall{120000};
     };
@@ -23,9 +23,8 @@ public:
     /// A signal that ends the program waits to be taken: no reading goes on then.
     static bool isEnding();
 
-    /// Throws a QUORImportError with the reader's reason, or with what became of the process. What is asked
-    /// for as an outline may come whole.
-    QUORRadarData read(const QString& path, QUORReadExtent extent = QUORReadExtent::Whole) const;
+    /// Throws a QUORImportError with the reader's reason, or with what became of the process.
+    QUORRadarData read(const QString& path) const;
 
 private:
     Limits _limits;

@@ -22,11 +22,11 @@ void demand(bool condition, const QString& reason) {
     }
 }
 
-void verifyMoment(const QUORRadarMoment& moment, std::size_t rays, bool isOutline, const QString& where) {
+void verifyMoment(const QUORRadarMoment& moment, std::size_t rays, const QString& where) {
     const QString what = where + moment.name + QStringLiteral(": ");
     demand(moment.gates > 0 && double(rays) * moment.gates <= QUORRadarChecks::MOST_VALUES,
            what + QStringLiteral("impossible number of gates, ") + QString::number(moment.gates));
-    demand(moment.codes.size() == (isOutline ? 0 : rays * std::size_t(moment.gates)),
+    demand(moment.codes.size() == rays * std::size_t(moment.gates),
            what + QStringLiteral("the number of values is not rays times gates"));
     demand(isWithin(moment.gateSpacing, 1.0, 1e5) && isWithin(moment.firstGate, -1e5, 1e6) &&
                isWithin(moment.farthestRange(), 1.0, FARTHEST_GATE),
@@ -35,7 +35,7 @@ void verifyMoment(const QUORRadarMoment& moment, std::size_t rays, bool isOutlin
            what + QStringLiteral("impossible scale or offset"));
 }
 
-void verifySweep(const QUORRadarSweep& sweep, bool isOutline, int number) {
+void verifySweep(const QUORRadarSweep& sweep, int number) {
     const QString where = QStringLiteral("sweep %1: ").arg(number);
     const std::size_t rays = sweep.azimuths.size();
     demand(rays > 0 && rays <= 100000, where + QStringLiteral("impossible number of rays, %1").arg(rays));
@@ -49,7 +49,7 @@ void verifySweep(const QUORRadarSweep& sweep, bool isOutline, int number) {
     demand(isWithin(sweep.fixedAngle, -10.0, 180.0), where + QStringLiteral("no usable elevation"));
     demand(isWithin(sweep.nyquist, 0.0, 1000.0), where + QStringLiteral("impossible Nyquist velocity"));
     for (const QUORRadarMoment& moment : sweep.moments) {
-        verifyMoment(moment, rays, isOutline, where);
+        verifyMoment(moment, rays, where);
     }
 }
 
@@ -63,14 +63,14 @@ void verifyAxis(const std::vector<double>& axis, const char* name, std::size_t f
     }
 }
 
-void verifyGrid(const QUORRadarGrid& grid, bool isOutline) {
+void verifyGrid(const QUORRadarGrid& grid) {
     verifyAxis(grid.x, "x", 2);
     verifyAxis(grid.y, "y", 2);
     verifyAxis(grid.z, "z", 1);
     const double count = double(grid.x.size()) * double(grid.y.size()) * double(grid.z.size());
     demand(count <= QUORRadarChecks::MOST_VALUES, QStringLiteral("the grid is too large"));
     for (const QUORRadarGrid::Field& field : grid.fields) {
-        demand(double(field.values.size()) == (isOutline ? 0.0 : count),
+        demand(double(field.values.size()) == count,
                field.name + QStringLiteral(": the number of values is not that of the grid"));
     }
 }
@@ -85,13 +85,13 @@ void QUORRadarChecks::verify(const QUORRadarData& data) {
     demand(isWithin(data.site.altitude, -500.0, HIGHEST_SITE),
            QStringLiteral("no usable height of the radar"));
     if (data.grid) {
-        verifyGrid(*data.grid, data.isOutline);
+        verifyGrid(*data.grid);
     } else {
         demand(!data.sweeps.empty() && data.sweeps.size() <= MOST_SWEEPS,
                QStringLiteral("impossible number of sweeps, %1").arg(data.sweeps.size()));
         int number = 0;
         for (const QUORRadarSweep& sweep : data.sweeps) {
-            verifySweep(sweep, data.isOutline, ++number);
+            verifySweep(sweep, ++number);
         }
     }
     demand(std::any_of(QUORRadarQuantities::ALL.begin(), QUORRadarQuantities::ALL.end(),

@@ -9,6 +9,12 @@ namespace {
 constexpr double MOST_STEPS = 65500.0;
 constexpr int FIRST_CODE = 2;
 
+/// Also the memory, which "= {}" keeps.
+template <class T>
+void release(std::vector<T>& values) {
+    std::vector<T>().swap(values);
+}
+
 } // namespace
 
 void QUORRadarMoment::pack(std::span<const float> values, double step) {
@@ -51,6 +57,38 @@ bool QUORRadarData::has(QUORRadarQuantity quantity) const {
     }
     return std::any_of(sweeps.begin(), sweeps.end(),
                        [quantity](const QUORRadarSweep& s) { return s.find(quantity) != nullptr; });
+}
+
+std::size_t QUORRadarData::size() const {
+    std::size_t bytes = 0;
+    for (const QUORRadarSweep& sweep : sweeps) {
+        bytes += (sweep.azimuths.capacity() + sweep.elevations.capacity()) * sizeof(float);
+        for (const QUORRadarMoment& moment : sweep.moments) {
+            bytes += moment.codes.capacity() * sizeof(quint16);
+        }
+    }
+    if (grid) {
+        for (const QUORRadarGrid::Field& field : grid->fields) {
+            bytes += field.values.capacity() * sizeof(float);
+        }
+    }
+    return bytes;
+}
+
+void QUORRadarData::dropValues() {
+    hasValues = false;
+    for (QUORRadarSweep& sweep : sweeps) {
+        release(sweep.azimuths);
+        release(sweep.elevations);
+        for (QUORRadarMoment& moment : sweep.moments) {
+            release(moment.codes);
+        }
+    }
+    if (grid) {
+        for (QUORRadarGrid::Field& field : grid->fields) {
+            release(field.values);
+        }
+    }
 }
 
 double QUORRadarData::highestNyquist() const {

@@ -90,10 +90,6 @@ struct QUORRadarGrid {
     std::vector<Field> fields;
 };
 
-/// How much of a file is read. An outline tells which sweeps and quantities there are, without their values,
-/// where a format tells that without reading all of it.
-enum class QUORReadExtent { Whole, Outline };
-
 /// What a reader found in one file, or what was joined from several: sweeps or a grid.
 struct QUORRadarData {
     QString format;
@@ -102,7 +98,7 @@ struct QUORRadarData {
     double wavelength = 0.0; ///< metres; 0 when unknown
     double beamWidth = 0.0;  ///< degrees; 0 when unknown
     bool isPiece = false;    ///< one sweep or less of a volume whose other sweeps come in other files
-    bool isOutline = false;  ///< sweeps and fields have no values
+    bool hasValues = true;   ///< false once they were dropped; what there is of is still told
     std::vector<QUORRadarSweep> sweeps;
     std::optional<QUORRadarGrid> grid;
     QStringList leftOut; ///< fields that no product holds
@@ -110,4 +106,8 @@ struct QUORRadarData {
 
     bool has(QUORRadarQuantity quantity) const;
     double highestNyquist() const;
+    /// Bytes that the values take.
+    std::size_t size() const;
+    /// Keeps what tells of the data, for they may wait by the thousand.
+    void dropValues();
 };

@@ -208,9 +208,8 @@ bool QUORCfGridReader::recognises(const QUORNetcdfGroup& root) {
     return !fieldsOf(root, nullptr).empty();
 }
 
-QUORRadarData QUORCfGridReader::read(const QUORNetcdfGroup& root, QUORReadExtent extent) {
+QUORRadarData QUORCfGridReader::read(const QUORNetcdfGroup& root) {
     QUORRadarData data;
-    data.isOutline = extent == QUORReadExtent::Outline;
     data.format = QStringLiteral("gridded CF netCDF");
     data.site.name = nameOf(root);
     data.site.altitude = firstNumber(root, {"origin_altitude", "radar_altitude", "alt"}).value_or(0.0);
@@ -236,10 +235,7 @@ QUORRadarData QUORCfGridReader::read(const QUORNetcdfGroup& root, QUORReadExtent
             data.leftOut.append(field.variable.getName());
             continue;
         }
-        grid.fields.push_back({quantity, field.variable.getName(), {}});
-        if (!data.isOutline) {
-            grid.fields.back().values = arrange(field, shape, isReversed);
-        }
+        grid.fields.push_back({quantity, field.variable.getName(), arrange(field, shape, isReversed)});
     }
     for (std::size_t i = 0; i < shape.size(); ++i) {
         if (std::find(model.places.begin(), model.places.end(), i) == model.places.end() && shape[i] > 1) {

@@ -200,7 +200,7 @@ bool isTurn(const QString& mode) {
            !mode.contains(QLatin1String("calibration"), Qt::CaseInsensitive);
 }
 
-/// Reads the quantities of those sweeps of a group; of an outline without their values.
+/// Reads the quantities of those sweeps of a group.
 void addMoments(const QUORNetcdfGroup& group, std::size_t rays, const std::vector<Rays>& parts,
                 const std::vector<QUORRadarSweep*>& sweeps, QUORRadarData& data) {
     const Gates gates = gatesOf(group);
@@ -208,10 +208,7 @@ void addMoments(const QUORNetcdfGroup& group, std::size_t rays, const std::vecto
     data.leftOut += fields.leftOut;
     for (const auto& [quantity, field] : fields.best) {
         const auto& [match, variable] = field;
-        std::optional<Table> table;
-        if (!data.isOutline) {
-            table.emplace(group, variable, rays, std::size_t(gates.count));
-        }
+        const Table table(group, variable, rays, std::size_t(gates.count));
         const double unit = *QUORRadarQuantities::unitFactor(quantity, variable.text("units"));
         for (std::size_t i = 0; i < parts.size(); ++i) {
             QUORRadarMoment moment;
@@ -220,9 +217,7 @@ void addMoments(const QUORNetcdfGroup& group, std::size_t rays, const std::vecto
             moment.gates = gates.count;
             moment.firstGate = gates.first;
             moment.gateSpacing = gates.spacing;
-            if (table) {
-                moment.pack(table->take(parts[i], match.sign * unit), variable.getStep() * unit);
-            }
+            moment.pack(table.take(parts[i], match.sign * unit), variable.getStep() * unit);
             sweeps[i]->moments.push_back(std::move(moment));
         }
     }
@@ -351,9 +346,8 @@ bool QUORCfRadialReader::recognises(const QUORNetcdfGroup& root) {
     return !groups.empty() && groups.front().findVariable("azimuth") && groups.front().findVariable("range");
 }
 
-QUORRadarData QUORCfRadialReader::read(const QUORNetcdfGroup& root, QUORReadExtent extent) {
+QUORRadarData QUORCfRadialReader::read(const QUORNetcdfGroup& root) {
     QUORRadarData data;
-    data.isOutline = extent == QUORReadExtent::Outline;
     readInstrument(root, data);
     if (root.findVariable("sweep_start_ray_index")) {
         data.format = QStringLiteral("CfRadial 1");

@@ -137,7 +137,7 @@ Geometry geometryOf(const Attributes& where) {
 }
 
 QUORRadarMoment momentOf(const QUORNetcdfGroup& data, const Attributes& what, const Geometry& geometry,
-                         QUORRadarQuantities::Match match, QUORReadExtent extent) {
+                         QUORRadarQuantities::Match match) {
     const auto variable = data.findVariable("data");
     if (!variable) {
         throw QUORImportError(data.getName() + QStringLiteral(" holds no data"));
@@ -148,14 +148,6 @@ QUORRadarMoment momentOf(const QUORNetcdfGroup& data, const Attributes& what, co
             QStringLiteral("%1 rays of %2 gates are announced, the data are of another size")
                 .arg(geometry.rays)
                 .arg(geometry.gates));
-    }
-    QUORRadarMoment moment;
-    moment.quantity = match.quantity;
-    moment.gates = int(geometry.gates);
-    moment.firstGate = geometry.firstGate;
-    moment.gateSpacing = geometry.gateSpacing;
-    if (extent == QUORReadExtent::Outline) {
-        return moment;
     }
     const double gain = what.number("gain").value_or(1.0);
     const double offset = what.number("offset").value_or(0.0);
@@ -171,12 +163,16 @@ QUORRadarMoment momentOf(const QUORNetcdfGroup& data, const Attributes& what, co
             value = float(match.sign * (double(value) * gain + offset));
         }
     }
+    QUORRadarMoment moment;
+    moment.quantity = match.quantity;
+    moment.gates = int(geometry.gates);
+    moment.firstGate = geometry.firstGate;
+    moment.gateSpacing = geometry.gateSpacing;
     moment.pack(values, variable->getStep() > 0.0 ? std::abs(gain) : 0.0);
     return moment;
 }
 
-QUORRadarSweep sweepOf(const QUORNetcdfGroup& root, const QUORNetcdfGroup& dataset, QUORRadarData& volume,
-                       QUORReadExtent extent) {
+QUORRadarSweep sweepOf(const QUORNetcdfGroup& root, const QUORNetcdfGroup& dataset, QUORRadarData& volume) {
     const Attributes where("where", {dataset, root});
     const Attributes what("what", {dataset, root});
     const Attributes how("how", {dataset, root});
@@ -215,7 +211,7 @@ QUORRadarSweep sweepOf(const QUORNetcdfGroup& root, const QUORNetcdfGroup& datas
             return replaced;
         });
         ranks[match->quantity] = match->rank;
-        sweep.moments.push_back(momentOf(data, dataWhat, geometry, *match, extent));
+        sweep.moments.push_back(momentOf(data, dataWhat, geometry, *match));
         sweep.moments.back().name = name;
         if (sweep.nyquist <= 0.0) {
             sweep.nyquist = std::abs(Attributes("how", {data}).number("NI").value_or(0.0));
@@ -232,7 +228,7 @@ bool QUOROdimReader::recognises(const QUORNetcdfGroup& root) {
            (!what->text("object").isEmpty() || root.text("Conventions").startsWith(QLatin1String("ODIM_H5")));
 }
 
-QUORRadarData QUOROdimReader::read(const QUORNetcdfGroup& root, QUORReadExtent extent) {
+QUORRadarData QUOROdimReader::read(const QUORNetcdfGroup& root) {
     const Attributes what("what", {root});
     const Attributes where("where", {root});
     const QString object = what.text("object");
@@ -261,10 +257,9 @@ QUORRadarData QUOROdimReader::read(const QUORNetcdfGroup& root, QUORReadExtent e
         data.wavelength = SPEED_OF_LIGHT / *frequency;
     }
     for (const QUORNetcdfGroup& dataset : datasets) {
-        data.sweeps.push_back(sweepOf(root, dataset, data, extent));
+        data.sweeps.push_back(sweepOf(root, dataset, data));
     }
     data.isPiece = data.sweeps.size() == 1;
-    data.isOutline = extent == QUORReadExtent::Outline;
     data.leftOut.removeDuplicates();
     return data;
 }

@@ -10,5 +10,5 @@ class QUOROdimReader {
 public:
     static bool recognises(const QUORNetcdfGroup& root);
     /// Throws a QUORImportError.
-    static QUORRadarData read(const QUORNetcdfGroup& root, QUORReadExtent extent);
+    static QUORRadarData read(const QUORNetcdfGroup& root);
 };

@@ -16,17 +16,15 @@
 
 namespace {
 
-constexpr qint64 LARGEST_FILE = qint64(2) << 30;
-
-QUORRadarData readNetcdf(const QUORNetcdfGroup& root, QUORReadExtent extent) {
+QUORRadarData readNetcdf(const QUORNetcdfGroup& root) {
     if (QUOROdimReader::recognises(root)) {
-        return QUOROdimReader::read(root, extent);
+        return QUOROdimReader::read(root);
     }
     if (QUORCfRadialReader::recognises(root)) {
-        return QUORCfRadialReader::read(root, extent);
+        return QUORCfRadialReader::read(root);
     }
     if (QUORCfGridReader::recognises(root)) {
-        return QUORCfGridReader::read(root, extent);
+        return QUORCfGridReader::read(root);
     }
     throw QUORImportError(QStringLiteral(
         "an HDF5 or netCDF file, but neither ODIM_H5 nor CfRadial nor a grid with x, y and z"));
@@ -68,11 +66,11 @@ Container containerOf(QByteArrayView content) {
 
 /// `source` is what the netCDF library opens.
 template <class Source>
-QUORRadarData readContent(QByteArrayView content, const Source& source, QUORReadExtent extent) {
+QUORRadarData readContent(QByteArrayView content, const Source& source) {
     QUORRadarData data;
     if (containerOf(content) == Container::Netcdf) {
         const QUORNetcdfFile netcdf(source);
-        data = readNetcdf(netcdf.getRoot(), extent);
+        data = readNetcdf(netcdf.getRoot());
     } else {
         data = QUORLevel2Reader::read(content);
     }
@@ -82,7 +80,7 @@ QUORRadarData readContent(QByteArrayView content, const Source& source, QUORRead
 
 } // namespace
 
-QUORRadarData QUORRadarReader::read(int descriptor, QUORReadExtent extent) {
+QUORRadarData QUORRadarReader::read(int descriptor) {
     QFile file;
     if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) {
         throw QUORImportError(file.errorString());
@@ -94,9 +92,9 @@ QUORRadarData QUORRadarReader::read(int descriptor, QUORReadExtent extent) {
     if (content == nullptr && file.size() > 0) {
         throw QUORImportError(file.errorString());
     }
-    return readContent(QByteArrayView(content, file.size()), descriptor, extent);
+    return readContent(QByteArrayView(content, file.size()), descriptor);
 }
 
 QUORRadarData QUORRadarReader::read(const QByteArray& content) {
-    return readContent(content, content, QUORReadExtent::Whole);
+    return readContent(content, content);
 }

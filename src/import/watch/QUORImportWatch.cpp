@@ -3,6 +3,7 @@
 
 #include "QUORDirectoryListing.h"
 #include "QUORImportError.h"
+#include "QUORRadarReader.h"
 #include "QUORSystem.h"
 
 #include <algorithm>
@@ -15,24 +16,24 @@ constexpr int MOST_ATTEMPTS = 10;
 /// After which a file that was interrupted each time is left; the pauses grow by the factor.
 constexpr int MOST_INTERRUPTIONS = 5;
 constexpr int PAUSE_GROWTH = 4;
-/// What may wait in memory: volumes to be written, and bytes of pieces to be joined.
-constexpr std::size_t MOST_UNWRITTEN = 8;
-constexpr std::size_t MOST_TO_JOIN = std::size_t(256) << 20;
+/// So many end a round over what was refused before: each costs as much as an import.
+constexpr int MOST_REFUSALS = 8;
 
 } // namespace
 
 QUORImportWatch::QUORImportWatch(const QString& folder, const QString& recordPath, int joinSeconds,
-                                 Timing timing, Import import, Report report)
+                                 const Limits& limits, Import import, Report report)
     : _folder(folder),
       _record(recordPath),
       _joiner(joinSeconds),
-      _timing(timing),
+      _limits(limits),
       _import(std::move(import)),
       _report(std::move(report)),
-      _reader(timing.reading),
+      _reader(limits.reading),
       _isFirst(_record.isNew()) {}
 
 void QUORImportWatch::look(const QSet<QString>& closed) {
+    _hasMore = false;
     const QUORDirectoryListing listing(_folder);
     if (!listing.isComplete()) {
         if (listing.getError() == ENOENT) {
@@ -46,41 +47,43 @@ void QUORImportWatch::look(const QSet<QString>& closed) {
     }
     _listingFailed = false;
     takeList(listing.getNames());
+    importAgain();
+    const bool isAllRead = readDue(listing.getNames(), closed);
+    // The rest of a volume may be among what is left.
+    if (isAllRead && _complete.empty()) {
+        auto volumes = _joiner.takeComplete(_limits.quiet);
+        std::move(volumes.begin(), volumes.end(), std::back_inserter(_complete));
+    }
+    importComplete();
+}
+
+/// False when the time of this pass ended before.
+bool QUORImportWatch::readDue(const QStringList& names, const QSet<QString>& closed) {
+    bool isAllRead = true;
     _waiting = 0;
-    _hasMore = false;
-    const auto end = Clock::now() + _timing.pass;
-    for (const QString& name : listing.getNames()) {
+    const auto end = Clock::now() + _limits.pass;
+    for (const QString& name : names) {
         File& file = _files[name];
-        if (isDue(file, closed.contains(name)) && !isFull()) {
+        file.isClosed = file.isClosed || closed.contains(name);
+        if (isDue(file)) {
             if (Clock::now() < end && !QUORReaderProcess::isEnding()) {
                 attempt(name, file);
-                importAll(_joiner.takeAlone());
             } else {
-                _hasMore = true;
+                isAllRead = false;
             }
         }
         _waiting += file.state == State::Growing ? 1 : 0;
     }
-    if (QUORReaderProcess::isEnding()) {
-        return; // what is left is read again at the next start
-    }
-    importAgain();
-    // The rest of a volume may be among what is left.
-    if (!_hasMore || isFull()) {
-        importAll(_joiner.takeComplete(_timing.quiet));
-    }
+    _hasMore = _hasMore || !isAllRead;
+    return isAllRead;
 }
 
-bool QUORImportWatch::isDue(const File& file, bool isClosed) const {
+bool QUORImportWatch::isDue(const File& file) const {
     const auto age = Clock::now() - file.since;
     if (file.state == State::Interrupted) {
-        return age >= _timing.interrupted * std::pow(PAUSE_GROWTH, file.interruptions - 1);
+        return age >= _limits.interrupted * std::pow(PAUSE_GROWTH, file.interruptions - 1);
     }
-    return file.state == State::Growing && (isClosed || age >= _timing.settle);
-}
-
-bool QUORImportWatch::isFull() const {
-    return _unwritten.size() >= MOST_UNWRITTEN || _joiner.getSize() > MOST_TO_JOIN;
+    return file.state == State::Growing && (file.isClosed || age >= _limits.settle);
 }
 
 /// Brings the files that are known up to date with a listing.
@@ -130,7 +133,9 @@ QUORImportWatch::File QUORImportWatch::enter(const QString& name, const QUORImpo
 
 void QUORImportWatch::attempt(const QString& name, File& file) {
     file.state = State::Growing;
-    file.digest = QUORImportRecord::digestOf(pathOf(name));
+    file.isClosed = false;
+    file.digest = file.stamp.size <= QUORRadarReader::LARGEST_FILE ? QUORImportRecord::digestOf(pathOf(name))
+                                                                   : QByteArray();
     const bool isDone = _record.hasContent(file.digest);
     if (isDone || isPending(file.digest)) {
         file.state = State::Taken;
@@ -147,7 +152,12 @@ void QUORImportWatch::attempt(const QString& name, File& file) {
         }
         _pending.push_back({name, file.stamp, file.digest});
         file.state = State::Taken;
-        _joiner.add(std::move(data), name);
+        if (QUORVolumeJoiner::mayJoin(data)) {
+            hold(data);
+            _joiner.add(std::move(data), name);
+        } else {
+            importFirst({std::move(data), {name}});
+        }
     } catch (const QUORReadingEnded& error) {
         file.attempts = MOST_ATTEMPTS; // it costs too much to be tried again as it is
         fail(name, file, error.getReason());
@@ -166,7 +176,7 @@ void QUORImportWatch::fail(const QString& name, File& file, const QString& reaso
     }
 }
 
-/// One line for each cause.
+/// One line for each cause, and one when it is given up.
 void QUORImportWatch::interrupt(const QString& name, File& file, const QString& reason) {
     if (QUORReaderProcess::isEnding()) {
         return;
@@ -174,40 +184,123 @@ void QUORImportWatch::interrupt(const QString& name, File& file, const QString& 
     file.since = Clock::now();
     const int left = MOST_INTERRUPTIONS - ++file.interruptions;
     file.state = left > 0 ? State::Interrupted : State::Bad;
-    if (file.interruption != reason) {
-        file.interruption = reason;
-        _report({name}, left > 0
-                            ? reason + QStringLiteral("; it will be tried again, %1 times at most").arg(left)
-                            : reason);
+    if (left == 0) {
+        _report({name}, reason + QStringLiteral("; given up, it will not be tried again until it changes"));
+    } else if (file.interruption != reason) {
+        _report({name}, reason + QStringLiteral("; it will be tried again, %1 times at most").arg(left));
+    }
+    file.interruption = reason;
+}
+
+/// Without values when memory has no room for them.
+void QUORImportWatch::hold(QUORRadarData& data) const {
+    std::size_t held = _joiner.getSize();
+    for (const auto* volumes : {&_complete, &_unwritten}) {
+        for (const Volume& volume : *volumes) {
+            held += volume.data.size();
+        }
+    }
+    if (held + data.size() > _limits.memory) {
+        data.dropValues();
+    }
+}
+
+void QUORImportWatch::importComplete() {
+    const auto end = Clock::now() + _limits.pass;
+    while (!_complete.empty() && !QUORReaderProcess::isEnding()) {
+        if (Clock::now() >= end) {
+            _hasMore = true;
+            return;
+        }
+        Volume volume = std::move(_complete.front());
+        _complete.pop_front();
+        importFirst(std::move(volume));
     }
 }
 
 void QUORImportWatch::importAgain() {
-    const auto now = Clock::now();
-    for (auto entry = _unwritten.begin(); entry != _unwritten.end();) {
-        if (now - entry->since < _timing.again) {
-            ++entry;
-        } else if (importVolume(entry->volume, false)) {
-            entry = _unwritten.erase(entry);
-        } else {
-            entry->since = now;
-            ++entry;
+    if (Clock::now() < _again) {
+        return;
+    }
+    int refusals = 0;
+    const auto end = Clock::now() + _limits.pass;
+    for (std::size_t left = _unwritten.size(); left > 0 && refusals < MOST_REFUSALS; --left) {
+        if (QUORReaderProcess::isEnding()) {
+            return;
         }
+        Volume volume = std::move(_unwritten.front());
+        _unwritten.pop_front();
+        if (!importVolume(volume, false)) {
+            ++refusals;
+            hold(volume.data);
+            _unwritten.push_back(std::move(volume));
+        } else if (Clock::now() >= end) {
+            _hasMore = true;
+            return;
+        }
+    }
+    _again = Clock::now() + _limits.again;
+}
+
+void QUORImportWatch::importFirst(Volume volume) {
+    if (!importVolume(volume, true)) {
+        hold(volume.data);
+        _unwritten.push_back(std::move(volume));
     }
 }
 
-void QUORImportWatch::importAll(std::vector<QUORVolumeJoiner::Volume> volumes) {
-    for (QUORVolumeJoiner::Volume& volume : volumes) {
-        if (!importVolume(volume, true)) {
-            _unwritten.push_back({std::move(volume), Clock::now()});
+/// Puts the values of a volume's files in; false when none can be read any more.
+bool QUORImportWatch::readAgain(Volume& volume) {
+    Volume whole;
+    volume.data.dropValues();
+    for (const QString& name : QStringList(volume.files)) {
+        try {
+            QUORRadarData data = readPiece(name);
+            if (whole.files.isEmpty()) {
+                whole = {std::move(data), {name}};
+            } else {
+                QUORVolumeJoiner::append(whole, std::move(data), name);
+            }
+        } catch (const QUORReadingInterrupted&) {
+            throw;
+        } catch (const QUORImportError& error) {
+            _report({name}, error.getReason());
+            forget({name}, false);
+            volume.files.removeOne(name);
         }
     }
+    volume = std::move(whole);
+    return !volume.files.isEmpty();
 }
 
-/// False when it could not be written and shall be tried again.
-bool QUORImportWatch::importVolume(const QUORVolumeJoiner::Volume& volume, bool isFirst) {
+/// Under the name that it has now.
+QUORRadarData QUORImportWatch::readPiece(const QString& name) const {
+    const auto pending = std::find_if(_pending.begin(), _pending.end(),
+                                      [&](const Pending& other) { return other.name == name; });
+    for (auto file = _files.cbegin(); pending != _pending.end() && file != _files.cend(); ++file) {
+        const QString path = pathOf(file.key());
+        if (file->digest == pending->digest && QUORImportRecord::stampOf(path) == file->stamp) {
+            QUORRadarData data = _reader.read(path);
+            if (QUORImportRecord::stampOf(path) == file->stamp) {
+                return data;
+            }
+        }
+    }
+    throw QUORImportError(QStringLiteral("gone or changed before its volume was made"));
+}
+
+/// False when it could not be read or written now and shall be tried again.
+bool QUORImportWatch::importVolume(Volume& volume, bool isFirst) {
     try {
+        if (!volume.data.hasValues && !readAgain(volume)) {
+            return true;
+        }
         _import(volume.data, volume.files);
+    } catch (const QUORReadingInterrupted& error) {
+        if (isFirst && !QUORReaderProcess::isEnding()) {
+            _report(volume.files, error.getReason());
+        }
+        return false;
     } catch (const QUORWriteError& error) {
         if (isFirst) {
             _report(volume.files, error.getReason());

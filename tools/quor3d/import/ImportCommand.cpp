@@ -18,6 +18,8 @@ namespace {
 constexpr std::chrono::milliseconds NOW{0};
 constexpr std::chrono::milliseconds SOON{1000};
 constexpr std::chrono::milliseconds CHECK{60000};
+/// Of files given by name: values of pieces that wait for the rest of their volume, bytes.
+constexpr std::size_t HELD_VALUES = std::size_t(64) << 20;
 
 QString toText(const std::string& text) {
     return QString::fromLocal8Bit(text.c_str());
@@ -286,7 +288,7 @@ ExitStatus ImportCommand::importFiles() {
         files.append(toText(name));
     }
     QUORImportBatch batch(
-        _join, [&](const QString& file, QUORReadExtent extent) { return reader.read(file, extent); },
+        _join, HELD_VALUES, [&](const QString& file) { return reader.read(file); },
         [&](const QUORRadarData& data, const QStringList& from) {
             report.volume(from, data, _dryRun ? importer.plan(data) : importer.import(data));
         },
