@@ -69,6 +69,7 @@ class Service:
             "[BACKGROUND]\nactivated=true\ndirectory=%s\noutputformat=%s\ndisplaystate=%s\n%sproducts\\size=4\n%s"
             % (self.images, image_format, displaystate, background,
                "".join("products\\%d\\product=%s\n" % (i, product2d) for i in range(1, 5))))
+        self.status_file = self.root / "home" / ".quor3d" / "status.json"
         self.extension = {"TIFF": "tiff", "PNG": "png", "JPEG": "jpg"}[image_format]
         self.loglevel = loglevel
         self.lines = []
@@ -89,6 +90,7 @@ class Service:
 
     def start(self, **popen):
         """Over the same folders as before, when it ran before. Takes what subprocess.Popen takes."""
+        self.status_file.unlink(missing_ok=True)
         self.started = time.monotonic()
         streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE, **popen}
         self.process = subprocess.Popen([BINARIES / "quor3dd", "--loglevel=%d" % self.loglevel],
@@ -132,7 +134,8 @@ class Service:
         return sum(text in line for _, line in self.lines[first:])
 
     def settle(self):
-        """Until the service waits for work: it has used some processor time, and none for half a second."""
+        """Until the service waits for work: it watches, and has used no processor time for half a second."""
+        self.wait("the status of the service", self.status_file.exists)
         before = 0
         while before == 0 or before != self.ticks():
             before = self.ticks()
