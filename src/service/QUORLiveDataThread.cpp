@@ -323,12 +323,13 @@ void QUORLiveDataThread::complete3D(const QUORArrival& arrival2d) {
 
 void QUORLiveDataThread::draw(const QUORArrival& arrival, QUORVisualizationJobs::Need2D need) {
     QUORVisualizationJobs::Result result = QUORVisualizationJobs::Ignored;
-    _hasDrawn = true;
     runGuarded(arrival.path, [&] {
         _backgroundSettings->setActivated(true);
         checkActive(_backgroundSettings);
         result = _jobs->visualize(arrival.path, need);
     });
+    // What was ignored has not kept the main thread from its notices.
+    _hasDrawn = result == QUORVisualizationJobs::Visualized || result == QUORVisualizationJobs::NotWritten;
     note(arrival, need, result);
 }
 
