@@ -124,6 +124,8 @@ void QUORLiveDataThread::init() {
     logDebug(QStringLiteral("Launching timer for monitoring path changes.."));
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &QUORLiveDataThread::updateDataDirectory);
+    connect(this, &QUORLiveDataThread::arrivalsAsked, this, &QUORLiveDataThread::tellArrivals,
+            Qt::QueuedConnection);
     timer->start(DIRECTORY_CHECK_INTERVAL_MS);
 }
 
@@ -254,18 +256,20 @@ void QUORLiveDataThread::runPass() {
 // them may be live. Left at once when the thread has to end.
 void QUORLiveDataThread::awaitArrivals() {
     std::unique_lock lock(_mutex);
-    const int asked = ++_asked;
+    _hasAsked = true;
     lock.unlock();
-    const auto answer = [this, asked] {
-        const std::lock_guard guard(_mutex);
-        _answered = asked;
-        _wakeUp.notify_one();
-    };
-    // A timer's turn comes behind that of the directories' notices.
-    QMetaObject::invokeMethod(
-        this, [this, answer] { QTimer::singleShot(0, this, answer); }, Qt::QueuedConnection);
+    Q_EMIT arrivalsAsked();
     lock.lock();
-    _wakeUp.wait(lock, [&] { return _stopRequested || _answered == asked; });
+    _wakeUp.wait(lock, [this] { return _stopRequested || !_hasAsked; });
+}
+
+// A timer's turn comes behind that of the directories' notices.
+void QUORLiveDataThread::tellArrivals() {
+    QTimer::singleShot(0, this, [this] {
+        const std::lock_guard lock(_mutex);
+        _hasAsked = false;
+        _wakeUp.notify_one();
+    });
 }
 
 // One image, or the look for what a 2D file completes. False when nothing waits.

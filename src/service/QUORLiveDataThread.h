@@ -54,6 +54,10 @@ public Q_SLOTS:
     /// Follows a change of the configured 3D or 2D directory; one that is not configured any more is kept.
     void updateDataDirectory();
 
+Q_SIGNALS:
+    /// By the thread, for the main one.
+    void arrivalsAsked();
+
 protected:
     void run() override;
 
@@ -66,6 +70,7 @@ private:
     Clock::time_point getNextTime() const;
     void runPass();
     void awaitArrivals();
+    void tellArrivals();
     bool runNext();
     std::optional<QUORArrival> takeLive(QUORArrivalQueue& queue);
     std::optional<QUORArrival> takeFirst(QUORArrivalQueue& queue);
@@ -85,8 +90,7 @@ private:
     std::condition_variable _wakeUp;
     QUORArrivalQueue _queue3d;
     QUORArrivalQueue _queue2d;
-    int _asked = 0;    ///< how often the thread has asked for arrivals
-    int _answered = 0; ///< the last time that the main thread has told of them
+    bool _hasAsked = false; ///< the thread waits for what the main thread knows of arrivals
     /// The switch as it was last noted, not whether anything is rendered; read by `checkActive` only.
     bool _active = true;
     // These belong to the live data thread.
