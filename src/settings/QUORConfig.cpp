@@ -8,7 +8,6 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QMutexLocker>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -102,7 +101,7 @@ QSettings* QUORConfig::get() {
 }
 
 bool QUORConfig::isDamaged() {
-    const QMutexLocker lock(&_mutex);
+    const std::lock_guard lock(_mutex);
     return _settings.isDamaged();
 }
 

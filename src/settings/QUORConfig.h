@@ -4,9 +4,10 @@
 #include "QUORGuardedSettings.h"
 
 #include <QObject>
-#include <QRecursiveMutex>
 #include <QSettings>
 #include <QString>
+
+#include <mutex>
 
 /// Hands out the main settings file to one thread at a time, names its groups and keys, and can redirect
 /// the user's settings to another user's directory. The instance is made on the main thread at start-up.
@@ -104,7 +105,7 @@ private:
     static QUORConfig* _instance;
 
     QUORGuardedSettings _settings{GENERAL_GROUP, QUORGuardedSettings::Group::Optional};
-    QSettings* _open = nullptr; ///< for as long as somebody holds it
-    QRecursiveMutex _mutex;
+    QSettings* _open = nullptr;  ///< for as long as somebody holds it
+    std::recursive_mutex _mutex; // one that the thread sanitizer sees
     QString _rememberedPath;
 };
