@@ -2,22 +2,30 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
-    <name>QUORFrameLoader</name>
+    <name>QUORDataType</name>
     <message>
-        <source>the file is gone or holds another product by now</source>
-        <translation>die Datei ist fort oder hält inzwischen ein anderes Produkt</translation>
+        <source>Not available</source>
+        <translation>Nicht verfügbar</translation>
+    </message>
+    <message>
+        <source>Reflectivity</source>
+        <translation>Reflektivität</translation>
+    </message>
+    <message>
+        <source>Spectrum width</source>
+        <translation>Spektralbreite</translation>
+    </message>
+    <message>
+        <source>Rainfall rate</source>
+        <translation>Regenrate</translation>
+    </message>
+    <message>
+        <source>Radial velocity</source>
+        <translation>Radialgeschwindigkeit</translation>
     </message>
 </context>
 <context>
-    <name>QUORLayersPanel</name>
-    <message>
-        <source>Layer</source>
-        <translation>Ebene</translation>
-    </message>
-    <message>
-        <source>Opacity</source>
-        <translation>Deckkraft</translation>
-    </message>
+    <name>QUORDisplayState</name>
     <message>
         <source>Radar</source>
         <translation>Radar</translation>
@@ -53,6 +61,24 @@
     <message>
         <source>Places</source>
         <translation>Orte</translation>
+    </message>
+</context>
+<context>
+    <name>QUORFrameLoader</name>
+    <message>
+        <source>the file is gone or holds another product by now</source>
+        <translation>die Datei ist fort oder hält inzwischen ein anderes Produkt</translation>
+    </message>
+</context>
+<context>
+    <name>QUORLayersPanel</name>
+    <message>
+        <source>Layer</source>
+        <translation>Ebene</translation>
+    </message>
+    <message>
+        <source>Opacity</source>
+        <translation>Deckkraft</translation>
     </message>
     <message>
         <source>Opacity of %1</source>
@@ -263,22 +289,6 @@
 </context>
 <context>
     <name>QUORTimePanel</name>
-    <message>
-        <source>Reflectivity</source>
-        <translation>Reflektivität</translation>
-    </message>
-    <message>
-        <source>Velocity</source>
-        <translation>Geschwindigkeit</translation>
-    </message>
-    <message>
-        <source>Spectrum width</source>
-        <translation>Spektralbreite</translation>
-    </message>
-    <message>
-        <source>Rain rate</source>
-        <translation>Regenrate</translation>
-    </message>
     <message>
         <source>&amp;Play</source>
         <translation>Ab&amp;spielen</translation>

@@ -16,7 +16,7 @@ constexpr double SPEED_OF_LIGHT = 299792458.0;
 /// Attributes of a group's "what", "where" or "how"; those of the levels above hold where it has none.
 class Attributes {
 public:
-    Attributes(const char* kind, std::vector<QUORNetcdfGroup> innermostFirst) {
+    Attributes(const char* kind, const std::vector<QUORNetcdfGroup>& innermostFirst) {
         for (const QUORNetcdfGroup& group : innermostFirst) {
             if (const auto found = group.findGroup(QLatin1String(kind))) {
                 _groups.push_back(*found);
@@ -43,7 +43,7 @@ public:
     }
     QString text(const char* name) const {
         for (const QUORNetcdfGroup& group : _groups) {
-            if (const QString value = group.text(name); !value.isEmpty()) {
+            if (QString value = group.text(name); !value.isEmpty()) {
                 return value;
             }
         }
@@ -84,7 +84,7 @@ std::vector<QUORNetcdfGroup> numberedGroups(const QUORNetcdfGroup& parent, const
 QString siteName(const QString& source) {
     for (const char* key : {"NOD", "RAD", "PLC", "WMO", "WIGOS", "CMT"}) {
         for (const QString& part : source.split(QLatin1Char(','))) {
-            const QString value = part.section(QLatin1Char(':'), 1).trimmed();
+            QString value = part.section(QLatin1Char(':'), 1).trimmed();
             if (part.section(QLatin1Char(':'), 0, 0).trimmed() == QLatin1String(key) && !value.isEmpty() &&
                 value != QLatin1String("00000")) {
                 return value;
