@@ -16,7 +16,6 @@
 #include <QTimer>
 
 #include <exception>
-#include <utility>
 
 namespace {
 
@@ -124,8 +123,6 @@ void QUORLiveDataThread::init() {
     logDebug(QStringLiteral("Launching timer for monitoring path changes.."));
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &QUORLiveDataThread::updateDataDirectory);
-    connect(this, &QUORLiveDataThread::arrivalsAsked, this, &QUORLiveDataThread::tellArrivals,
-            Qt::QueuedConnection);
     timer->start(DIRECTORY_CHECK_INTERVAL_MS);
 }
 
@@ -252,31 +249,8 @@ void QUORLiveDataThread::runPass() {
     }
 }
 
-// Arrivals that lay there while the main thread was drawing are known before the next image is chosen: one of
-// them may be live. Left at once when the thread has to end.
-void QUORLiveDataThread::awaitArrivals() {
-    std::unique_lock lock(_mutex);
-    _hasAsked = true;
-    lock.unlock();
-    Q_EMIT arrivalsAsked();
-    lock.lock();
-    _wakeUp.wait(lock, [this] { return _stopRequested || !_hasAsked; });
-}
-
-// A timer's turn comes behind that of the directories' notices.
-void QUORLiveDataThread::tellArrivals() {
-    QTimer::singleShot(0, this, [this] {
-        const std::lock_guard lock(_mutex);
-        _hasAsked = false;
-        _wakeUp.notify_one();
-    });
-}
-
 // One image, or the look for what a 2D file completes. False when nothing waits.
 bool QUORLiveDataThread::runNext() {
-    if (std::exchange(_hasDrawn, false)) {
-        awaitArrivals();
-    }
     if (const auto live = takeLive(_queue3d)) {
         draw3D(*live);
         return true;
@@ -332,8 +306,6 @@ void QUORLiveDataThread::draw(const QUORArrival& arrival, QUORVisualizationJobs:
         checkActive(_backgroundSettings);
         result = _jobs->visualize(arrival.path, need);
     });
-    // What was ignored has not kept the main thread from its notices.
-    _hasDrawn = result == QUORVisualizationJobs::Visualized || result == QUORVisualizationJobs::NotWritten;
     note(arrival, need, result);
 }
 

@@ -54,10 +54,6 @@ public Q_SLOTS:
     /// Follows a change of the configured 3D or 2D directory; one that is not configured any more is kept.
     void updateDataDirectory();
 
-Q_SIGNALS:
-    /// By the thread, for the main one.
-    void arrivalsAsked();
-
 protected:
     void run() override;
 
@@ -69,8 +65,6 @@ private:
     bool waitForWork();
     Clock::time_point getNextTime() const;
     void runPass();
-    void awaitArrivals();
-    void tellArrivals();
     bool runNext();
     std::optional<QUORArrival> takeLive(QUORArrivalQueue& queue);
     std::optional<QUORArrival> takeFirst(QUORArrivalQueue& queue);
@@ -90,13 +84,11 @@ private:
     std::condition_variable _wakeUp;
     QUORArrivalQueue _queue3d;
     QUORArrivalQueue _queue2d;
-    bool _hasAsked = false; ///< the thread waits for what the main thread knows of arrivals
     /// The switch as it was last noted, not whether anything is rendered; read by `checkActive` only.
     bool _active = true;
     // These belong to the live data thread.
     QList<QUORArrival> _completed; ///< 3D files of 2D arrivals
     bool _is2DsTurn = false;
-    bool _hasDrawn = false; ///< since arrivals were asked for
     QUORUnwrittenImages _unwritten;
     QUORWaitingFor2D _waiting;
     std::shared_ptr<QUORDataStore> _dataStore;

@@ -8,15 +8,11 @@
 #include "TestFiles.h"
 #include "WaitUntil.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QRegularExpression>
-#include <QSocketNotifier>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <unistd.h>
 
 namespace {
 
@@ -186,44 +182,6 @@ TEST_F(QUORLiveDataThreadTest, WhatIsLiveGoesBeforeAnArchiveAndBetweenTheImagesO
               (QStringList{line(_folders.path(QStringLiteral("3d/")) + width.fileName()), line(now),
                            line(_folders.path(QStringLiteral("3d/")) + ServiceFolders::storm().fileName()),
                            line(archive[0]), line(archive[1]), line(archive[2])}));
-}
-
-// It lies there unnoticed for as long as the main thread draws, and must not come behind another of the
-// archive.
-TEST_F(QUORLiveDataThreadTest, WhatBecomesLiveWhileAnImageIsDrawnIsNext) {
-    writeSettings(_folders.mainSettings(), _folders.backgroundSettings("products\\size=4\n"
-                                                                       "products\\4\\product=(none)\n"));
-    QStringList archive;
-    for (const int minutes : {-20, -15, -10, -5}) {
-        archive.append(_folders.drop(ServiceFolders::storm(minutes)));
-    }
-    const QString now = _folders.drop(ServiceFolders::storm(60));
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    QUORLiveDataThread thread;
-    ASSERT_TRUE(_log.waitFor(SLEEP));
-    // As the directories' notices come.
-    QSocketNotifier notice(ends[0], QSocketNotifier::Read);
-    QObject::connect(&notice, &QSocketNotifier::activated, [&] {
-        notice.setEnabled(false);
-        thread.dataStoreNewDataAvailable3d(nullptr, {now}, {});
-    });
-    thread.dataStoreNewDataAvailable3d(nullptr, archive, {});
-    while (!_log.contains(QStringLiteral("D: QUOROffscreenVisualizer::startVisualization() finished."))) {
-        QThread::msleep(1);
-    }
-    ASSERT_EQ(::write(ends[1], "x", 1), 1);
-    // The image that was begun is drawn; the notice comes with the next turn of the event loop.
-    while (_log.count(QStringLiteral("N: File visualized in ")) == 0) {
-        QCoreApplication::sendPostedEvents();
-        QThread::msleep(1);
-    }
-    QThread::msleep(100);
-    ASSERT_TRUE(waitUntil([&] { return _log.count(QStringLiteral("N: File visualized in ")) == 5; }, 30000));
-    const QStringList order = _log.lines().filter(QRegularExpression(QStringLiteral("^D: /.*\\.cap$")));
-    EXPECT_EQ(order.indexOf(QStringLiteral("D: ") + now), 1) << order.join(QLatin1Char('\n')).toStdString();
-    ::close(ends[0]);
-    ::close(ends[1]);
 }
 
 TEST_F(QUORLiveDataThreadTest, ChangedDirectoriesAreFollowedButNeverToNowhere) {
